@@ -1,0 +1,54 @@
+#pragma once
+
+#include <common_base/CBaseJob.h>
+#include <common_base/CBaseThread.h>
+
+#include <atomic>
+#include <memory>
+#include <string>
+
+namespace fdb {
+class EventLoop;
+}
+
+/// An event loop with a thread: runs jobs in the order in which they were sent, and serves the sockets of the clients
+/// and servers that were given this worker.
+///
+/// All members may be called from any thread. The worker must outlive nothing: its objects notice when it has ended,
+/// and get no callback any more.
+class FDB_API CBaseWorker : public CBaseThread {
+public:
+    /// @param normal_queue_size most jobs that may wait; 0 is unlimited
+    /// @param urgent_queue_size accepted for the interface; there is one queue
+    explicit CBaseWorker(const char* thread_name = "", uint32_t normal_queue_size = 0, uint32_t urgent_queue_size = 0);
+    /// Ends the loop and waits for its thread. Jobs that have not run are dropped.
+    ~CBaseWorker() override;
+    CBaseWorker(const CBaseWorker&) = delete;
+    CBaseWorker& operator=(const CBaseWorker&) = delete;
+
+    /// Starts the loop (flags: FDB_WORKER_...). True also when it runs already.
+    bool start(uint32_t flag = FDB_WORKER_DEFAULT);
+    /// Asks the loop to end after the job that is running now.
+    void exit(int32_t code = 1);
+    bool join(uint32_t ms = 0) override;
+    bool isSelf() const override;
+
+    /// Queues a job; the raw form takes ownership. False when the queue is full.
+    bool sendAsync(CBaseJob* job);
+    bool sendAsync(CBaseJob::Ptr& job);
+    /// Queues a job and waits until it has run: at most `ms` milliseconds, 0 without limit. On the worker's own thread
+    /// the job runs at once. False when the queue is full, the loop is not running or the time is over.
+    bool sendSync(CBaseJob* job, int32_t ms = 0);
+    bool sendSync(CBaseJob::Ptr& job, int32_t ms = 0);
+    /// Waits until every job that was sent before has run; as sendSync().
+    bool flush(int32_t ms = 0);
+
+    const std::string& name() const { return mName; }
+    const std::shared_ptr<fdb::EventLoop>& loop() const { return mLoop; }
+
+private:
+    std::string mName;
+    uint32_t mQueueSize;
+    std::shared_ptr<std::atomic<uint32_t>> mQueued;
+    std::shared_ptr<fdb::EventLoop> mLoop;
+};

@@ -1,0 +1,80 @@
+#pragma once
+
+#include <common_base/CBaseWorker.h>
+#include <common_base/CFdbMessage.h>
+
+#include <memory>
+#include <string>
+
+namespace fdb {
+class Endpoint;
+struct Callbacks;
+}  // namespace fdb
+
+/// What clients and servers have in common: the operations towards the other side, and the callbacks.
+///
+/// Operations may be called from any thread. Callbacks run on the object's worker where it was given one, else on the
+/// context's thread, one at a time; an exception that leaves one is logged and swallowed.
+class FDB_API CFdbBaseObject {
+public:
+    virtual ~CFdbBaseObject();
+    CFdbBaseObject(const CFdbBaseObject&) = delete;
+    CFdbBaseObject& operator=(const CFdbBaseObject&) = delete;
+
+    static void addNotifyItem(CFdbMsgSubscribeList& list, FdbMsgCode_t code, const char* topic = 0);
+
+    /// Client: asks for broadcasts of the listed codes; a code without topic covers every topic. Subscriptions end with
+    /// the session. False while the client is offline. Nothing answers a subscribe, so `timeout` has no effect.
+    bool subscribe(CFdbMsgSubscribeList& list, int32_t timeout = 0);
+    bool unsubscribe(CFdbMsgSubscribeList& list);
+
+    /// Client: a one-way message to the server's onInvoke(). False while the client is offline.
+    bool send(FdbMsgCode_t code, IFdbMsgBuilder& builder, EFdbQOS qos = FDB_QOS_RELIABLE);
+    bool send(FdbMsgCode_t code, const void* buffer = 0, int32_t size = 0, EFdbQOS qos = FDB_QOS_RELIABLE);
+    /// Client: a request. onReply() gets the answer; onStatus() an error, or FDB_ST_TIMEOUT after `timeout`
+    /// milliseconds (0: no limit). False while the client is offline.
+    bool invoke(FdbMsgCode_t code, IFdbMsgBuilder& builder, int32_t timeout = 0);
+
+    /// Server: a message to every session that subscribed the code. True also when there is none.
+    bool broadcast(FdbMsgCode_t code, IFdbMsgBuilder& builder, const char* topic = 0);
+    bool broadcast(FdbMsgCode_t code, const void* buffer = 0, int32_t size = 0, const char* topic = 0);
+
+    /// The worker that was given, or null.
+    CBaseWorker* worker() const { return mWorker; }
+    const std::string& name() const { return mName; }
+
+    /// Ends all traffic of the object: when it returns, no callback of it runs or will run. On the thread of the
+    /// callbacks it does not wait for the one that is running. A class that overrides callbacks calls it first thing in
+    /// its destructor, before its members go.
+    virtual void prepareDestroy();
+
+    /// Whether a client that lost its service connects again by itself; on by default.
+    void enableReconnect(bool enable);
+
+protected:
+    CFdbBaseObject(const char* name, CBaseWorker* worker);
+
+    /// The object is connected to its service (client), or has a new session (server); the flag tells the first one.
+    virtual void onOnline(FdbSessionId_t, bool /*is_first*/) {}
+    virtual void onOffline(FdbSessionId_t, bool /*is_last*/) {}
+    virtual void onBroadcast(CBaseJob::Ptr&) {}
+    virtual void onReply(CBaseJob::Ptr&) {}
+    virtual void onStatus(CBaseJob::Ptr&, int32_t /*error*/, const char* /*text*/) {}
+    /// Server: a send() or an invoke() arrived.
+    virtual void onInvoke(CBaseJob::Ptr&) {}
+    /// Server: answer with the current values, by the message's broadcast().
+    virtual void onSubscribe(CBaseJob::Ptr&) {}
+
+    std::shared_ptr<fdb::Endpoint> mEndpoint;
+
+private:
+    friend struct fdb::Callbacks;
+
+    std::string mName;
+    CBaseWorker* mWorker;
+};
+
+class FDB_API CBaseEndpoint : public CFdbBaseObject {
+protected:
+    using CFdbBaseObject::CFdbBaseObject;
+};

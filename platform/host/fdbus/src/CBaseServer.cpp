@@ -1,0 +1,29 @@
+#include <common_base/CBaseServer.h>
+
+#include "ServerHub.h"
+#include "ServiceAddress.h"
+
+namespace {
+
+fdb::ServerHub& hub(const std::shared_ptr<fdb::Endpoint>& endpoint) {
+    return static_cast<fdb::ServerHub&>(*endpoint);
+}
+
+}  // namespace
+
+CBaseServer::CBaseServer(const char* name, CBaseWorker* worker) : CBaseEndpoint(name, worker) {
+    mEndpoint = std::make_shared<fdb::ServerHub>(fdb::loopOf(worker), this);
+}
+
+CBaseServer::~CBaseServer() {
+    mEndpoint->shutdown();
+}
+
+FdbSocketId_t CBaseServer::bind(const char* url) {
+    const std::string service = fdb::serviceName(url, name());
+    return !service.empty() && hub(mEndpoint).bind(service) ? fdb::nextSessionId() : FDB_INVALID_ID;
+}
+
+void CBaseServer::unbind() {
+    hub(mEndpoint).unbind();
+}

@@ -1,0 +1,121 @@
+#include <common_base/CBaseWorker.h>
+#include <common_base/CFdbContext.h>
+
+#include "EventLoop.h"
+
+#include <lgklog/lgklog.h>
+
+#include <exception>
+
+namespace {
+
+void runGuarded(CBaseJob& job, CBaseWorker* worker, CBaseJob::Ptr& ref) {
+    try {
+        job.run(worker, ref);
+    } catch (const std::exception& error) {
+        lgklog_print(1, "fdbus: a job of worker '%s' threw: %s", worker->name().c_str(), error.what());
+    } catch (...) {
+        lgklog_print(1, "fdbus: a job of worker '%s' threw", worker->name().c_str());
+    }
+}
+
+/// Tells its sender, who waits for the loop's signal, when it has run.
+class SyncJob : public CBaseJob {
+public:
+    SyncJob(CBaseJob::Ptr job, std::shared_ptr<std::atomic<bool>> done)
+        : mJob(std::move(job)), mDone(std::move(done)) {}
+
+    void run(CBaseWorker* worker, Ptr& /*ref*/) override {
+        runGuarded(*mJob, worker, mJob);
+        *mDone = true;
+        worker->loop()->signal();
+    }
+
+private:
+    CBaseJob::Ptr mJob;
+    std::shared_ptr<std::atomic<bool>> mDone;
+};
+
+}  // namespace
+
+CBaseWorker::CBaseWorker(const char* thread_name, uint32_t normal_queue_size, uint32_t /*urgent_queue_size*/)
+    : mName(thread_name ? thread_name : ""),
+      mQueueSize(normal_queue_size),
+      mQueued(std::make_shared<std::atomic<uint32_t>>(0)),
+      mLoop(std::make_shared<fdb::EventLoop>()) {}
+
+CBaseWorker::~CBaseWorker() {
+    mLoop->stop();
+    mLoop->join(0);
+}
+
+bool CBaseWorker::start(uint32_t flag) {
+    return mLoop->start(mName.empty() ? "fdb_worker" : mName, (flag & FDB_WORKER_EXE_IN_PLACE) != 0);
+}
+
+void CBaseWorker::exit(int32_t /*code*/) {
+    mLoop->stop();
+}
+
+bool CBaseWorker::join(uint32_t ms) {
+    return mLoop->join(ms);
+}
+
+bool CBaseWorker::isSelf() const {
+    return mLoop->isSelf();
+}
+
+bool CBaseWorker::sendAsync(CBaseJob* job) {
+    CBaseJob::Ptr owned(job);
+    return sendAsync(owned);
+}
+
+bool CBaseWorker::sendAsync(CBaseJob::Ptr& job) {
+    if (!job || (mQueueSize != 0 && mQueued->load() >= mQueueSize)) {
+        return false;
+    }
+    ++*mQueued;
+    mLoop->post([this, job, queued = mQueued]() mutable {
+        --*queued;
+        runGuarded(*job, this, job);
+    });
+    return true;
+}
+
+bool CBaseWorker::sendSync(CBaseJob* job, int32_t ms) {
+    CBaseJob::Ptr owned(job);
+    return sendSync(owned, ms);
+}
+
+bool CBaseWorker::sendSync(CBaseJob::Ptr& job, int32_t ms) {
+    if (!job) {
+        return false;
+    }
+    if (isSelf()) {
+        runGuarded(*job, this, job);
+        return true;
+    }
+    const auto done = std::make_shared<std::atomic<bool>>(false);
+    CBaseJob::Ptr wrapped = std::make_shared<SyncJob>(job, done);
+    return sendAsync(wrapped) && mLoop->waitForSignal(*done, ms);
+}
+
+bool CBaseWorker::flush(int32_t ms) {
+    return sendSync(new CBaseJob, ms);
+}
+
+CFdbContext::CFdbContext() : CBaseWorker("fdb_context") {}
+
+CFdbContext* CFdbContext::getInstance() {
+    static CFdbContext* const instance = new CFdbContext;
+    return instance;
+}
+
+bool CFdbContext::start(uint32_t flag) {
+    return CBaseWorker::start(flag);
+}
+
+bool CFdbContext::destroy() {
+    exit();
+    return join();
+}

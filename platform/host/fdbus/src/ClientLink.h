@@ -1,0 +1,75 @@
+#pragma once
+
+#include "Connection.h"
+#include "Endpoint.h"
+
+#include <host/DirectoryWatch.h>
+
+#include <asio/posix/stream_descriptor.hpp>
+#include <asio/steady_timer.hpp>
+
+#include <atomic>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <string>
+
+namespace fdb {
+
+/// A client's way to its service: connects whenever the service's socket appears in the runtime directory.
+class ClientLink : public Endpoint, public ConnectionHandler, public std::enable_shared_from_this<ClientLink> {
+public:
+    using Endpoint::Endpoint;
+
+    /// False, with a log line, when the runtime directory cannot be used.
+    bool connect(const std::string& service);
+    void disconnect();
+    bool connected() const { return mOnline; }
+
+    bool subscription(FrameKind kind, const CFdbMsgSubscribeList& list) override;
+    bool send(FrameBuilder& frame) override;
+    bool invoke(FdbMsgCode_t code, IFdbMsgBuilder& builder, int32_t timeout) override;
+    void enableReconnect(bool enable) override { mReconnect = enable; }
+
+    bool onFrame(const FrameView& frame) override;
+    void onClosed() override;
+
+private:
+    struct Request {
+        FdbMsgCode_t code;
+        std::unique_ptr<asio::steady_timer> timer;
+    };
+
+    void closeAll() override;
+
+    // On the loop's thread.
+    void look();
+    bool watchDirectory();
+    void awaitDirectory();
+    void onDirectoryChange();
+    void tryConnect();
+    void retryLater(const char* what);
+    void dropConnection();
+    void awaitReply(uint32_t serial, FdbMsgCode_t code, int32_t timeout);
+    void failRequest(uint32_t serial, int32_t error, const char* text);
+
+    std::shared_ptr<Connection> current();
+
+    std::string mService;
+    bool mWanted = false;
+    std::unique_ptr<asio::posix::stream_descriptor> mWatchDescriptor;
+    qvn::host::DirectoryWatch mWatch;
+    std::unique_ptr<asio::steady_timer> mRetry;
+    std::map<uint32_t, Request> mRequests;
+    FdbSessionId_t mSession = FDB_INVALID_ID;
+    bool mConnectedBefore = false;
+
+    std::atomic<bool> mOnline{false};
+    std::atomic<bool> mReconnect{true};
+    std::atomic<uint32_t> mNextSerial{1};
+
+    std::mutex mMutex;
+    std::shared_ptr<Connection> mConnection;  // guarded by mMutex
+};
+
+}  // namespace fdb

@@ -1,0 +1,57 @@
+#pragma once
+
+#include <common_base/CFdbBaseObject.h>
+
+#include "EventLoop.h"
+#include "Frame.h"
+
+#include <memory>
+
+namespace fdb {
+
+/// What stands behind a CFdbBaseObject. An operation that its side does not have fails.
+class Endpoint {
+public:
+    explicit Endpoint(std::shared_ptr<EventLoop> loop, CFdbBaseObject* owner) : mLoop(std::move(loop)), mOwner(owner) {}
+    virtual ~Endpoint() = default;
+
+    virtual bool subscription(FrameKind /*kind*/, const CFdbMsgSubscribeList& /*list*/) { return false; }
+    virtual bool send(FrameBuilder& /*frame*/) { return false; }
+    virtual bool invoke(FdbMsgCode_t /*code*/, IFdbMsgBuilder& /*builder*/, int32_t /*timeout*/) { return false; }
+    virtual bool broadcast(FdbMsgCode_t /*code*/, const char* /*topic*/, FrameBuilder& /*frame*/) { return false; }
+    virtual void enableReconnect(bool /*enable*/) {}
+
+    /// Ends all traffic; when it returns, the owner is not called any more.
+    void shutdown() {
+        mLoop->runExclusive([this] {
+            mOwner = nullptr;
+            closeAll();
+        });
+    }
+
+protected:
+    /// Between two handlers of the loop.
+    virtual void closeAll() = 0;
+
+    const std::shared_ptr<EventLoop> mLoop;
+    CFdbBaseObject* mOwner;  // the loop's thread only; null after shutdown()
+};
+
+/// The way to an object's callbacks. What an application throws there ends here.
+struct Callbacks {
+    static void online(CFdbBaseObject* owner, FdbSessionId_t session, bool first);
+    static void offline(CFdbBaseObject* owner, FdbSessionId_t session, bool last);
+    static void broadcast(CFdbBaseObject* owner, CBaseJob::Ptr& job);
+    static void reply(CFdbBaseObject* owner, CBaseJob::Ptr& job);
+    static void status(CFdbBaseObject* owner, CBaseJob::Ptr& job, int32_t error, const char* text);
+    static void invoke(CFdbBaseObject* owner, CBaseJob::Ptr& job);
+    static void subscribe(CFdbBaseObject* owner, CBaseJob::Ptr& job);
+};
+
+/// The loop that serves an object: its worker's, else the context's.
+std::shared_ptr<EventLoop> loopOf(CBaseWorker* worker);
+
+/// A session id that no other session of this process has.
+FdbSessionId_t nextSessionId();
+
+}  // namespace fdb

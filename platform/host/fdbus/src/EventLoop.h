@@ -1,0 +1,71 @@
+#pragma once
+
+#include <asio/executor_work_guard.hpp>
+#include <asio/io_context.hpp>
+#include <asio/post.hpp>
+
+#include <atomic>
+#include <condition_variable>
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <thread>
+#include <utility>
+
+namespace fdb {
+
+/// An io_context with at most one thread in it at a time.
+class EventLoop : public std::enable_shared_from_this<EventLoop> {
+public:
+    EventLoop();
+    ~EventLoop();
+
+    asio::io_context& context() { return mContext; }
+
+    /// Runs the loop on a new thread, or on the calling one until stop(). True also when it runs already.
+    bool start(const std::string& threadName, bool inPlace);
+    /// Lets the loop end after the handler that is running now.
+    void stop();
+    /// Waits for the loop's thread; `milliseconds` 0 is without limit. False on that thread, and when time is over.
+    bool join(uint32_t milliseconds);
+    bool isSelf() const { return mThreadId.load() == std::this_thread::get_id(); }
+
+    template <typename Handler>
+    void post(Handler&& handler) {
+        asio::post(mContext, std::forward<Handler>(handler));
+    }
+
+    /// Runs `task` when no handler is running, and returns when it has run: between two handlers of the loop, or here
+    /// when the loop is not running or this is its own thread. The task must not call out of the bus.
+    void runExclusive(const std::function<void()>& task);
+
+    /// Waits until `done` is set by a thread that then calls signal(); at most `milliseconds`, where positive. False
+    /// when the time is over, and when the loop is not running or ends before.
+    bool waitForSignal(const std::atomic<bool>& done, int32_t milliseconds);
+    void signal();
+
+private:
+    struct Task {
+        const std::function<void()>* run;
+        bool done = false;
+    };
+
+    void run();
+    void runTasksLocked();
+
+    asio::io_context mContext{1};
+    std::optional<asio::executor_work_guard<asio::io_context::executor_type>> mWork;
+    std::atomic<std::thread::id> mThreadId{std::thread::id()};
+
+    std::mutex mMutex;  // guards what follows
+    std::condition_variable mChanged;
+    std::deque<Task*> mTasks;
+    bool mRunning = false;
+    std::thread mThread;
+};
+
+}  // namespace fdb

@@ -1,0 +1,286 @@
+#include "ServerHub.h"
+
+#include <host/RuntimeDir.h>
+#include <lgklog/lgklog.h>
+
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <cstring>
+
+namespace fdb {
+namespace {
+
+/// How long to wait when the system is short of something that nothing reports the return of.
+constexpr std::chrono::milliseconds kRetryPause(100);
+
+}  // namespace
+
+/// One client of a server.
+class ServerSession : public ConnectionHandler {
+public:
+    ServerSession(std::weak_ptr<ServerHub> owner, FdbSessionId_t sessionId, std::shared_ptr<Connection> peer)
+        : hub(std::move(owner)), id(sessionId), connection(std::move(peer)) {}
+
+    bool onFrame(const FrameView& frame) override {
+        const std::shared_ptr<ServerHub> server = hub.lock();
+        return server && server->onFrame(*this, frame);
+    }
+
+    void onClosed() override {
+        if (const std::shared_ptr<ServerHub> server = hub.lock()) {
+            server->onClosed(id);
+        }
+    }
+
+    const std::weak_ptr<ServerHub> hub;
+    const FdbSessionId_t id;
+    const std::shared_ptr<Connection> connection;
+};
+
+bool ServerHub::bind(const std::string& service) {
+    bool bound = false;
+    mLoop->runExclusive([&] {
+        if (mOwner && !mSocket) {
+            mService = service;
+            bound = publish();
+        }
+    });
+    return bound;
+}
+
+void ServerHub::unbind() {
+    mLoop->post([weak = weak_from_this()] {
+        const auto self = weak.lock();
+        if (!self) {
+            return;
+        }
+        self->withdraw();
+        while (!self->mSessions.empty()) {
+            const FdbSessionId_t id = self->mSessions.begin()->first;
+            self->mSessions.begin()->second->connection->close();
+            self->onClosed(id);
+        }
+    });
+}
+
+void ServerHub::closeAll() {
+    withdraw();
+    for (const auto& session : mSessions) {
+        session.second->connection->close();
+    }
+    mSessions.clear();
+    std::lock_guard<std::mutex> lock(mMutex);
+    mSubscribers.clear();
+}
+
+bool ServerHub::publish() {
+    auto socket = std::make_unique<ServiceSocket>();
+    if (!socket->open(mService) || !mWatch.open(qvn::host::runtimeDir())) {
+        return false;
+    }
+    const int watchFd = ::dup(mWatch.fd());
+    if (watchFd < 0) {
+        return false;
+    }
+    mWatchDescriptor = std::make_unique<asio::posix::stream_descriptor>(mLoop->context(), watchFd);
+    mListener = std::make_unique<asio::posix::stream_descriptor>(mLoop->context(), socket->releaseFd());
+    mSocket = std::move(socket);
+    awaitClient();
+    awaitDirectory();
+    return true;
+}
+
+void ServerHub::withdraw() {
+    mListener.reset();
+    mWatchDescriptor.reset();
+    mRetry.reset();
+    mSocket.reset();
+}
+
+void ServerHub::awaitClient() {
+    mListener->async_wait(asio::posix::stream_descriptor::wait_read,
+                          [weak = weak_from_this()](const std::error_code& error) {
+                              const auto self = weak.lock();
+                              if (self && !error && self->mListener) {
+                                  self->acceptClients();
+                              }
+                          });
+}
+
+void ServerHub::acceptClients() {
+    for (;;) {
+        UniqueFd fd(::accept4(mListener->native_handle(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
+        if (fd) {
+            openSession(std::move(fd));
+            if (!mListener) {
+                return;  // the owner's callback ended the service
+            }
+        } else if (errno == EAGAIN) {
+            awaitClient();
+            return;
+        } else if (errno != EINTR && errno != ECONNABORTED) {
+            retryLater("accept a client", [this] { acceptClients(); });
+            return;
+        }
+    }
+}
+
+void ServerHub::openSession(UniqueFd fd) {
+    const FdbSessionId_t id = nextSessionId();
+    const std::string label = "client " + std::to_string(id) + " of '" + mService + "'";
+    if (!isSameUser(fd.get(), label)) {
+        return;
+    }
+    Connection::Socket socket(mLoop->context());
+    std::error_code error;
+    socket.assign(asio::local::stream_protocol(), fd.get(), error);
+    if (error) {
+        lgklog_print(1, "fdbus: %s: %s", label.c_str(), error.message().c_str());
+        return;
+    }
+    fd.release();
+    const auto connection = std::make_shared<Connection>(*mLoop, std::move(socket), label);
+    const auto session = std::make_shared<ServerSession>(weak_from_this(), id, connection);
+    const bool first = mSessions.empty();
+    mSessions.emplace(id, session);
+    Callbacks::online(mOwner, id, first);
+    connection->start(session);
+}
+
+void ServerHub::awaitDirectory() {
+    mWatchDescriptor->async_wait(asio::posix::stream_descriptor::wait_read,
+                                 [weak = weak_from_this()](const std::error_code& error) {
+                                     const auto self = weak.lock();
+                                     if (self && !error && self->mWatchDescriptor) {
+                                         self->onDirectoryChange();
+                                     }
+                                 });
+}
+
+void ServerHub::onDirectoryChange() {
+    mWatch.drain();
+    if (mSocket && mSocket->isPublished()) {
+        awaitDirectory();
+        return;
+    }
+    withdraw();
+    if (publish()) {
+        lgklog_print(1, "fdbus: the socket of '%s' was removed and has been made again", mService.c_str());
+        return;
+    }
+    retryLater("make the socket again", [this] { onDirectoryChange(); });
+}
+
+template <typename Action>
+void ServerHub::retryLater(const char* what, Action action) {
+    lgklog_print(1, "fdbus: service '%s' cannot %s: %s; trying again", mService.c_str(), what, std::strerror(errno));
+    mRetry = std::make_unique<asio::steady_timer>(mLoop->context(), kRetryPause);
+    mRetry->async_wait([weak = weak_from_this(), action](const std::error_code& error) {
+        const auto self = weak.lock();
+        if (self && !error && self->mRetry) {
+            action();
+        }
+    });
+}
+
+bool ServerHub::onFrame(ServerSession& session, const FrameView& frame) {
+    const auto job = std::make_shared<CFdbMessage>(frame, session.id, session.connection);
+    CBaseJob::Ptr ref = job;
+    CFdbMsgSubscribeList list;
+    switch (frame.kind) {
+        case FrameKind::Subscribe:
+            if (!readSubscribeList(frame, list)) {
+                return false;
+            }
+            subscribe(session, list);
+            job->subscribeList(std::move(list));
+            Callbacks::subscribe(mOwner, ref);
+            return true;
+        case FrameKind::Unsubscribe:
+            if (!readSubscribeList(frame, list)) {
+                return false;
+            }
+            unsubscribe(session, list);
+            return true;
+        case FrameKind::Send:
+        case FrameKind::Invoke:
+            Callbacks::invoke(mOwner, ref);
+            return true;
+        case FrameKind::Reply:
+        case FrameKind::Status:
+        case FrameKind::Broadcast:
+            break;
+    }
+    return false;
+}
+
+void ServerHub::onClosed(FdbSessionId_t session) {
+    const auto found = mSessions.find(session);
+    if (found == mSessions.end()) {
+        return;
+    }
+    forget(found->second->connection);
+    mSessions.erase(found);
+    Callbacks::offline(mOwner, session, mSessions.empty());
+}
+
+void ServerHub::subscribe(ServerSession& session, CFdbMsgSubscribeList& list) {
+    std::lock_guard<std::mutex> lock(mMutex);
+    for (const CFdbMsgSubscribeItem& item : list) {
+        std::vector<Subscriber>& subscribers = mSubscribers[item.msg_code()];
+        const bool known = std::any_of(subscribers.begin(), subscribers.end(), [&](const Subscriber& subscriber) {
+            return subscriber.connection == session.connection && subscriber.topic == item.filter();
+        });
+        if (!known) {
+            subscribers.push_back({session.connection, item.filter()});
+        }
+    }
+}
+
+void ServerHub::unsubscribe(const ServerSession& session, const CFdbMsgSubscribeList& list) {
+    std::lock_guard<std::mutex> lock(mMutex);
+    for (const CFdbMsgSubscribeItem& item : list) {
+        const auto found = mSubscribers.find(item.msg_code());
+        if (found == mSubscribers.end()) {
+            continue;
+        }
+        std::vector<Subscriber>& subscribers = found->second;
+        subscribers.erase(std::remove_if(subscribers.begin(), subscribers.end(),
+                                         [&](const Subscriber& subscriber) {
+                                             return subscriber.connection == session.connection &&
+                                                    subscriber.topic == item.filter();
+                                         }),
+                          subscribers.end());
+    }
+}
+
+void ServerHub::forget(const std::shared_ptr<Connection>& connection) {
+    std::lock_guard<std::mutex> lock(mMutex);
+    for (auto& code : mSubscribers) {
+        std::vector<Subscriber>& subscribers = code.second;
+        subscribers.erase(
+            std::remove_if(subscribers.begin(), subscribers.end(),
+                           [&](const Subscriber& subscriber) { return subscriber.connection == connection; }),
+            subscribers.end());
+    }
+}
+
+bool ServerHub::broadcast(FdbMsgCode_t code, const char* topic, FrameBuilder& frame) {
+    std::lock_guard<std::mutex> lock(mMutex);
+    const auto found = mSubscribers.find(code);
+    if (found == mSubscribers.end()) {
+        return true;
+    }
+    for (const Subscriber& subscriber : found->second) {
+        if (subscriber.topic.empty() || subscriber.topic == (topic ? topic : "")) {
+            subscriber.connection->send(frame.bytes());
+        }
+    }
+    return true;
+}
+
+}  // namespace fdb

@@ -1,0 +1,74 @@
+#pragma once
+
+#include "Connection.h"
+#include "Endpoint.h"
+#include "ServiceAddress.h"
+
+#include <host/DirectoryWatch.h>
+
+#include <asio/posix/stream_descriptor.hpp>
+#include <asio/steady_timer.hpp>
+
+#include <map>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+namespace fdb {
+
+class ServerSession;
+
+/// A server's sessions, and who of them subscribed what.
+///
+/// The service stays reachable: when its socket, or the whole runtime directory, is removed, it is made again.
+class ServerHub : public Endpoint, public std::enable_shared_from_this<ServerHub> {
+public:
+    using Endpoint::Endpoint;
+
+    /// False, with a log line, when the service cannot be offered.
+    bool bind(const std::string& service);
+    void unbind();
+
+    bool broadcast(FdbMsgCode_t code, const char* topic, FrameBuilder& frame) override;
+
+    // On the loop's thread, by the sessions.
+    bool onFrame(ServerSession& session, const FrameView& frame);
+    void onClosed(FdbSessionId_t session);
+
+private:
+    struct Subscriber {
+        std::shared_ptr<Connection> connection;
+        std::string topic;
+    };
+
+    void closeAll() override;
+
+    // On the loop's thread.
+    bool publish();
+    void withdraw();
+    void awaitClient();
+    void acceptClients();
+    void openSession(UniqueFd fd);
+    void awaitDirectory();
+    void onDirectoryChange();
+    template <typename Action>
+    void retryLater(const char* what, Action action);
+    void subscribe(ServerSession& session, CFdbMsgSubscribeList& list);
+    void unsubscribe(const ServerSession& session, const CFdbMsgSubscribeList& list);
+    void forget(const std::shared_ptr<Connection>& connection);
+
+    std::string mService;
+    std::unique_ptr<ServiceSocket> mSocket;
+    std::unique_ptr<asio::posix::stream_descriptor> mListener;
+    std::unique_ptr<asio::posix::stream_descriptor> mWatchDescriptor;
+    qvn::host::DirectoryWatch mWatch;
+    std::unique_ptr<asio::steady_timer> mRetry;
+    std::map<FdbSessionId_t, std::shared_ptr<ServerSession>> mSessions;
+
+    std::mutex mMutex;
+    std::unordered_map<FdbMsgCode_t, std::vector<Subscriber>> mSubscribers;  // guarded by mMutex
+};
+
+}  // namespace fdb

@@ -1,0 +1,144 @@
+#include "ServiceAddress.h"
+
+#include <host/RuntimeDir.h>
+#include <lgklog/lgklog.h>
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+
+namespace fdb {
+namespace {
+
+const char kScheme[] = "svc://";
+constexpr int kBacklog = 128;
+
+bool toAddress(const std::string& path, sockaddr_un& address) {
+    address = sockaddr_un();
+    address.sun_family = AF_UNIX;
+    if (path.size() >= sizeof(address.sun_path)) {
+        errno = ENAMETOOLONG;
+        return false;
+    }
+    std::memcpy(address.sun_path, path.c_str(), path.size() + 1);
+    return true;
+}
+
+UniqueFd listenAt(const std::string& path) {
+    sockaddr_un address;
+    UniqueFd fd(::socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
+    if (!fd || !toAddress(path, address)) {
+        return UniqueFd();
+    }
+    ::unlink(path.c_str());
+    if (::bind(fd.get(), reinterpret_cast<const sockaddr*>(&address), sizeof(address)) != 0 ||
+        ::listen(fd.get(), kBacklog) != 0) {
+        return UniqueFd();
+    }
+    return fd;
+}
+
+}  // namespace
+
+std::string serviceName(const char* url, const std::string& fallback) {
+    std::string name = fallback;
+    if (url) {
+        name = std::strncmp(url, kScheme, sizeof(kScheme) - 1) == 0 ? url + sizeof(kScheme) - 1 : "";
+    }
+    if (name.empty() || name[0] == '.' || name.find('/') != std::string::npos) {
+        lgklog_print(0, "fdbus: '%s' is no service address; expected svc://NAME", url ? url : fallback.c_str());
+        return "";
+    }
+    return name;
+}
+
+std::string socketFileName(const std::string& service) {
+    return service + ".sock";
+}
+
+UniqueFd& UniqueFd::operator=(UniqueFd&& other) noexcept {
+    if (this != &other) {
+        UniqueFd old(release());
+        mFd = other.release();
+    }
+    return *this;
+}
+
+UniqueFd::~UniqueFd() {
+    if (mFd >= 0) {
+        ::close(mFd);
+    }
+}
+
+int UniqueFd::release() {
+    const int fd = mFd;
+    mFd = -1;
+    return fd;
+}
+
+ServiceSocket::~ServiceSocket() {
+    if (isPublished()) {
+        ::unlink(mPath.c_str());
+    }
+}
+
+bool ServiceSocket::open(const std::string& service) {
+    std::string error;
+    if (!qvn::host::ensureRuntimeDir(&error)) {
+        lgklog_print(0, "fdbus: cannot offer '%s': %s", service.c_str(), error.c_str());
+        return false;
+    }
+    const std::string base = qvn::host::runtimeDir() + "/" + service;
+    mLock = UniqueFd(::open((base + ".lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600));
+    if (!mLock || ::flock(mLock.get(), LOCK_EX | LOCK_NB) != 0) {
+        lgklog_print(0, "fdbus: cannot offer '%s': %s", service.c_str(),
+                     errno == EWOULDBLOCK ? "another server has this name" : std::strerror(errno));
+        return false;
+    }
+    const std::string temporary = base + ".new";
+    const std::string path = base + ".sock";
+    UniqueFd fd = listenAt(temporary);
+    struct stat status;
+    if (!fd || ::stat(temporary.c_str(), &status) != 0 || ::rename(temporary.c_str(), path.c_str()) != 0) {
+        lgklog_print(0, "fdbus: cannot make the socket %s: %s", path.c_str(), std::strerror(errno));
+        return false;
+    }
+    mFd = std::move(fd);
+    mPath = path;
+    mInode = status.st_ino;
+    return true;
+}
+
+bool ServiceSocket::isPublished() const {
+    struct stat status;
+    return !mPath.empty() && ::lstat(mPath.c_str(), &status) == 0 && S_ISSOCK(status.st_mode) &&
+           status.st_ino == mInode;
+}
+
+UniqueFd connectToService(const std::string& service) {
+    sockaddr_un address;
+    UniqueFd fd(::socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
+    if (!fd || !toAddress(qvn::host::runtimeDir() + "/" + socketFileName(service), address) ||
+        ::connect(fd.get(), reinterpret_cast<const sockaddr*>(&address), sizeof(address)) != 0) {
+        return UniqueFd();
+    }
+    return fd;
+}
+
+bool isSameUser(int fd, const std::string& label) {
+    ucred peer = {};
+    socklen_t size = sizeof(peer);
+    if (::getsockopt(fd, SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0 && peer.uid == ::geteuid()) {
+        return true;
+    }
+    lgklog_print(1, "fdbus: %s belongs to user %u and is refused", label.c_str(), static_cast<unsigned>(peer.uid));
+    return false;
+}
+
+}  // namespace fdb

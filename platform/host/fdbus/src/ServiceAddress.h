@@ -1,0 +1,59 @@
+#pragma once
+
+#include <string>
+
+namespace fdb {
+
+/// The name in `svc://NAME`; `fallback` where there is no URL. Empty, with a log line, when it names no service.
+std::string serviceName(const char* url, const std::string& fallback);
+
+/// The file name of a service's socket, without its folder.
+std::string socketFileName(const std::string& service);
+
+/// A file descriptor with an owner.
+class UniqueFd {
+public:
+    UniqueFd() = default;
+    explicit UniqueFd(int fd) : mFd(fd) {}
+    UniqueFd(UniqueFd&& other) noexcept : mFd(other.release()) {}
+    UniqueFd& operator=(UniqueFd&& other) noexcept;
+    ~UniqueFd();
+
+    int get() const { return mFd; }
+    explicit operator bool() const { return mFd >= 0; }
+    int release();
+
+private:
+    int mFd = -1;
+};
+
+/// A service's name while it is taken: the lock that keeps other servers away, and the listening socket.
+///
+/// The lock is the kernel's, on the file NAME.lock: it ends with the process, however that ends. The socket is bound
+/// under a temporary name and renamed when it listens, so that whoever sees NAME.sock can connect to it.
+class ServiceSocket {
+public:
+    ~ServiceSocket();
+
+    /// False, with a log line, when the name is taken or the runtime directory cannot be used.
+    bool open(const std::string& service);
+    /// Whether the socket's file is in its place.
+    bool isPublished() const;
+
+    /// The listening descriptor; the caller takes it over.
+    int releaseFd() { return mFd.release(); }
+
+private:
+    UniqueFd mLock;
+    UniqueFd mFd;
+    std::string mPath;
+    unsigned long mInode = 0;
+};
+
+/// Connects to a service's socket without waiting. errno tells why the result is empty.
+UniqueFd connectToService(const std::string& service);
+
+/// Whether the process at the other end has this one's user id; a log line says when not.
+bool isSameUser(int fd, const std::string& label);
+
+}  // namespace fdb

@@ -1,0 +1,191 @@
+#include "GpioPort.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <pthread.h>
+#include <signal.h>
+#include <sys/eventfd.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <string>
+#include <system_error>
+
+#include "host/RuntimeDir.h"
+#include "lgklog/lgklog.h"
+
+namespace qvn {
+namespace host {
+namespace {
+
+constexpr char kLinesDir[] = "gpio";
+constexpr int kUnknown = -1;
+constexpr int kReleased = 1;
+constexpr int kLogError = 1;
+
+thread_local bool onPortThread = false;
+
+/** Leaves every signal to the application's own threads. */
+void blockSignals() {
+    sigset_t all;
+    sigfillset(&all);
+    pthread_sigmask(SIG_SETMASK, &all, nullptr);
+}
+
+}  // namespace
+
+int GpioPort::level(int line) {
+    const std::string path = runtimeDir() + "/" + kLinesDir + "/" + std::to_string(line);
+    const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+    if (fd < 0) {
+        return errno == ENOENT ? kReleased : kUnknown;
+    }
+    char text[3] = {};
+    const ssize_t size = ::read(fd, text, sizeof text);
+    ::close(fd);
+    const bool oneDigit = size == 1 || (size == 2 && text[1] == '\n');
+    return oneDigit && (text[0] == '0' || text[0] == '1') ? text[0] - '0' : kUnknown;
+}
+
+bool GpioPort::open() {
+    if (onPortThread) {
+        return !closing();
+    }
+    const std::lock_guard<std::mutex> lock(lifecycleMutex_);
+    return start();
+}
+
+bool GpioPort::watchLine(int line, int edges, Callback callback, void* context) {
+    if (onPortThread) {
+        return add(line, edges, callback, context);
+    }
+    const std::lock_guard<std::mutex> lock(lifecycleMutex_);
+    return start() && add(line, edges, callback, context);
+}
+
+void GpioPort::close() {
+    if (onPortThread) {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        registrations_.clear();
+        return;
+    }
+    const std::lock_guard<std::mutex> lifecycleLock(lifecycleMutex_);
+    if (!thread_.joinable()) {
+        return;
+    }
+    {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        closing_ = true;
+        registrations_.clear();
+    }
+    eventfd_write(wakeFd_, 1);
+    thread_.join();
+    release();
+    const std::lock_guard<std::mutex> lock(mutex_);
+    closing_ = false;
+}
+
+bool GpioPort::start() {
+    if (thread_.joinable()) {
+        return true;
+    }
+    std::string error;
+    if (!ensureRuntimeSubdir(kLinesDir, &error)) {
+        lgklog_print(kLogError, "[%s][%d]%s", __func__, __LINE__, error.c_str());
+        return false;
+    }
+    wakeFd_ = eventfd(0, EFD_CLOEXEC);
+    if (wakeFd_ < 0 || !watch_.open(runtimeDir() + "/" + kLinesDir)) {
+        lgklog_print(kLogError, "[%s][%d]cannot watch the GPIO lines: %s", __func__, __LINE__, std::strerror(errno));
+        release();
+        return false;
+    }
+    try {
+        thread_ = std::thread(&GpioPort::run, this);
+    } catch (const std::system_error& problem) {
+        lgklog_print(kLogError, "[%s][%d]cannot start the GPIO thread: %s", __func__, __LINE__, problem.what());
+        release();
+        return false;
+    }
+    return true;
+}
+
+void GpioPort::release() {
+    watch_.close();
+    if (wakeFd_ >= 0) {
+        ::close(wakeFd_);
+        wakeFd_ = -1;
+    }
+}
+
+bool GpioPort::add(int line, int edges, Callback callback, void* context) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    if (closing_) {
+        return false;
+    }
+    const auto same = std::find_if(registrations_.begin(), registrations_.end(),
+                                   [&](const Registration& r) { return r.line == line && r.context == context; });
+    if (same != registrations_.end()) {
+        same->edges = edges;
+        same->callback = callback;
+    } else {
+        registrations_.push_back({line, edges, callback, context, level(line), false});
+    }
+    return true;
+}
+
+bool GpioPort::closing() {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    return closing_;
+}
+
+void GpioPort::run() {
+    onPortThread = true;
+    blockSignals();
+    pthread_setname_np(pthread_self(), "gpioport");
+    pollfd sources[] = {{watch_.fd(), POLLIN, 0}, {wakeFd_, POLLIN, 0}};
+    while (!closing()) {
+        if (::poll(sources, 2, -1) > 0 && sources[0].revents != 0) {
+            // Which names changed does not matter: a level that is the same as before is no edge.
+            watch_.drain();
+            sample();
+            callPending();
+        }
+    }
+}
+
+void GpioPort::sample() {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    for (Registration& registration : registrations_) {
+        const int now = level(registration.line);
+        if (now == kUnknown || now == registration.level) {
+            continue;  // a file that is being rewritten is unknown until its writer is done
+        }
+        registration.level = now;
+        registration.pending = (registration.edges & (now == 1 ? kRising : kFalling)) != 0;
+    }
+}
+
+void GpioPort::callPending() {
+    for (;;) {
+        Callback callback = nullptr;
+        void* context = nullptr;
+        {
+            const std::lock_guard<std::mutex> lock(mutex_);
+            const auto due = std::find_if(registrations_.begin(), registrations_.end(),
+                                          [](const Registration& r) { return r.pending; });
+            if (due == registrations_.end()) {
+                return;
+            }
+            due->pending = false;
+            callback = due->callback;
+            context = due->context;
+        }
+        callback(context);
+    }
+}
+
+}  // namespace host
+}  // namespace qvn

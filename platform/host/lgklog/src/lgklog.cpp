@@ -1,0 +1,119 @@
+#include "lgklog/lgklog.h"
+
+#include <spdlog/logger.h>
+#include <spdlog/sinks/basic_file_sink.h>
+#include <spdlog/sinks/stdout_sinks.h>
+
+#include <algorithm>
+#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+#include <string>
+
+namespace {
+
+constexpr int kMostSevere = 0;
+constexpr int kMostDetailed = 5;
+constexpr int kDefaultLimit = 1;
+
+spdlog::level::level_enum severityOf(int level) {
+    static constexpr spdlog::level::level_enum kSeverities[] = {spdlog::level::critical, spdlog::level::err,
+                                                                spdlog::level::warn,     spdlog::level::info,
+                                                                spdlog::level::debug,    spdlog::level::trace};
+    return kSeverities[std::clamp(level, kMostSevere, kMostDetailed)];
+}
+
+class Log {
+public:
+    Log() : logger_(makeLogger(std::make_shared<spdlog::sinks::stderr_sink_mt>())) {
+        openFile(std::getenv("QVN_LOG_FILE"));
+        setLimit(std::getenv("QVN_LOG_LEVEL"));
+    }
+
+    bool enabled(int level) const { return level <= limit_; }
+
+    void write(spdlog::level::level_enum severity, spdlog::string_view_t text) { logger_->log(severity, text); }
+
+private:
+    static std::unique_ptr<spdlog::logger> makeLogger(spdlog::sink_ptr sink) {
+        auto logger = std::make_unique<spdlog::logger>("lgklog", std::move(sink));
+        logger->set_pattern("%Y-%m-%d %H:%M:%S.%e %L %P/%t %v");
+        logger->set_level(spdlog::level::trace);
+        logger->flush_on(spdlog::level::trace);
+        return logger;
+    }
+
+    void openFile(const char* path) {
+        if (path == nullptr || *path == '\0') {
+            return;
+        }
+        try {
+            logger_ = makeLogger(std::make_shared<spdlog::sinks::basic_file_sink_mt>(path));
+        } catch (const std::exception& problem) {
+            write(spdlog::level::warn, std::string("QVN_LOG_FILE: ") + problem.what() + "; logging to stderr");
+        }
+    }
+
+    void setLimit(const char* text) {
+        if (text == nullptr || *text == '\0') {
+            return;
+        }
+        if (text[0] >= '0' + kMostSevere && text[0] <= '0' + kMostDetailed && text[1] == '\0') {
+            limit_ = text[0] - '0';
+        } else {
+            write(spdlog::level::warn, std::string("QVN_LOG_LEVEL is \"") + text + "\", expected 0 to 5; using 1");
+        }
+    }
+
+    std::unique_ptr<spdlog::logger> logger_;
+    int limit_ = kDefaultLimit;
+};
+
+/** Never destroyed: threads that outlive main() may still log. */
+Log& processLog() {
+    static Log& log = *new Log;
+    return log;
+}
+
+/** Line breaks inside a message become blanks, so that a line of the log is always one message. */
+spdlog::string_view_t asOneLine(char* text, std::size_t size) {
+    while (size > 0 && (text[size - 1] == '\n' || text[size - 1] == '\r')) {
+        --size;
+    }
+    std::replace(text, text + size, '\n', ' ');
+    return {text, size};
+}
+
+int print(Log& log, int level, const char* format, va_list arguments) {
+    char shortText[512];
+    va_list again;
+    va_copy(again, arguments);
+    const int length = std::vsnprintf(shortText, sizeof shortText, format, arguments);
+    const std::size_t size = length < 0 ? 0 : static_cast<std::size_t>(length);
+    if (length >= 0 && size < sizeof shortText) {
+        log.write(severityOf(level), asOneLine(shortText, size));
+    } else if (length >= 0) {
+        std::string longText(size + 1, '\0');
+        std::vsnprintf(&longText[0], longText.size(), format, again);
+        log.write(severityOf(level), asOneLine(&longText[0], size));
+    }
+    va_end(again);
+    return length;
+}
+
+}  // namespace
+
+int lgklog_print(int level, const char* format, ...) {
+    va_list arguments;
+    va_start(arguments, format);
+    int result = -1;
+    try {
+        Log& log = processLog();
+        result = log.enabled(level) ? print(log, level, format, arguments) : 0;
+    } catch (...) {
+        // Out of memory: the caller learns by the result that the message is lost.
+    }
+    va_end(arguments);
+    return result;
+}

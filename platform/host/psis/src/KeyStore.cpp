@@ -1,0 +1,93 @@
+#include "KeyStore.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <nlohmann/json.hpp>
+#include <sstream>
+
+#include "host/RuntimeDir.h"
+
+namespace qvn {
+namespace host {
+namespace {
+
+using nlohmann::json;
+
+/** A vehicle with automatic parking, the variant that serves the most functions. */
+const KeyStore kBuiltInStore = {
+    {"config_qvn", {{"OMNIVIEW_SYSTEM_VEHICLE_CONFIGURATION_INFORMATION", 3}, {"REVERSE_VIDEO", 0}}},
+};
+
+bool fail(std::string* error, const std::string& text) {
+    *error = text;
+    return false;
+}
+
+bool isByte(const json& value) {
+    return value.is_number_unsigned() && value.get<std::uint64_t>() <= 255;
+}
+
+/** The parser's own text, from the place on: "parse error at line 3, column 7: ...". */
+std::string describe(const json::parse_error& problem) {
+    const std::string text = problem.what();
+    const std::size_t bracket = text.find("] ");
+    return bracket == std::string::npos ? text : text.substr(bracket + 2);
+}
+
+}  // namespace
+
+bool parseKeyStore(const std::string& text, KeyStore* store, std::string* error) {
+    json document;
+    try {
+        document = json::parse(text);
+    } catch (const json::parse_error& problem) {
+        return fail(error, describe(problem));
+    }
+    if (!document.is_object()) {
+        return fail(error, "expected an object of namespaces");
+    }
+    KeyStore result;
+    for (const auto& [name, keys] : document.items()) {
+        if (!keys.is_object()) {
+            return fail(error, name + ": expected an object of keys");
+        }
+        auto& values = result[name];
+        for (const auto& [key, value] : keys.items()) {
+            if (!isByte(value)) {
+                return fail(error, name + "." + key + ": expected an integer from 0 to 255");
+            }
+            values[key] = value.get<std::uint8_t>();
+        }
+    }
+    *store = std::move(result);
+    return true;
+}
+
+bool loadKeyStore(KeyStore* store, std::string* error) {
+    const char* named = std::getenv("QVN_HOST_CONFIG");
+    const bool isNamed = named != nullptr && *named != '\0';
+    const std::string path = isNamed ? std::string(named) : runtimeDir() + "/vehicle.json";
+
+    errno = 0;
+    std::ifstream file(path, std::ios::binary);
+    if (!file.is_open() && errno == ENOENT && !isNamed) {
+        *store = kBuiltInStore;
+        return true;
+    }
+    file.peek();  // a folder can be opened, but not read
+    if (!file.is_open() || file.bad()) {
+        return fail(error, path + ": " + std::strerror(errno) + "; expected a readable JSON file");
+    }
+    std::ostringstream text;
+    text << file.rdbuf();
+    if (!parseKeyStore(text.str(), store, error)) {
+        error->insert(0, path + ": ");
+        return false;
+    }
+    return true;
+}
+
+}  // namespace host
+}  // namespace qvn

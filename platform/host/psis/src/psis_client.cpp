@@ -1,0 +1,63 @@
+#include "psis/psis_client.h"
+
+#include <cstring>
+#include <exception>
+#include <mutex>
+#include <optional>
+
+#include "KeyStore.h"
+#include "lgklog/lgklog.h"
+
+namespace {
+
+constexpr int kOk = 0;
+constexpr int kFailed = -1;
+constexpr int kLogError = 1;
+
+std::mutex storeMutex;
+std::optional<qvn::host::KeyStore> loadedStore;  // guarded by storeMutex; empty until initialised
+
+}  // namespace
+
+int psisInitClient(void) {
+    const std::lock_guard<std::mutex> lock(storeMutex);
+    loadedStore.reset();
+    try {
+        qvn::host::KeyStore store;
+        std::string error;
+        if (!qvn::host::loadKeyStore(&store, &error)) {
+            lgklog_print(kLogError, "[%s][%d]%s", __func__, __LINE__, error.c_str());
+            return kFailed;
+        }
+        loadedStore = std::move(store);
+        return kOk;
+    } catch (const std::exception& problem) {
+        lgklog_print(kLogError, "[%s][%d]%s", __func__, __LINE__, problem.what());
+        return kFailed;
+    }
+}
+
+int psisReadKey(const char* ns, const char* key, int /*user*/, void* buffer, int size) {
+    if (ns == nullptr || key == nullptr || buffer == nullptr || size < 1) {
+        return kFailed;
+    }
+    try {
+        const std::lock_guard<std::mutex> lock(storeMutex);
+        if (!loadedStore) {
+            return kFailed;
+        }
+        const auto keys = loadedStore->find(ns);
+        if (keys == loadedStore->end()) {
+            return kFailed;
+        }
+        const auto value = keys->second.find(key);
+        if (value == keys->second.end()) {
+            return kFailed;
+        }
+        std::memset(buffer, 0, static_cast<std::size_t>(size));
+        *static_cast<std::uint8_t*>(buffer) = value->second;
+        return kOk;
+    } catch (const std::exception&) {
+        return kFailed;
+    }
+}

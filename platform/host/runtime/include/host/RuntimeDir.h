@@ -1,0 +1,34 @@
+#pragma once
+
+#include <string>
+
+namespace qvn {
+namespace host {
+
+/**
+ * The folder in which the host platform's processes meet: service sockets, GPIO line files, vehicle.json.
+ *
+ * $QVN_HOST_DIR, else $XDG_RUNTIME_DIR/qvn, else /tmp/qvn-UID, without trailing slashes. The environment is read at
+ * each call; an empty variable counts as unset. The folder need not exist.
+ */
+std::string runtimeDir();
+
+/**
+ * Makes the runtime folder with mode 0700, and its parents where they are missing.
+ *
+ * A folder that exists is used only when it is a real directory of the calling user that is closed to all others:
+ * whoever can write there can pose as a service.
+ *
+ * @param error  receives one sentence for the user on failure, naming the path and the remedy; may be null
+ * @return whether the folder is ready for use
+ */
+bool ensureRuntimeDir(std::string* error);
+
+/**
+ * Makes the runtime folder and a folder in it, such as "gpio". That one may be open to others, since the runtime
+ * folder around it is not.
+ */
+bool ensureRuntimeSubdir(const std::string& name, std::string* error);
+
+}  // namespace host
+}  // namespace qvn

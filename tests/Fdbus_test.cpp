@@ -1,0 +1,482 @@
+#include <common_base/fdbus.h>
+#include <gtest/gtest.h>
+
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <functional>
+#include <future>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace {
+
+constexpr std::chrono::seconds kDeadline(20);
+const char kUrl[] = "svc://test_service";
+
+/// Values that callbacks add on a worker's thread and a test waits for.
+template <typename T>
+class Log {
+public:
+    void add(T value) {
+        std::lock_guard<std::mutex> lock(mMutex);
+        mValues.push_back(std::move(value));
+        mChanged.notify_all();
+    }
+    /// The values, when there are at least `count` or the deadline has passed.
+    std::vector<T> waitFor(size_t count) {
+        std::unique_lock<std::mutex> lock(mMutex);
+        mChanged.wait_for(lock, kDeadline, [&] { return mValues.size() >= count; });
+        return mValues;
+    }
+
+private:
+    std::mutex mMutex;
+    std::condition_variable mChanged;
+    std::vector<T> mValues;
+};
+
+std::string payloadOf(CBaseJob::Ptr& job) {
+    auto* message = castToMessage<CFdbMessage*>(job);
+    return std::string(reinterpret_cast<char*>(message->getPayloadBuffer()),
+                       static_cast<size_t>(message->getPayloadSize()));
+}
+
+class Text : public IFdbMsgBuilder {
+public:
+    explicit Text(std::string text) : mText(std::move(text)) {}
+    int32_t build() override { return bufferSize(); }
+    int32_t bufferSize() override { return static_cast<int32_t>(mText.size()); }
+    const uint8_t* buffer() override { return reinterpret_cast<const uint8_t*>(mText.data()); }
+    bool toBuffer(uint8_t* buffer, int32_t size) override {
+        std::memcpy(buffer, mText.data(), static_cast<size_t>(size));
+        return true;
+    }
+    bool toString(std::string& text) const override {
+        text = mText;
+        return true;
+    }
+
+private:
+    std::string mText;
+};
+
+class Server : public CBaseServer {
+public:
+    explicit Server(CBaseWorker* worker) : CBaseServer("test_service", worker) {}
+    ~Server() override { prepareDestroy(); }
+
+    Log<std::string> sessions;
+    Log<std::string> received;
+    Log<int> subscribed;
+
+protected:
+    void onOnline(FdbSessionId_t, bool is_first) override { sessions.add(is_first ? "first online" : "online"); }
+    void onOffline(FdbSessionId_t, bool is_last) override { sessions.add(is_last ? "last offline" : "offline"); }
+    void onInvoke(CBaseJob::Ptr& job) override {
+        const std::string payload = payloadOf(job);
+        received.add(payload);
+        if (payload == "ask") {
+            Text answer("answer");
+            CFdbMessage::reply(job, answer);
+        } else if (payload == "refuse") {
+            CFdbMessage::status(job, 17, "refused");
+        }
+    }
+    void onSubscribe(CBaseJob::Ptr& job) override {
+        auto* message = castToMessage<CBaseMessage*>(job);
+        const CFdbMsgSubscribeItem* item;
+        FDB_BEGIN_FOREACH_SIGNAL(message, item)
+        Text current("current " + std::to_string(item->msg_code()));
+        message->broadcast(item->msg_code(), current);
+        subscribed.add(item->msg_code());
+        FDB_END_FOREACH_SIGNAL()
+    }
+};
+
+class Client : public CBaseClient {
+public:
+    explicit Client(CBaseWorker* worker, std::vector<int> codes = {1, 2}, const char* topic = nullptr)
+        : CBaseClient("test_client", worker), mCodes(std::move(codes)), mTopic(topic) {}
+    ~Client() override { prepareDestroy(); }
+
+    std::function<void(const std::string&)> onValue = [](const std::string&) {};
+    Log<std::string> broadcasts;
+    Log<std::string> replies;
+    Log<std::string> state;
+    std::atomic<CBaseWorker*> ranOn{nullptr};
+
+protected:
+    void onOnline(FdbSessionId_t, bool) override {
+        CFdbMsgSubscribeList list;
+        for (const int code : mCodes) {
+            addNotifyItem(list, code, mTopic);
+        }
+        subscribe(list);
+        state.add("online");
+    }
+    void onOffline(FdbSessionId_t, bool) override { state.add("offline"); }
+    void onBroadcast(CBaseJob::Ptr& job) override {
+        const std::string payload = payloadOf(job);
+        if (worker() && worker()->isSelf()) {
+            ranOn = worker();
+        }
+        broadcasts.add(payload);
+        onValue(payload);
+    }
+    void onReply(CBaseJob::Ptr& job) override { replies.add(payloadOf(job)); }
+    void onStatus(CBaseJob::Ptr&, int32_t error, const char* text) override {
+        replies.add(std::to_string(error) + " " + text);
+    }
+
+private:
+    std::vector<int> mCodes;
+    const char* mTopic;
+};
+
+class FdbusTest : public testing::Test {
+protected:
+    FdbusTest() {
+        std::string pattern = testing::TempDir() + "fdbus_XXXXXX";
+        mDir = mkdtemp(pattern.data());
+        setenv("QVN_HOST_DIR", mDir.c_str(), 1);
+        FDB_CONTEXT->start();
+        serverWorker.start();
+        clientWorker.start();
+    }
+    ~FdbusTest() override { std::filesystem::remove_all(mDir); }
+
+    /// A raw connection to the service, as a peer that does not know the protocol would make it.
+    int connectRaw() const {
+        const int fd = socket(AF_UNIX, SOCK_STREAM, 0);
+        sockaddr_un address = {};
+        address.sun_family = AF_UNIX;
+        const std::string path = mDir + "/test_service.sock";
+        std::memcpy(address.sun_path, path.c_str(), path.size() + 1);
+        EXPECT_EQ(0, connect(fd, reinterpret_cast<sockaddr*>(&address), sizeof(address)));
+        return fd;
+    }
+
+    std::string mDir;
+    CBaseWorker serverWorker{"server"};
+    CBaseWorker clientWorker{"client"};
+};
+
+TEST_F(FdbusTest, ClientMayConnectBeforeOrAfterTheServerBinds) {
+    Client early(&clientWorker);
+    ASSERT_TRUE(isValidFdbId(early.connect(kUrl)));
+    Server server(&serverWorker);
+    ASSERT_TRUE(isValidFdbId(server.bind(kUrl)));
+    Client late(nullptr);
+    late.connect(kUrl);
+
+    const std::vector<std::string> current = {"current 1", "current 2"};
+    EXPECT_EQ(current, early.broadcasts.waitFor(2));
+    EXPECT_EQ(current, late.broadcasts.waitFor(2));
+    EXPECT_EQ(&clientWorker, early.ranOn);
+    EXPECT_TRUE(early.connected());
+    EXPECT_EQ((std::vector<std::string>{"first online", "online"}), server.sessions.waitFor(2));
+}
+
+TEST_F(FdbusTest, BroadcastsReachSubscribersOfTheCodeInOrder) {
+    Server server(&serverWorker);
+    server.bind(kUrl);
+    Client one(&clientWorker, {1, 1});
+    Client topical(&clientWorker, {1}, "left");
+    one.connect(kUrl);
+    topical.connect(kUrl);
+    server.subscribed.waitFor(3);
+
+    constexpr int kCount = 20000;
+    for (int i = 0; i < kCount; ++i) {
+        Text text(std::to_string(i));
+        ASSERT_TRUE(server.broadcast(1, text));
+        Text other("other code");
+        ASSERT_TRUE(server.broadcast(3, other));
+    }
+    Text left("on the left");
+    server.broadcast(1, left, "left");
+
+    std::vector<std::string> expected = {"current 1", "current 1"};
+    for (int i = 0; i < kCount; ++i) {
+        expected.push_back(std::to_string(i));
+    }
+    expected.push_back("on the left");
+    EXPECT_EQ(expected, one.broadcasts.waitFor(expected.size()));
+    EXPECT_EQ((std::vector<std::string>{"current 1", "on the left"}), topical.broadcasts.waitFor(2));
+}
+
+TEST_F(FdbusTest, SendInvokeReplyAndStatus) {
+    Server server(&serverWorker);
+    server.bind(kUrl);
+    Client client(&clientWorker);
+    Text early("early");
+    EXPECT_FALSE(client.send(5, early)) << "nothing is sent while offline";
+    client.connect(kUrl);
+    client.state.waitFor(1);
+
+    Text plain("plain"), ask("ask"), refuse("refuse"), silent("silent");
+    EXPECT_TRUE(client.send(5, plain));
+    EXPECT_TRUE(client.send(5, "raw", 3));
+    EXPECT_TRUE(client.invoke(6, ask));
+    EXPECT_EQ((std::vector<std::string>{"answer"}), client.replies.waitFor(1));
+    EXPECT_TRUE(client.invoke(6, refuse));
+    EXPECT_EQ("17 refused", client.replies.waitFor(2).at(1));
+    EXPECT_TRUE(client.invoke(6, silent, 20));
+    EXPECT_EQ("-1 no reply in time", client.replies.waitFor(3).at(2));
+    EXPECT_EQ((std::vector<std::string>{"plain", "raw", "ask", "refuse", "silent"}), server.received.waitFor(5));
+}
+
+TEST_F(FdbusTest, ClientComesBackWithTheService) {
+    Client client(&clientWorker);
+    client.connect(kUrl);
+    for (size_t round = 1; round <= 20; ++round) {
+        Server server(&serverWorker);
+        ASSERT_TRUE(isValidFdbId(server.bind(kUrl)));
+        ASSERT_EQ(2 * round, client.broadcasts.waitFor(2 * round).size());
+        server.prepareDestroy();
+        ASSERT_EQ("offline", client.state.waitFor(2 * round).back());
+    }
+    client.disconnect();
+    EXPECT_FALSE(client.connected());
+}
+
+TEST_F(FdbusTest, RuntimeDirectoryMayVanish) {
+    Server server(&serverWorker);
+    server.bind(kUrl);
+    Client before(&clientWorker);
+    before.connect(kUrl);
+    before.broadcasts.waitFor(2);
+
+    const std::string away = mDir + ".away";  // moved first: the server makes it again at once
+    std::filesystem::rename(mDir, away);
+    std::filesystem::remove_all(away);
+    Client after(&clientWorker);
+    after.connect(kUrl);
+    EXPECT_EQ(2u, after.broadcasts.waitFor(2).size());
+    Text live("live");
+    server.broadcast(1, live);
+    EXPECT_EQ("live", before.broadcasts.waitFor(3).back());
+}
+
+TEST_F(FdbusTest, NamesAndFoldersThatCannotBeUsed) {
+    Server server(&serverWorker);
+    EXPECT_FALSE(isValidFdbId(server.bind("tcp://elsewhere")));
+    EXPECT_FALSE(isValidFdbId(server.bind("svc://")));
+    EXPECT_FALSE(isValidFdbId(server.bind("svc://../up")));
+    ASSERT_TRUE(isValidFdbId(server.bind(kUrl)));
+    Server second(&serverWorker);
+    EXPECT_FALSE(isValidFdbId(second.bind(kUrl))) << "the name is taken";
+
+    setenv("QVN_HOST_DIR", "/proc/no_such_folder", 1);
+    Server nowhere(&serverWorker);
+    EXPECT_FALSE(isValidFdbId(nowhere.bind(kUrl)));
+    Client client(&clientWorker);
+    EXPECT_FALSE(isValidFdbId(client.connect(kUrl)));
+}
+
+TEST_F(FdbusTest, StaleAndForeignSocketFilesGiveWay) {
+    const std::string path = mDir + "/test_service.sock";
+    ASSERT_EQ(0, symlink("/dev/null", path.c_str()));
+    Client client(&clientWorker);
+    client.connect(kUrl);
+    Server server(&serverWorker);
+    ASSERT_TRUE(isValidFdbId(server.bind(kUrl)));
+    EXPECT_EQ(2u, client.broadcasts.waitFor(2).size());
+    struct stat status;
+    ASSERT_EQ(0, lstat(path.c_str(), &status));
+    EXPECT_TRUE(S_ISSOCK(status.st_mode));
+}
+
+struct BadFrame {
+    const char* what;
+    std::string bytes;
+};
+
+std::string header(uint32_t length, uint16_t kind, uint16_t topic) {
+    std::string bytes(16, '\0');
+    std::memcpy(&bytes[0], &length, 4);
+    std::memcpy(&bytes[4], &kind, 2);
+    std::memcpy(&bytes[6], &topic, 2);
+    return bytes;
+}
+
+TEST_F(FdbusTest, MalformedFramesEndTheirSessionOnly) {
+    Server server(&serverWorker);
+    server.bind(kUrl);
+    Client client(&clientWorker);
+    client.connect(kUrl);
+    client.broadcasts.waitFor(2);
+
+    const BadFrame frames[] = {
+        {"unknown kind", header(0, 99, 0)},
+        {"no kind", header(0, 0, 0)},
+        {"oversized", header(0x7fffffff, 3, 0)},
+        {"topic longer than the frame", header(4, 3, 5) + "abcd"},
+        {"a server's frame", header(0, 7, 0)},
+        {"truncated subscribe list", header(5, 1, 0) + "abcde"},
+        {"subscribe topic beyond the end", header(6, 1, 0) + std::string("\1\0\0\0\x10\0", 6)},
+        {"text", "GET / HTTP/1.1\r\n\r\n"},
+    };
+    for (const BadFrame& frame : frames) {
+        const int fd = connectRaw();
+        ASSERT_EQ(static_cast<ssize_t>(frame.bytes.size()), write(fd, frame.bytes.data(), frame.bytes.size()));
+        char byte;
+        EXPECT_LE(read(fd, &byte, 1), 0) << frame.what << ": the session must end";
+        close(fd);
+    }
+    {
+        const int fd = connectRaw();  // half a frame, and away
+        const std::string half = header(100, 3, 0) + "half";
+        ASSERT_EQ(static_cast<ssize_t>(half.size()), write(fd, half.data(), half.size()));
+        close(fd);
+    }
+    Text live("still here");
+    server.broadcast(1, live);
+    EXPECT_EQ("still here", client.broadcasts.waitFor(3).back());
+}
+
+TEST_F(FdbusTest, LargePayloadsAndBlockedReceivers) {
+    Server server(&serverWorker);
+    server.bind(kUrl);
+    Client client(&clientWorker, {1});
+    std::promise<void> release;
+    const std::shared_future<void> released = release.get_future().share();
+    client.onValue = [released](const std::string&) { released.wait(); };
+    client.connect(kUrl);
+    server.subscribed.waitFor(1);
+    const std::string large(1 << 20, 'x');
+    for (int i = 0; i < 20; ++i) {
+        Text text(large);
+        ASSERT_TRUE(server.broadcast(1, text));
+        Text small(std::to_string(i));
+        ASSERT_TRUE(server.broadcast(1, small));
+    }
+    release.set_value();
+    const std::vector<std::string> received = client.broadcasts.waitFor(41);
+    ASSERT_EQ(41u, received.size());
+    EXPECT_EQ(large, received[39]);
+    EXPECT_EQ("19", received[40]);
+}
+
+TEST_F(FdbusTest, ClientThatFallsTooFarBehindIsCutOffAndComesBack) {
+    Server server(&serverWorker);
+    server.bind(kUrl);
+    Client client(&clientWorker, {1});
+    std::promise<void> release;
+    const std::shared_future<void> released = release.get_future().share();
+    client.onValue = [released](const std::string&) { released.wait(); };
+    client.connect(kUrl);
+    server.subscribed.waitFor(1);
+    const std::string large(1 << 20, 'x');
+    for (int i = 0; i < 80; ++i) {
+        Text text(large);
+        server.broadcast(1, text);
+    }
+    EXPECT_EQ("last offline", server.sessions.waitFor(2).back());
+    release.set_value();
+    EXPECT_EQ((std::vector<std::string>{"online", "offline", "online"}), client.state.waitFor(3));
+    EXPECT_EQ(2u, server.subscribed.waitFor(2).size()) << "it gets current values again";
+}
+
+TEST_F(FdbusTest, ObjectsMayGoWhileTrafficFlows) {
+    std::atomic<bool> stop{false};
+    Server server(&serverWorker);
+    server.bind(kUrl);
+    std::thread traffic([&] {
+        for (int i = 0; !stop; ++i) {
+            Text text(std::to_string(i));
+            server.broadcast(1 + i % 2, text);
+        }
+    });
+    for (int round = 0; round < 50; ++round) {
+        auto client = std::make_unique<Client>(round % 2 ? &clientWorker : nullptr);
+        client->connect(kUrl);
+        client->broadcasts.waitFor(static_cast<size_t>(round % 5));
+        client.reset();
+        CBaseWorker ending("ending");
+        ending.start();
+        Client orphan(&ending);
+        orphan.connect(kUrl);
+        if (round % 3 == 0) {
+            ending.exit();
+            ending.join();
+        }
+    }
+    stop = true;
+    traffic.join();
+}
+
+TEST_F(FdbusTest, ExceptionsOfCallbacksAreSwallowed) {
+    Server server(&serverWorker);
+    server.bind(kUrl);
+    Client client(&clientWorker);
+    client.onValue = [](const std::string& value) {
+        if (value == "current 1") {
+            throw std::runtime_error("no luck");
+        }
+        throw 5;
+    };
+    client.connect(kUrl);
+    EXPECT_EQ(2u, client.broadcasts.waitFor(2).size());
+}
+
+class Job : public CBaseJob {
+public:
+    explicit Job(std::function<void()> task) : mTask(std::move(task)) {}
+    void run(CBaseWorker*, Ptr&) override { mTask(); }
+
+private:
+    std::function<void()> mTask;
+};
+
+TEST(FdbusWorkerTest, JobsRunInOrderOnTheWorker) {
+    CBaseWorker worker("jobs", 3);
+    std::vector<int> ran;
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_TRUE(worker.sendAsync(new Job([&, i] {
+            EXPECT_TRUE(worker.isSelf());
+            ran.push_back(i);
+        })));
+    }
+    EXPECT_FALSE(worker.sendAsync(new Job([] {}))) << "the queue holds three";
+    EXPECT_FALSE(worker.flush(1)) << "nothing runs before start";
+    EXPECT_TRUE(worker.start());
+    EXPECT_TRUE(worker.start()) << "a second start is harmless";
+    while (!worker.flush()) {  // refused while the queue is full
+        std::this_thread::yield();
+    }
+    EXPECT_EQ((std::vector<int>{0, 1, 2}), ran);
+    EXPECT_TRUE(worker.sendSync(new Job([&] {
+        EXPECT_FALSE(worker.join()) << "a worker cannot wait for itself";
+        EXPECT_TRUE(worker.flush()) << "nor block itself";
+    })));
+    worker.exit();
+    EXPECT_TRUE(worker.join());
+    EXPECT_FALSE(worker.flush()) << "the loop has ended";
+}
+
+TEST(FdbusWorkerTest, LoopMayRunInPlace) {
+    CBaseWorker worker("here");
+    const std::thread::id self = std::this_thread::get_id();
+    std::thread::id ranOn;
+    worker.sendAsync(new Job([&] {
+        ranOn = std::this_thread::get_id();
+        worker.exit();
+    }));
+    EXPECT_TRUE(worker.start(FDB_WORKER_EXE_IN_PLACE));
+    EXPECT_EQ(self, ranOn);
+}
+
+}  // namespace

@@ -1,0 +1,3 @@
+qvn_add_test(NAME Fdbus_test
+    SOURCES Fdbus_test.cpp
+    LIBS qvn::common_base)

@@ -1,0 +1,4 @@
+qvn_add_test(NAME host_runtime_test SOURCES HostRuntime_test.cpp LIBS qvn_host_runtime LABELS host)
+qvn_add_test(NAME lgklog_test SOURCES Lgklog_test.cpp LIBS qvn::lgklog LABELS host)
+qvn_add_test(NAME psis_test SOURCES Psis_test.cpp LIBS qvn::psis_client LABELS host)
+qvn_add_test(NAME gpioport_test SOURCES Gpioport_test.cpp LIBS qvn::gpioport_client LABELS host)
