@@ -1,0 +1,28 @@
+#ifndef CANSERVICE_CAN_SERVICE_FDBUS_CLIENT_MANAGER_H
+#define CANSERVICE_CAN_SERVICE_FDBUS_CLIENT_MANAGER_H
+
+#include <memory>
+
+#include "canservice/T21CanServiceFdbusClient.h"
+
+/// Creates, connects and owns the one client of the CAN service.
+class CanServiceFdbusClientManager {
+public:
+    CanServiceFdbusClientManager(const VehilceClientInfo* table, const SignalCallback& callback, CBaseWorker* worker);
+
+    void createCanServiceFdbusClient(const VehilceClientInfo* table, const SignalCallback& callback,
+                                     CBaseWorker* worker);
+    void registerErrSignalCallback(qvn::platform::vehicle::SetErrorCallback callback);
+    void registerAvailableSignalCallabck(AvailableSignalCallback callback);
+
+    template <class T>
+    bool signalFeedback(qvn::platform::vehicle::VehicleProperty property, T value) {
+        return client->signalFeedback(property, value);
+    }
+    void stop();
+
+private:
+    std::shared_ptr<T21CanServiceFdbusClient> client;
+};
+
+#endif  // CANSERVICE_CAN_SERVICE_FDBUS_CLIENT_MANAGER_H

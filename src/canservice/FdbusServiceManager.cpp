@@ -1,0 +1,39 @@
+#include "canservice/FdbusServiceManager.h"
+
+#include <utility>
+
+FdbusServiceManager::FdbusServiceManager(CBaseWorker* workerToUse) : worker(workerToUse) {}
+
+void FdbusServiceManager::setFuncType(FUNCTION_TYPE type) {
+    functionType = type;
+}
+
+void FdbusServiceManager::setSignalTable(const VehilceClientInfo* table) {
+    signalTable = table;
+}
+
+void FdbusServiceManager::registerSignalCallback(SignalCallback callback) {
+    signalCallback = std::move(callback);
+}
+
+void FdbusServiceManager::init() {
+    createCanServiceClientManager();
+}
+
+void FdbusServiceManager::createCanServiceClientManager() {
+    clientManager = std::make_shared<CanServiceFdbusClientManager>(signalTable, signalCallback, worker);
+}
+
+void FdbusServiceManager::registerErrSignalCallback(qvn::platform::vehicle::SetErrorCallback callback) {
+    clientManager->registerErrSignalCallback(callback);
+}
+
+void FdbusServiceManager::registerAvailableSignalCallabck(AvailableSignalCallback callback) {
+    clientManager->registerAvailableSignalCallabck(std::move(callback));
+}
+
+void FdbusServiceManager::stop() {
+    if (clientManager) {
+        clientManager->stop();
+    }
+}

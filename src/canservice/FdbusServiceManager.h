@@ -1,0 +1,41 @@
+#ifndef CANSERVICE_FDBUS_SERVICE_MANAGER_H
+#define CANSERVICE_FDBUS_SERVICE_MANAGER_H
+
+#include <memory>
+
+#include "canservice/CanServiceFdbusClientManager.h"
+
+/// The core's side of the CAN service connection. Set the table, the function type and the signal callback, then
+/// init(); everything below init() needs it to have run.
+class FdbusServiceManager {
+public:
+    /// `worker` runs the connection's callbacks; it must have been started and outlive the manager.
+    explicit FdbusServiceManager(CBaseWorker* worker);
+
+    void setFuncType(FUNCTION_TYPE type);
+    void setSignalTable(const VehilceClientInfo* table);
+    void registerSignalCallback(SignalCallback callback);
+
+    /// Creates the client and connects it. A further call replaces the client.
+    void init();
+    void createCanServiceClientManager();
+
+    void registerErrSignalCallback(qvn::platform::vehicle::SetErrorCallback callback);
+    void registerAvailableSignalCallabck(AvailableSignalCallback callback);
+
+    template <class T>
+    bool signalFeedback(qvn::platform::vehicle::VehicleProperty property, T value) {
+        return clientManager->signalFeedback(property, value);
+    }
+    /// No callback runs any more when it returns. Must not run on the worker.
+    void stop();
+
+private:
+    CBaseWorker* worker;
+    std::shared_ptr<CanServiceFdbusClientManager> clientManager;
+    const VehilceClientInfo* signalTable = nullptr;
+    SignalCallback signalCallback;
+    FUNCTION_TYPE functionType{};
+};
+
+#endif  // CANSERVICE_FDBUS_SERVICE_MANAGER_H

@@ -1,0 +1,41 @@
+#include "canservice/T21CanServiceFdbusClient.h"
+#include "log/Log.h"
+#include "tables/MessageCatalogue.h"
+#include "tables/SignalTable.h"
+
+using namespace qvn::platform::vehicle;
+
+namespace {
+
+constexpr int kEntryLogLine = 385;
+
+}  // namespace
+
+void T21CanServiceFdbusClient::feedbackSignalStatus(int code_id, VehiclePropertyStatus status) {
+    QVN_LOG_AT(Error, kEntryLogLine, "[%s][%d]feedbackSignalStatus code_id :%d", code_id);
+
+    const qvn::tables::MessageRow* const message = qvn::tables::findMessage(static_cast<std::uint32_t>(code_id));
+    const SetErrorCallback report = errorCallback;
+    const VehilceClientInfo* const table = signal_table_;
+    if (message == nullptr || report == nullptr || table == nullptr) {
+        return;
+    }
+    const AvailableSignalCallback replay = currentAvailableCallback();
+
+    for (std::size_t s = 0; s < message->signalCount; ++s) {
+        const SignalListRow& signal = message->signals[s];
+        for (std::size_t i = 0; i < qvn::tables::kSignalTableRows; ++i) {
+            const VehilceClientInfo& row = table[i];
+            if (row.codeId != signal.code_id) {
+                continue;
+            }
+            const int property = static_cast<int>(row.property);
+            report(property, status);
+            if (status == VEHICLE_PROPERTY_STATUS_AVAILABLE && replay) {
+                replay(static_cast<VehicleProperty>(property));
+            }
+            QVN_LOG_AT(Info, message->logLine, message->logFormat, static_cast<int>(row.codeId), signal.name, property,
+                       static_cast<int>(status));
+        }
+    }
+}

@@ -1,0 +1,75 @@
+#include <gpioport/gpioport_client.h>
+
+#include <utility>
+
+#include "canservice/T21CanServiceFdbusClient.h"
+#include "log/Log.h"
+
+using namespace qvn::platform::vehicle;
+
+namespace {
+
+constexpr int kReverseLine = 87;
+constexpr int kBothEdges = 3;
+// The line is active low.
+constexpr int kReverseEngaged = 0;
+constexpr int kReverseReleased = 1;
+
+constexpr int kOpenViews = 1;
+constexpr int kCloseViews = 0;
+
+constexpr std::int32_t kParkingWorkCommand = 0x2140307A;
+constexpr std::int32_t kSystemPowerMode = 0x21403837;
+constexpr int kPowerModeOn = 2;
+
+void inject(const SignalCallback& callback, std::int32_t property, int number) {
+    if (!callback) {
+        return;
+    }
+    VehiclePropValue value;
+    value.prop = property;
+    value.value.int32Values.push_back(number);
+    callback(std::move(value), PROPERTY_TYPE_INT32);
+}
+
+}  // namespace
+
+void T21CanServiceFdbusClient::sendPasworkCmd(int cmd) {
+    inject(currentSignalCallback(), kParkingWorkCommand, cmd);
+    inject(currentSignalCallback(), kSystemPowerMode, kPowerModeOn);
+}
+
+void T21CanServiceFdbusClient::registerErrSignalCallback(SetErrorCallback callback) {
+    errorCallback = callback;
+
+    // Reverse may have been selected before anybody listened, so the level counts now, even with the service online.
+    const int level = gpioport_get_inout_value(kReverseLine);
+    if (level == kReverseEngaged) {
+        sendPasworkCmd(kOpenViews);
+        QVN_LOG(Info, "[%s][%d]T22CanServiceFdbusClient gpio low level interrupt to open AVM/RVC/HAP!");
+    } else if (level == kReverseReleased) {
+        sendPasworkCmd(kCloseViews);
+        QVN_LOG(Info, "[%s][%d]T22CanServiceFdbusClient gpio high level interrupt to close AVM/RVC/HAP!");
+    }
+    gpioport_irq_func_register(kReverseLine, kBothEdges, &T21CanServiceFdbusClient::gpioIsrCallback, this);
+}
+
+// The texts name neither this class nor always the level that was read; log analysis knows them this way.
+void T21CanServiceFdbusClient::gpioIsrCallback(void* context) {
+    auto* const client = static_cast<T21CanServiceFdbusClient*>(context);
+    if (client->online) {
+        QVN_LOG(Info, "[%s][%d]T22CanServiceFdbusClient online, gpioIsrCallback return!");
+        return;
+    }
+    if (!client->currentSignalCallback()) {
+        return;
+    }
+    const int level = gpioport_get_inout_value(kReverseLine);
+    if (level == kReverseEngaged) {
+        client->sendPasworkCmd(kOpenViews);
+        QVN_LOG(Info, "[%s][%d]T22CanServiceFdbusClient gpio high level interrupt to open AVM/RVC/HAP!");
+    } else if (level == kReverseReleased) {
+        client->sendPasworkCmd(kCloseViews);
+        QVN_LOG(Info, "[%s][%d]T22CanServiceFdbusClient gpio high level interrupt to close AVM/RVC/HAP!");
+    }
+}

@@ -1,0 +1,75 @@
+#include "canservice/T21CanServiceFdbusClient.h"
+
+#include <gpioport/gpioport_client.h>
+
+#include <utility>
+
+#include "log/Log.h"
+#include "tables/SubscriptionCodes.h"
+
+namespace {
+
+constexpr int kGpioPort = 0;
+
+}  // namespace
+
+T21CanServiceFdbusClient::T21CanServiceFdbusClient(const char* name, CBaseWorker* worker) : CBaseClient(name, worker) {
+    QVN_LOG(Error, "[%s][%d]T21CanServiceFdbusClient construct...");
+    signalAdapter = std::make_shared<T21CanSignalAdapter>();
+    gpioport_request(kGpioPort);
+}
+
+T21CanServiceFdbusClient::~T21CanServiceFdbusClient() {
+    T21CanServiceFdbusClient::stop();
+}
+
+void T21CanServiceFdbusClient::stop() {
+    if (!stopped.exchange(true)) {
+        gpioport_exit();
+        prepareDestroy();
+    }
+}
+
+void T21CanServiceFdbusClient::setFuncSignalTable(const VehilceClientInfo* table) {
+    signal_table_ = table;
+}
+
+void T21CanServiceFdbusClient::registerSignalCallback(SignalCallback callback) {
+    const std::lock_guard<std::mutex> lock(callbackMutex);
+    signalCallback = std::move(callback);
+}
+
+void T21CanServiceFdbusClient::registerAvailableSignalCallabck(AvailableSignalCallback callback) {
+    const std::lock_guard<std::mutex> lock(callbackMutex);
+    availableSignalCallback = std::move(callback);
+}
+
+SignalCallback T21CanServiceFdbusClient::currentSignalCallback() {
+    const std::lock_guard<std::mutex> lock(callbackMutex);
+    return signalCallback;
+}
+
+AvailableSignalCallback T21CanServiceFdbusClient::currentAvailableCallback() {
+    const std::lock_guard<std::mutex> lock(callbackMutex);
+    return availableSignalCallback;
+}
+
+void T21CanServiceFdbusClient::onOnline(FdbSessionId_t, bool) {
+    QVN_LOG(Error, "[%s][%d]T21CanServiceFdbusClient onOnline...");
+    online = true;
+
+    // Subscriptions end with their session, so every connection asks for everything again.
+    CFdbMsgSubscribeList list;
+    for (const std::uint32_t code : qvn::tables::kSubscriptionCodes) {
+        addNotifyItem(list, static_cast<FdbMsgCode_t>(code), nullptr);
+    }
+    subscribe(list, 0);
+    QVN_LOG(Info, "[%s][%d]T21CanServiceFdbusClient online...");
+}
+
+void T21CanServiceFdbusClient::onOffline(FdbSessionId_t, bool) {}
+
+// Sets are not confirmed: whatever the service answers is of no interest.
+void T21CanServiceFdbusClient::onReply(CBaseJob::Ptr&) {}
+
+void T21CanServiceFdbusClient::onStatus(CBaseJob::Ptr&, int32_t, const char*) {}

@@ -1,0 +1,114 @@
+#include <algorithm>
+#include <utility>
+
+#include "canservice/FdbusServiceManager.h"
+#include "client/VehicleClientImpl.h"
+#include "log/Log.h"
+
+namespace qvn {
+namespace platform {
+namespace vehicle {
+
+namespace {
+
+constexpr int kClockFailedLine = 179;
+
+}  // namespace
+
+/// Holds cacheMutex for a dispatch. An application may subscribe from inside its callback, which dispatches the reverse
+/// line's level on the thread that holds the mutex already; that inner dispatch goes on under the outer one's lock.
+class VehicleClientImpl::DispatchLock {
+public:
+    explicit DispatchLock(VehicleClientImpl& core)
+        : mCore(core), mOutermost(core.dispatchThread != std::this_thread::get_id()) {
+        if (mOutermost) {
+            mCore.cacheMutex.lock();
+            mCore.dispatchThread = std::this_thread::get_id();
+        }
+    }
+    ~DispatchLock() {
+        if (mOutermost) {
+            mCore.dispatchThread = std::thread::id();
+            mCore.cacheMutex.unlock();
+        }
+    }
+    DispatchLock(const DispatchLock&) = delete;
+    DispatchLock& operator=(const DispatchLock&) = delete;
+
+private:
+    VehicleClientImpl& mCore;
+    const bool mOutermost;
+};
+
+bool VehicleClientImpl::subscribe(PropertyChangedCallback changed, std::vector<int> properties,
+                                  SetErrorCallback status) {
+    if (!serviceManager) {
+        QVN_LOG(Error, "[%s][%d]vehicle client is not initialized, subscribe refused!");
+        return false;
+    }
+    {
+        const std::lock_guard<std::mutex> state(stateMutex);
+        propertyChangedCallback = changed;
+        setErrorCallback = status;
+        subscribedIds = std::move(properties);
+    }
+    serviceManager->registerErrSignalCallback(status);
+    serviceManager->registerAvailableSignalCallabck(
+        [this](VehicleProperty property) { availableSignalCallback(property); });
+    return true;
+}
+
+bool VehicleClientImpl::unsubscribe(PropertyChangedCallback, std::vector<int>) {
+    const std::lock_guard<std::mutex> lock(cacheMutex);
+    const std::lock_guard<std::mutex> state(stateMutex);
+    propertyChangedCallback = nullptr;
+    setErrorCallback = nullptr;
+    subscribedIds.clear();
+    return true;
+}
+
+void VehicleClientImpl::dispatchSingal(VehiclePropValue value, PropertyType type) {
+    const DispatchLock lock(*this);
+    if (!getTimestamp(value.timestamp)) {
+        value.timestamp = 0;
+        QVN_LOG_AT(Error, kClockFailedLine, "[%s][%d]get time failed, set default timestamp = [0]!");
+    }
+
+    PropertyChangedCallback callback = nullptr;
+    {
+        const std::lock_guard<std::mutex> state(stateMutex);
+        for (VehicleClientProperty& record : propertyCache) {
+            if (record.propValue.prop == value.prop) {
+                record.propValue = value;
+                record.propertyType = type;
+            }
+        }
+        if (std::find(subscribedIds.begin(), subscribedIds.end(), value.prop) != subscribedIds.end()) {
+            callback = propertyChangedCallback;
+        }
+    }
+    if (callback != nullptr) {
+        callback(value, type);
+    }
+}
+
+void VehicleClientImpl::availableSignalCallback(VehicleProperty property) {
+    PropertyChangedCallback callback = nullptr;
+    VehicleClientProperty copy;
+    {
+        const std::lock_guard<std::mutex> state(stateMutex);
+        const auto record = std::find_if(
+            propertyCache.begin(), propertyCache.end(),
+            [property](const VehicleClientProperty& candidate) { return candidate.propValue.prop == property; });
+        if (record == propertyCache.end() || propertyChangedCallback == nullptr) {
+            return;
+        }
+        callback = propertyChangedCallback;
+        copy = *record;
+    }
+    callback(std::move(copy.propValue), copy.propertyType);
+}
+
+}  // namespace vehicle
+}  // namespace platform
+}  // namespace qvn

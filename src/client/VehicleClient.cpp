@@ -1,0 +1,124 @@
+#include <vehicle/VehicleClient.h>
+
+#include <mutex>
+#include <utility>
+
+#include "client/VehicleClientImpl.h"
+
+namespace qvn {
+namespace platform {
+namespace vehicle {
+
+namespace {
+
+std::mutex gSingletonMutex;
+
+}  // namespace
+
+std::atomic<VehicleClient*> VehicleClient::mVehicleClient{nullptr};
+
+/// Lets a process return from main while the singleton lives: the bus has static objects of its own, and no callback
+/// may run into their destruction. The singleton itself stays, for whoever still calls it.
+struct VehicleClient::ExitGuard {
+    ~ExitGuard() { mVehicleClient.load()->mImpl->quiesce(); }
+};
+
+VehicleClient* VehicleClient::getInstance() {
+    VehicleClient* client = mVehicleClient;
+    if (client == nullptr) {
+        const std::lock_guard<std::mutex> lock(gSingletonMutex);
+        client = mVehicleClient;
+        if (client == nullptr) {
+            client = new VehicleClient;
+            mVehicleClient = client;
+            // Made after everything that the client started, and therefore run before that is torn down.
+            static const ExitGuard guard{};
+        }
+    }
+    return client;
+}
+
+VehicleClient::VehicleClient() : mImpl(new VehicleClientImpl) {
+    mReserved[0] = mReserved[1] = nullptr;
+    mImpl->init();
+}
+
+VehicleClient::~VehicleClient() = default;
+
+bool VehicleClient::subscribe(PropertyChangedCallback changed, std::vector<int> properties, SetErrorCallback status) {
+    return mImpl->subscribe(changed, std::move(properties), status);
+}
+
+bool VehicleClient::unsubscribe(PropertyChangedCallback changed, std::vector<int> properties) {
+    return mImpl->unsubscribe(changed, std::move(properties));
+}
+
+bool VehicleClient::getPropValue(int property, VehiclePropValue* out) {
+    return mImpl->getPropValue(property, out);
+}
+
+PropertyType VehicleClient::getPropertyType(int property) {
+    return mImpl->getPropertyType(property);
+}
+
+bool VehicleClient::getBoolProperty(int property, bool& out) {
+    return mImpl->getBoolProperty(property, out);
+}
+
+bool VehicleClient::getInt32Property(int property, std::vector<int>& out) {
+    return mImpl->getInt32Property(property, out);
+}
+
+bool VehicleClient::getInt64Property(int property, std::vector<long>& out) {
+    return mImpl->getInt64Property(property, out);
+}
+
+bool VehicleClient::getFloatProperty(int property, std::vector<float>& out) {
+    return mImpl->getFloatProperty(property, out);
+}
+
+bool VehicleClient::getByteProperty(int property, std::vector<unsigned char>& out) {
+    return mImpl->getByteProperty(property, out);
+}
+
+bool VehicleClient::getStringProperty(int property, std::string& out) {
+    return mImpl->getStringProperty(property, out);
+}
+
+bool VehicleClient::setPropValue(int property, VehiclePropValue* value) {
+    return mImpl->setPropValue(property, value);
+}
+
+bool VehicleClient::setBoolProperty(int property, bool& value) {
+    return mImpl->setBoolProperty(property, value);
+}
+
+bool VehicleClient::setInt32Property(int property, std::vector<int>& value) {
+    return mImpl->setInt32Property(property, value);
+}
+
+bool VehicleClient::setInt64Property(int property, std::vector<long>& value) {
+    return mImpl->setInt64Property(property, value);
+}
+
+bool VehicleClient::setFloatProperty(int property, std::vector<float>& value) {
+    return mImpl->setFloatProperty(property, value);
+}
+
+bool VehicleClient::setByteProperty(int property, std::vector<unsigned char>& value) {
+    return mImpl->setByteProperty(property, value);
+}
+
+bool VehicleClient::setStringProperty(int property, std::string& value) {
+    return mImpl->setStringProperty(property, value);
+}
+
+void VehicleClient::onPorpertyChanged(int, const VehiclePropValue&, int) {}
+
+void VehicleClient::onPropSetError(int, VehiclePropertyStatus) {}
+
+void VehicleClient::onClientOnLine(bool) {}
+
+}  // namespace vehicle
+}  // namespace platform
+}  // namespace qvn

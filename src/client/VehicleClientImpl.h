@@ -1,0 +1,100 @@
+#ifndef CLIENT_VEHICLE_CLIENT_IMPL_H
+#define CLIENT_VEHICLE_CLIENT_IMPL_H
+
+#include <common_base/fdbus.h>
+#include <vehicle/VehicleProperty.h>
+
+#include <atomic>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+class FdbusServiceManager;
+
+namespace qvn {
+namespace platform {
+namespace vehicle {
+
+/// The client core behind VehicleClient, and the FDBus worker that the CAN service connection runs on.
+///
+/// Two locks: cacheMutex is held by getters, unsubscribe and dispatch, there also while the application's callback
+/// runs. stateMutex is a leaf: it guards the few words that subscribe, the replay and the set path share with a
+/// dispatch, and is never held across a call out. A cache record is written under both and read under either one.
+class VehicleClientImpl : public CBaseWorker {
+public:
+    VehicleClientImpl();
+    /// Must not run on the worker itself or inside a callback.
+    ~VehicleClientImpl() override;
+
+    /// Starts the worker, chooses the function and connects. Called once. If the variant cannot be read, the core
+    /// stays without cache and connection.
+    void init();
+    void deinit();
+    /// One byte of variant configuration; 0 if it cannot be read.
+    unsigned char readKey(const char* key);
+    bool initVariant();
+    void initSignalTable(FUNCTION_TYPE type);
+    /// CLOCK_MONOTONIC in ns; on failure `out` is left alone.
+    bool getTimestamp(long& out);
+
+    bool getPropValue(int property, VehiclePropValue* out);
+    PropertyType getPropertyType(int property);
+    bool getBoolProperty(int property, bool& out);
+    bool getInt32Property(int property, std::vector<int>& out);
+    bool getInt64Property(int property, std::vector<long>& out);
+    bool getFloatProperty(int property, std::vector<float>& out);
+    bool getByteProperty(int property, std::vector<unsigned char>& out);
+    bool getStringProperty(int property, std::string& out);
+
+    bool subscribe(PropertyChangedCallback changed, std::vector<int> properties, SetErrorCallback status);
+    bool unsubscribe(PropertyChangedCallback changed, std::vector<int> properties);
+    /// Stamps, caches and delivers a value; on the worker, on the GPIO thread or inside subscribe.
+    void dispatchSingal(VehiclePropValue value, PropertyType type);
+    /// Delivers the cached value of a property again, subscribed or not.
+    void availableSignalCallback(VehicleProperty property);
+
+    bool setPropValue(int property, VehiclePropValue* value);
+    bool setBoolProperty(int property, bool& value);
+    bool setInt32Property(int property, std::vector<int>& value);
+    bool setInt64Property(int property, std::vector<long>& value);
+    bool setFloatProperty(int property, std::vector<float>& value);
+    bool setByteProperty(int property, std::vector<unsigned char>& value);
+    bool setStringProperty(int property, std::string& value);
+
+    /// Ends all callbacks, for good, without giving anything up; does nothing on the worker itself.
+    void quiesce();
+
+private:
+    class DispatchLock;
+
+    template <class Payload>
+    bool readPayload(int property, Payload VehiclePropValue::RawValue::*payload, Payload& out);
+    template <class T>
+    bool sendFirst(int property, const std::vector<T>& values);
+    template <class T>
+    bool send(int property, T value);
+    std::vector<PropertyType> cachedTypes(int property);
+    bool hasSubscription();
+
+protected:
+    PropertyChangedCallback propertyChangedCallback = nullptr;
+    std::vector<VehicleClientProperty> propertyCache;
+    std::mutex cacheMutex;
+    SetErrorCallback setErrorCallback = nullptr;
+    FUNCTION_TYPE functionType = FUNCTION_TYPE_NONE;
+    const VehilceClientInfo* signalTable = nullptr;
+    std::shared_ptr<FdbusServiceManager> serviceManager;
+    std::vector<int> subscribedIds;
+
+    std::mutex stateMutex;
+    // The thread that holds cacheMutex for a dispatch.
+    std::atomic<std::thread::id> dispatchThread{std::thread::id()};
+};
+
+}  // namespace vehicle
+}  // namespace platform
+}  // namespace qvn
+
+#endif  // CLIENT_VEHICLE_CLIENT_IMPL_H

@@ -1,0 +1,24 @@
+#ifndef TABLES_SIGNAL_TABLE_H
+#define TABLES_SIGNAL_TABLE_H
+
+#include <vehicle/VehicleProperty.h>
+
+#include <cstddef>
+
+namespace qvn {
+namespace tables {
+
+/// Rows of every function signal table; there is no terminator row.
+constexpr std::size_t kSignalTableRows = 241;
+
+}  // namespace tables
+}  // namespace qvn
+
+// One table for each head-unit function. Today all five hold the same rows in the same order.
+QVN_VEHICLE_API extern const VehilceClientInfo avm_signal_table[qvn::tables::kSignalTableRows];
+QVN_VEHICLE_API extern const VehilceClientInfo rvc_signal_table[qvn::tables::kSignalTableRows];
+QVN_VEHICLE_API extern const VehilceClientInfo hap_signal_table[qvn::tables::kSignalTableRows];
+QVN_VEHICLE_API extern const VehilceClientInfo dms_signal_table[qvn::tables::kSignalTableRows];
+QVN_VEHICLE_API extern const VehilceClientInfo oms_signal_table[qvn::tables::kSignalTableRows];
+
+#endif  // TABLES_SIGNAL_TABLE_H

@@ -1,0 +1,86 @@
+#include <gtest/gtest.h>
+
+#include "common.base.canservice.pb.h"
+
+namespace {
+
+using namespace can_service;
+
+TEST(Schema, MessagesOnTheWire) {
+    SetSignalValueRequest request;
+    request.set_raw_value("\x05");
+    EXPECT_EQ(request.SerializeAsString(), std::string("\x0A\x01\x05"));
+    request.set_set_type(SET_SIG_TYPE_REQ);
+    EXPECT_EQ(request.SerializeAsString(), std::string("\x0A\x01\x05\x10\x02"));
+
+    BroadcastSignal signal;
+    signal.set_raw_value(std::string("\x07\xD0", 2));
+    EXPECT_EQ(signal.SerializeAsString(), std::string("\x0A\x02\x07\xD0", 4));
+
+    BroadcastMessageStatus status;
+    EXPECT_EQ(status.SerializeAsString(), "");
+    status.set_msg_status(64);
+    EXPECT_EQ(status.SerializeAsString(), std::string("\x08\x40"));
+    EXPECT_TRUE(status.ParseFromString(""));
+    EXPECT_EQ(status.msg_status(), 0u);
+
+    SetSignalValueResponse response;
+    response.set_result(FAILED);
+    EXPECT_EQ(response.SerializeAsString(), std::string("\x08\x01"));
+    SetSignalValueFinishedNotify finished;
+    finished.set_raw_value("\x01");
+    EXPECT_EQ(finished.SerializeAsString(), std::string("\x0A\x01\x01"));
+}
+
+TEST(Schema, AStatusParsesAsASignalAndKeepsTheUnknownField) {
+    BroadcastSignal signal;
+    ASSERT_TRUE(signal.ParseFromString("\x08\x40"));
+    EXPECT_EQ(signal.raw_value(), "");
+    EXPECT_EQ(signal.SerializeAsString(), "\x08\x40");
+}
+
+TEST(Schema, SmallEnums) {
+    SetSignalType type{};
+    EXPECT_TRUE(SetSignalType_Parse("SET_SIG_TYPE_TX", &type));
+    EXPECT_EQ(type, 1);
+    EXPECT_FALSE(SetSignalType_IsValid(3));
+    EXPECT_EQ(SetResultEnum_Name(FAILED), "FAILED");
+    EXPECT_EQ(static_cast<int>(SUCCESS), 0);
+}
+
+TEST(Schema, CodeIdentifiers) {
+    const std::pair<const char*, std::uint32_t> samples[] = {
+        {"QVN_RESERVED_ID", 0},
+        {"QVN_GET_T_Box_FD1", 0x00330000},
+        {"QVN_GET_ESP_FD2", 0x01370000},
+        {"QVN_GET_ESP_FD2_VehSpd", 0x01384CD0},
+        {"QVN_GET_ESP_FD2_VehOdoInfo", 0x013859A0},
+        {"QVN_GET_ACC_FD2_ACC_LeTgt_02_Typ", 0x02AB07F1},
+        {"QVN_SET_HUT6_LaneCalActvtCmd", 0x004A0550},
+        {"QVN_SET_HUT25_CarWashMode_Req", 0x033907E0},
+        {"QVN_GET_BMS30", 0x03F10000},
+        {"QVN_GET_MSG_STATUS_INVALID_ID", 0xFFFFFFFF},
+        {"QVN_GET_SIGNAL_VALUE_INVALID_ID", 0xFFFFFFFE},
+        {"QVN_SET_SIGNAL_VALUE_INVALID_ID", 0xFFFFFFFD},
+    };
+    for (const auto& [name, code] : samples) {
+        CodeIdEnum parsed{};
+        EXPECT_TRUE(CodeIdEnum_Parse(name, &parsed)) << name;
+        EXPECT_EQ(static_cast<std::uint32_t>(parsed), code) << name;
+        EXPECT_EQ(CodeIdEnum_Name(parsed), name);
+        EXPECT_TRUE(CodeIdEnum_IsValid(static_cast<int>(code))) << name;
+    }
+}
+
+TEST(Schema, WhatIsNoCodeIdentifier) {
+    EXPECT_FALSE(CodeIdEnum_IsValid(-4));
+    EXPECT_FALSE(CodeIdEnum_IsValid(0x01370001));
+    EXPECT_EQ(CodeIdEnum_Name(static_cast<CodeIdEnum>(-4)), "");
+    CodeIdEnum untouched = QVN_GET_CSA2;
+    for (const char* const name : {"QVN_GET_CSA2_SteerWheelAng ", "qvn_get_csa2", "QVN_SET_HUT6", ""}) {
+        EXPECT_FALSE(CodeIdEnum_Parse(name, &untouched)) << name;
+    }
+    EXPECT_EQ(untouched, QVN_GET_CSA2);
+}
+
+}  // namespace

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <memory>
+
+#include "canservice/T21CanServiceFdbusClient.h"
+#include "common.base.canservice.pb.h"
+#include "support/CanServiceDouble.h"
+#include "support/FakeGpioport.h"
+#include "support/LibraryTest.h"
+#include "support/LogRecorder.h"
+#include "tables/SignalTable.h"
+
+namespace qvn::test {
+
+/// A CAN service client by itself, on a worker of its own, with a CAN service to talk to.
+class ClientTest : public LibraryTest {
+protected:
+    ClientTest() { worker.start(); }
+
+    /// With everything registered that the core would register, except for the status callback.
+    void makeClient() {
+        client = std::make_unique<T21CanServiceFdbusClient>("fdbus_can_service_client", &worker);
+        client->registerSignalCallback([this](VehiclePropValue value, PropertyType type) {
+            values.add({std::move(value), type});
+        });
+        client->setFuncSignalTable(hap_signal_table);
+    }
+    void connectClient() {
+        client->connect("svc://fdbus_can_service");
+        ASSERT_TRUE(server.waitForSubscriptions(1));
+    }
+    /// Everything that was broadcast so far has been handled when this returns: broadcasts keep their order.
+    void settle() {
+        const int code = can_service::QVN_GET_EPB1_EPBSts;
+        server.signal(code, "\x7F");
+        ASSERT_TRUE(log_recorder::waitForLine("signalAdapter", "EPB1_EPBSts value:127"));
+    }
+
+    CanServiceDouble server;
+    CBaseWorker worker;
+    Journal<Change> values;
+    std::unique_ptr<T21CanServiceFdbusClient> client;
+};
+
+}  // namespace qvn::test

@@ -1,0 +1,115 @@
+#include "support/FakeGpioport.h"
+
+#include <gpioport/gpioport_client.h>
+
+#include <atomic>
+#include <mutex>
+#include <thread>
+
+namespace qvn::test::fake_gpio {
+
+namespace {
+
+struct Registration {
+    void (*callback)(void*);
+    void* context;
+};
+
+std::mutex mutex;
+// Held while callbacks run: exit waits for them.
+std::mutex running;
+std::atomic<int> level{1};
+std::vector<Registration> registrations;
+std::vector<std::string> journal;
+
+void note(std::string call) {
+    const std::lock_guard<std::mutex> lock(mutex);
+    journal.push_back(std::move(call));
+}
+
+}  // namespace
+
+void reset() {
+    const std::lock_guard<std::mutex> lock(mutex);
+    level = 1;
+    registrations.clear();
+    journal.clear();
+}
+
+void setLevel(int newLevel) {
+    level = newLevel;
+}
+
+void edge(int newLevel) {
+    level = newLevel;
+    std::thread interrupt([] {
+        const std::lock_guard<std::mutex> run(running);
+        std::vector<Registration> targets;
+        {
+            const std::lock_guard<std::mutex> lock(mutex);
+            targets = registrations;
+        }
+        for (const Registration& target : targets) {
+            target.callback(target.context);
+        }
+    });
+    interrupt.join();
+}
+
+std::vector<std::string> calls() {
+    const std::lock_guard<std::mutex> lock(mutex);
+    return journal;
+}
+
+void add(int line, int mode, Registration registration) {
+    note("register " + std::to_string(line) + " " + std::to_string(mode));
+    const std::lock_guard<std::mutex> lock(mutex);
+    for (const Registration& known : registrations) {
+        if (known.context == registration.context) {
+            return;
+        }
+    }
+    registrations.push_back(registration);
+}
+
+void close() {
+    note("exit");
+    {
+        const std::lock_guard<std::mutex> lock(mutex);
+        registrations.clear();
+    }
+    const std::lock_guard<std::mutex> run(running);
+}
+
+int levelOf(int line) {
+    return line == 87 ? level.load() : -1;
+}
+
+void request(int port) {
+    note("request " + std::to_string(port));
+}
+
+}  // namespace qvn::test::fake_gpio
+
+namespace fake = qvn::test::fake_gpio;
+
+extern "C" __attribute__((visibility("default"))) int gpioport_request(int port) {
+    fake::request(port);
+    return 0;
+}
+
+extern "C" __attribute__((visibility("default"))) int gpioport_get_inout_value(int line) {
+    return fake::levelOf(line);
+}
+
+extern "C" __attribute__((visibility("default"))) int gpioport_irq_func_register(int line, int mode,
+                                                                                 void (*callback)(void*),
+                                                                                 void* context) {
+    fake::add(line, mode, {callback, context});
+    return 0;
+}
+
+extern "C" __attribute__((visibility("default"))) int gpioport_exit() {
+    fake::close();
+    return 0;
+}

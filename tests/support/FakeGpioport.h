@@ -1,0 +1,22 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace qvn::test {
+
+/// The GPIO port as a test drives it: stands in for gpioport_client in the test program that links it.
+namespace fake_gpio {
+
+/// Level 1, no registrations, no calls.
+void reset();
+/// Sets the level without an interrupt; a negative one is a read error.
+void setLevel(int level);
+/// Sets the level and runs the registered callbacks on a thread of their own, waiting for their end.
+void edge(int level);
+/// Every call but level reads: "request 0", "register 87 3", "exit".
+std::vector<std::string> calls();
+
+}  // namespace fake_gpio
+
+}  // namespace qvn::test
