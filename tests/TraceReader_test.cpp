@@ -1,0 +1,126 @@
+#include "can-service-sim/TraceReader.h"
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+#include "common/BadInput.h"
+
+namespace qvn::tools {
+namespace {
+
+std::vector<TraceEvent> read(const std::string& text) {
+    std::istringstream input(text);
+    return readTrace(input, "a.trace");
+}
+
+std::string errorOf(const std::string& text) {
+    try {
+        read(text);
+    } catch (const BadInput& error) {
+        return error.what();
+    }
+    return "accepted";
+}
+
+TEST(TraceReader, ReadsEveryKindOfEvent) {
+    const auto events = read(
+        "# parking\n"
+        "\n"
+        "(0.000) BCM1_DrvDoorSts#00\n"
+        "(0.500) ESP_FD2_VehSpd=4.5        physical value, encoded by the signal's own rule\n"
+        "  (1.2) HAP_FD3!timeout\r\n"
+        "(2.000) QVN_GET_HAP_FD3!ok # back\n"
+        "(2.5)reverse=1                 the GPIO line\n"
+        "(3) service=down\n"
+        "(4) 0x031902D0#aF01\n"
+        "(5) BCM1_DrvDoorSts!stop\n");
+    ASSERT_EQ(events.size(), 8U);
+    EXPECT_EQ(events[0].time, 0.0);
+    EXPECT_EQ(std::get<SignalEvent>(events[0].action).code, 0x031902D0U);
+    EXPECT_EQ(std::get<SignalEvent>(events[0].action).raw, std::string(1, '\0'));
+    EXPECT_EQ(events[1].time, 0.5);
+    EXPECT_EQ(std::get<SignalEvent>(events[1].action).raw, std::string("\0P", 2));
+    EXPECT_EQ(std::get<MessageEvent>(events[2].action).code, 0x02980000U);
+    EXPECT_TRUE(std::get<MessageEvent>(events[2].action).timedOut);
+    EXPECT_FALSE(std::get<MessageEvent>(events[3].action).timedOut);
+    EXPECT_TRUE(std::get<ReverseEvent>(events[4].action).engaged);
+    EXPECT_FALSE(std::get<ServiceEvent>(events[5].action).up);
+    EXPECT_EQ(std::get<SignalEvent>(events[6].action).raw, "\xAF\x01");
+    EXPECT_EQ(std::get<StopEvent>(events[7].action).code, 0x031902D0U);
+}
+
+TEST(TraceReader, ReadsCycles) {
+    const auto events = read(
+        "(1) ESP_FD2_VehSpd=4.5 every 0.1 for 2.0\n"
+        "(2) ESP_FD2_VehSpd=4.5   every 0.5   # aligned\n");
+    const auto& limited = std::get<SignalEvent>(events[0].action).cycle;
+    ASSERT_TRUE(limited);
+    EXPECT_EQ(limited->period, 0.1);
+    EXPECT_EQ(limited->duration, 2.0);
+    const auto& endless = std::get<SignalEvent>(events[1].action).cycle;
+    ASSERT_TRUE(endless);
+    EXPECT_EQ(endless->period, 0.5);
+    EXPECT_FALSE(endless->duration);
+    EXPECT_EQ(traceEnd(events), 3.0);
+}
+
+TEST(TraceReader, PlaysInTheOrderOfTime) {
+    const auto events = read("(2) reverse=1\n(1) reverse=0\n(1) service=up\n");
+    EXPECT_FALSE(std::get<ReverseEvent>(events[0].action).engaged);
+    EXPECT_TRUE(std::get<ServiceEvent>(events[1].action).up);
+    EXPECT_TRUE(std::get<ReverseEvent>(events[2].action).engaged);
+}
+
+TEST(TraceReader, NamesThePositionAndTheWordThatIsWrong) {
+    struct Case {
+        const char* line;
+        const char* error;
+    };
+    const Case cases[] = {
+        {"(0.5 reverse=1", "'(0.5 reverse=1' has no closing ')'; expected a time such as (0.500)"},
+        {"(soon) reverse=1", "'soon' is no number; expected a time in seconds"},
+        {"(-1) reverse=1", "'-1' is out of range; expected a time in seconds from 0 to 1000000"},
+        {"reverse=1", "'reverse=1' has no time; expected one in front, such as (0.500)"},
+        {"(1)",
+         "'' is no event; expected SIGNAL#BYTES, SIGNAL=VALUE, SIGNAL!stop, MESSAGE!timeout, MESSAGE!ok, "
+         "reverse=1|0 or service=up|down"},
+        {"(1) =3",
+         "'=3' is no event; expected SIGNAL#BYTES, SIGNAL=VALUE, SIGNAL!stop, MESSAGE!timeout, MESSAGE!ok, "
+         "reverse=1|0 or service=up|down"},
+        {"(1) reverse=2", "'2' is not known here; expected 1 or 0"},
+        {"(1) service=on", "'on' is not known here; expected up or down"},
+        {"(1) BCM1_DrvDoorSts#0", "'0' are no raw bytes; expected pairs of hexadecimal digits, at most 64 bytes"},
+        {"(1) BCM1_DrvDoorSts#0g", "'0g' are no raw bytes; expected pairs of hexadecimal digits, at most 64 bytes"},
+        {"(1) BCM1_DrvDorSts#00", "unknown received signal 'BCM1_DrvDorSts'; did you mean BCM1_DrvDoorSts?"},
+        {"(1) HAP_FD33!ok", "unknown message 'HAP_FD33'; did you mean HAP_FD3, HAP_FD1 or HAP_FD2?"},
+        {"(1) HAP_FD3!late", "'late' is not known here; expected MESSAGE!timeout, MESSAGE!ok or SIGNAL!stop"},
+        {"(1) BCM1_DrvDoorSts=256", "value 256 does not fit; expected a whole number from 0 to 255"},
+        {"(1) BCM1_DrvDoorSts=open", "'open' is no number; expected a physical value"},
+        {"(1) 0x12345678=1", "signal 0x12345678 has no decoding rule; give its raw bytes as 0x12345678#00"},
+        {"(1) ESP_FD2_VehSpd=1 every", "'' is no number; expected a period in seconds"},
+        {"(1) ESP_FD2_VehSpd=1 every 0", "'0' is out of range; expected a period in seconds from 0.001 to 1000000"},
+        {"(1) ESP_FD2_VehSpd=1 evry 0.1",
+         "'evry' is not expected here; a signal may be followed by 'every SECONDS' and 'for SECONDS', a remark "
+         "begins with '#' or two blanks"},
+        {"(1) reverse=1 every 0.1",
+         "'every' is not expected here; a signal may be followed by 'every SECONDS' and 'for SECONDS', a remark "
+         "begins with '#' or two blanks"},
+    };
+    for (const Case& c : cases) {
+        EXPECT_EQ(errorOf("(0) reverse=0\n\n" + std::string(c.line) + "\n"), "a.trace:3: " + std::string(c.error));
+    }
+}
+
+TEST(TraceReader, SurvivesWhatIsNoTextAtAll) {
+    const std::string noise(
+        "\x7F"
+        "ELF\0\0(((\xFF)#=!",
+        18);
+    EXPECT_EQ(errorOf(noise).substr(0, 11), "a.trace:1: ");
+    EXPECT_LT(errorOf("(1) " + std::string(100000, 'x') + "=1").size(), 200U) << "a long word is shortened";
+    EXPECT_TRUE(read("").empty());
+}
+
+}  // namespace
+}  // namespace qvn::tools

@@ -1,0 +1,125 @@
+#include "can-service-sim/CanService.h"
+
+#include <common_base/CFdbProtoMsgBuilder.h>
+
+#include <utility>
+
+#include "common.base.canservice.pb.h"
+
+namespace qvn::tools {
+namespace {
+
+constexpr std::uint32_t kStatusOk = 0;
+constexpr std::uint32_t kStatusTimedOut = 64;
+
+can_service::BroadcastSignal signalMessage(const std::string& raw) {
+    can_service::BroadcastSignal message;
+    message.set_raw_value(raw);
+    return message;
+}
+
+can_service::BroadcastMessageStatus statusMessage(std::uint32_t status) {
+    can_service::BroadcastMessageStatus message;
+    message.set_msg_status(status);
+    return message;
+}
+
+}  // namespace
+
+class CanService::Server : public CBaseServer {
+public:
+    explicit Server(CanService& service) : CBaseServer(service.name_.c_str(), &service.worker_), service_(service) {}
+    ~Server() override { prepareDestroy(); }
+
+    template <class Message>
+    void publish(std::uint32_t code, const Message& message) {
+        CFdbProtoMsgBuilder builder(message);
+        broadcast(static_cast<FdbMsgCode_t>(code), builder);
+    }
+
+protected:
+    void onSubscribe(CBaseJob::Ptr& job) override {
+        auto* const request = castToMessage<CFdbMessage*>(job);
+        std::size_t codes = 0;
+        const CFdbMsgSubscribeItem* item = nullptr;
+        FDB_BEGIN_FOREACH_SIGNAL(request, item) {
+            answer(*request, static_cast<std::uint32_t>(item->msg_code()));
+            ++codes;
+        }
+        FDB_END_FOREACH_SIGNAL()
+        service_.observer_.onSubscribe(codes);
+    }
+
+    void onInvoke(CBaseJob::Ptr& job) override {
+        const auto* const message = castToMessage<CFdbMessage*>(job);
+        can_service::SetSignalValueRequest request;
+        CFdbProtoMsgParser parser(request);
+        if (message->deserialize(parser)) {
+            service_.observer_.onSet(static_cast<std::uint32_t>(message->code()), request.raw_value());
+        }
+    }
+
+private:
+    void answer(CFdbMessage& request, std::uint32_t code) {
+        const std::lock_guard<std::mutex> lock(service_.mutex_);
+        if (const auto value = service_.values_.find(code); value != service_.values_.end()) {
+            sendTo(request, code, signalMessage(value->second));
+        }
+        if (const auto status = service_.statuses_.find(code); status != service_.statuses_.end()) {
+            sendTo(request, code, statusMessage(status->second));
+        }
+    }
+
+    template <class Message>
+    static void sendTo(CFdbMessage& request, std::uint32_t code, const Message& message) {
+        CFdbProtoMsgBuilder builder(message);
+        request.broadcast(static_cast<FdbMsgCode_t>(code), builder);
+    }
+
+    CanService& service_;
+};
+
+CanService::CanService(std::string name, Observer observer)
+    : name_(std::move(name)), observer_(std::move(observer)), worker_("can-service") {
+    FDB_CONTEXT->start();
+    worker_.start();
+}
+
+CanService::~CanService() {
+    goDown();
+}
+
+bool CanService::goUp() {
+    if (server_) {
+        return true;
+    }
+    auto server = std::make_unique<Server>(*this);
+    if (!isValidFdbId(server->bind(("svc://" + name_).c_str()))) {
+        return false;
+    }
+    server_ = std::move(server);
+    return true;
+}
+
+void CanService::goDown() {
+    server_.reset();
+}
+
+void CanService::putSignal(std::uint32_t code, const std::string& raw) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    values_[code] = raw;
+    if (server_) {
+        server_->publish(code, signalMessage(raw));
+    }
+}
+
+void CanService::putMessageStatus(std::uint32_t code, bool timedOut) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    const std::uint32_t status = timedOut ? kStatusTimedOut : kStatusOk;
+    statuses_[code] = status;
+    if (server_) {
+        server_->publish(code, statusMessage(status));
+    }
+}
+
+}  // namespace qvn::tools

@@ -1,0 +1,53 @@
+#pragma once
+
+#include <common_base/fdbus.h>
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <string>
+
+namespace qvn::tools {
+
+/// The CAN service as its clients see it: the current value of every signal, the status of every message, on the bus
+/// or off it. Values are kept while it is off the bus. All members are called from one thread.
+class CanService {
+public:
+    /// What clients do, told on the service's own thread.
+    struct Observer {
+        std::function<void(std::uint32_t code, const std::string& raw)> onSet;
+        std::function<void(std::size_t codes)> onSubscribe;
+    };
+
+    CanService(std::string name, Observer observer);
+    ~CanService();
+    CanService(const CanService&) = delete;
+    CanService& operator=(const CanService&) = delete;
+
+    /// Offers the service. False when that is not possible, usually because a service of the name is running.
+    bool goUp();
+    /// Withdraws the service; every client goes offline.
+    void goDown();
+    bool isUp() const { return server_ != nullptr; }
+
+    /// Keeps a signal's value and broadcasts it.
+    void putSignal(std::uint32_t code, const std::string& raw);
+    /// Keeps a message's status and broadcasts it.
+    void putMessageStatus(std::uint32_t code, bool timedOut);
+
+private:
+    class Server;
+
+    std::string name_;
+    Observer observer_;
+    // Held while a value is kept and sent, so that what a new subscriber gets never is older than what follows.
+    std::mutex mutex_;
+    std::map<std::uint32_t, std::string> values_;
+    std::map<std::uint32_t, std::uint32_t> statuses_;
+    CBaseWorker worker_;
+    std::unique_ptr<Server> server_;
+};
+
+}  // namespace qvn::tools

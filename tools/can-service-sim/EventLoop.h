@@ -1,0 +1,51 @@
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <map>
+#include <mutex>
+#include <vector>
+
+#include "common/StopSignals.h"
+
+namespace qvn::tools {
+
+/// The main thread's loop: runs tasks at their time, lines of standard input as they come, and ends at SIGINT or
+/// SIGTERM. Only post() may be called from another thread.
+class EventLoop {
+public:
+    using Clock = std::chrono::steady_clock;
+    using Task = std::function<void()>;
+
+    explicit EventLoop(const StopSignals& stop) : stop_(stop) {}
+
+    /// Runs the task at this time; tasks of the same time run in the order of the calls.
+    void at(Clock::time_point time, Task task) { timed_.emplace(time, std::move(task)); }
+
+    /// Runs the task as soon as the loop gets to it.
+    void post(Task task);
+
+    /// Calls `readable` whenever the file descriptor has something to read, until unwatch().
+    void watch(int fd, Task readable);
+    void unwatch() { input_ = -1; }
+
+    /// Runs until end() or a signal.
+    void run();
+    void end() { ended_ = true; }
+
+private:
+    void wait();
+    void runPosted();
+    void runDue();
+
+    const StopSignals& stop_;
+    WakeUp wakeUp_;
+    std::multimap<Clock::time_point, Task> timed_;
+    std::mutex mutex_;
+    std::vector<Task> posted_;
+    int input_ = -1;
+    Task inputReadable_;
+    bool ended_ = false;
+};
+
+}  // namespace qvn::tools

@@ -1,0 +1,231 @@
+#include "can-service-sim/Player.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <utility>
+
+#include "can-service-sim/DeskPlatform.h"
+#include "common/BadInput.h"
+#include "common/PhysicalValue.h"
+#include "common/SignalNames.h"
+
+namespace qvn::tools {
+namespace {
+
+using Clock = EventLoop::Clock;
+
+double secondsOf(Clock::time_point time) {
+    return std::chrono::duration<double>(time.time_since_epoch()).count();
+}
+
+std::string hexBytes(const std::string& raw) {
+    std::string text;
+    for (const char c : raw) {
+        char byte[4];
+        std::snprintf(byte, sizeof byte, "%02X", static_cast<unsigned>(static_cast<unsigned char>(c)));
+        text += byte;
+    }
+    return text;
+}
+
+std::string valueText(std::uint32_t code, const std::string& raw) {
+    const tables::DecodingRow* const row = tables::findDecodingRule(code);
+    const std::string bytes = signalName(code) + "#" + hexBytes(raw);
+    return row ? signalName(code) + "=" + decodedText(row->rule, raw) : bytes;
+}
+
+}  // namespace
+
+Player::Player(EventLoop& loop, const Journal& journal, Options options)
+    : loop_(loop),
+      journal_(journal),
+      options_(std::move(options)),
+      service_(
+          options_.serviceName,
+          {[this](std::uint32_t code, const std::string& raw) { loop_.post([this, code, raw] { onSet(code, raw); }); },
+           [this](std::size_t codes) {
+               loop_.post(
+                   [this, codes] { journal_.detail("a client subscribed " + std::to_string(codes) + " codes"); });
+           }}) {
+    if (options_.initialValues) {
+        for (const tables::DecodingRow& row : tables::kDecodingRules) {
+            service_.putSignal(row.code, zeroValue(row.rule));
+        }
+    }
+}
+
+bool Player::start(std::vector<TraceEvent> trace) {
+    trace_ = std::move(trace);
+    start_ = Clock::now();
+    endOfScheduled_ = start_;
+    const bool startsDown = std::any_of(trace_.begin(), trace_.end(), [](const TraceEvent& event) {
+        const auto* const service = std::get_if<ServiceEvent>(&event.action);
+        return service && !service->up && event.time == 0.0;
+    });
+    if (!startsDown && !moveService(true)) {
+        return false;
+    }
+    playTrace(start_);
+    return true;
+}
+
+void Player::playTrace(Clock::time_point start) {
+    for (const TraceEvent& event : trace_) {
+        loop_.at(start + scaled(event.time.value_or(0.0)), [this, &event] { apply(event.action); });
+    }
+    endOfScheduled_ = start + scaled(traceEnd(trace_));
+    if (options_.loop && !trace_.empty()) {
+        loop_.at(endOfScheduled_, [this, again = endOfScheduled_] { playTrace(again); });
+    } else if (options_.exitAtEnd) {
+        loop_.at(endOfScheduled_, [this] { loop_.end(); });
+    }
+}
+
+void Player::schedule(const TraceEvent& event) {
+    const Clock::time_point now = Clock::now();
+    const Clock::time_point time = event.time ? std::max(now, start_ + scaled(*event.time)) : now;
+    endOfScheduled_ = std::max(endOfScheduled_, time);
+    loop_.at(time, [this, action = event.action] { apply(action); });
+}
+
+void Player::apply(const TraceAction& action) {
+    if (const auto* const signal = std::get_if<SignalEvent>(&action)) {
+        put(*signal);
+    } else if (const auto* const stop = std::get_if<StopEvent>(&action)) {
+        journal_.detail(signalName(stop->code) + " stops");
+        cycles_.erase(stop->code);
+    } else if (const auto* const message = std::get_if<MessageEvent>(&action)) {
+        supervisor_.setByHand(message->code, message->timedOut);
+        report(message->code, message->timedOut);
+    } else if (const auto* const reverse = std::get_if<ReverseEvent>(&action)) {
+        moveReverseLine(reverse->engaged);
+    } else if (const auto* const service = std::get_if<ServiceEvent>(&action)) {
+        moveService(service->up);
+    }
+}
+
+void Player::put(const SignalEvent& event) {
+    journal_.detail(valueText(event.code, event.raw));
+    if (event.cycle) {
+        startCycle(event.code, event.raw, *event.cycle);
+        return;
+    }
+    const auto running = cycles_.find(event.code);
+    if (running != cycles_.end()) {
+        running->second.raw = event.raw;
+    }
+    receive(event.code, event.raw, 0.0);
+}
+
+void Player::startCycle(std::uint32_t code, const std::string& raw, const Cycle& cycle) {
+    const Clock::time_point now = Clock::now();
+    const Clock::time_point end = cycle.duration ? now + scaled(*cycle.duration) : Clock::time_point::max();
+    cycles_[code] = {raw, cycle.period, end, ++cycleNumber_};
+    tick(code, cycleNumber_, now);
+}
+
+void Player::tick(std::uint32_t code, std::uint64_t number, Clock::time_point time) {
+    const auto found = cycles_.find(code);
+    if (found == cycles_.end() || found->second.number != number) {
+        return;
+    }
+    const RunningCycle& cycle = found->second;
+    if (time >= cycle.end) {
+        cycles_.erase(found);
+        return;
+    }
+    receive(code, cycle.raw, cycle.period);
+    const Clock::time_point next = time + scaled(cycle.period);
+    loop_.at(next, [this, code, number, next] { tick(code, number, next); });
+}
+
+void Player::receive(std::uint32_t code, const std::string& raw, double period) {
+    if (const auto message = messageOf(code)) {
+        if (supervisor_.received(*message, secondsOf(Clock::now()), period / options_.speed)) {
+            report(*message, false);
+        }
+        superviseLater();
+    }
+    service_.putSignal(code, raw);
+}
+
+void Player::superviseLater() {
+    const std::optional<double> deadline = supervisor_.nextDeadline();
+    if (!deadline) {
+        return;
+    }
+    const Clock::time_point time(std::chrono::ceil<Clock::duration>(std::chrono::duration<double>(*deadline)));
+    if (time >= supervisionAt_) {
+        return;
+    }
+    supervisionAt_ = time;
+    loop_.at(time, [this] {
+        supervisionAt_ = Clock::time_point::max();
+        for (const std::uint32_t message : supervisor_.newlyTimedOut(secondsOf(Clock::now()))) {
+            report(message, true);
+        }
+        superviseLater();
+    });
+}
+
+void Player::report(std::uint32_t message, bool timedOut) {
+    journal_.note(signalName(message) + (timedOut ? " timed out" : " ok"));
+    service_.putMessageStatus(message, timedOut);
+}
+
+void Player::moveReverseLine(bool engaged) {
+    journal_.note(engaged ? "reverse engaged" : "reverse released");
+    std::string error;
+    if (!writeReverseLine(engaged, &error)) {
+        fail(error);
+    }
+}
+
+bool Player::moveService(bool up) {
+    if (up && !service_.goUp()) {
+        fail("service '" + options_.serviceName + "' is already running, or its name cannot be used here");
+        return false;
+    }
+    if (!up) {
+        service_.goDown();
+    }
+    journal_.note(up ? "service up" : "service down");
+    return true;
+}
+
+void Player::onSet(std::uint32_t code, const std::string& raw) {
+    const tables::SetRow* const row = tables::findSetSignal(code);
+    const std::optional<std::int32_t> value = row ? decodeSet(*row, raw) : std::nullopt;
+    if (!value) {
+        journal_.note("set " + signalName(code) + " ignored: " +
+                      (row ? "bytes " + hexBytes(raw) + " are of the wrong length" : "it cannot be set"));
+        return;
+    }
+    journal_.note("set " + signalName(code) + "=" + std::to_string(*value) + "  (" + hexBytes(raw) + ")");
+    for (const AnswerRule& rule : matchingRules(options_.rules, code, *value)) {
+        loop_.at(Clock::now() + scaled(rule.delay), [this, rule, set = *value] { answer(rule, set); });
+    }
+}
+
+void Player::answer(const AnswerRule& rule, std::int32_t value) {
+    try {
+        const tables::DecodingRule encoding = tables::findDecodingRule(rule.answerCode)->rule;
+        const SignalEvent event{rule.answerCode, encodePhysical(encoding, rule.answerValue.value_or(value)), {}};
+        journal_.note("answer " + valueText(event.code, event.raw));
+        put(event);
+    } catch (const BadInput& error) {
+        Journal::error("no answer by " + signalName(rule.answerCode) + ": " + error.what());
+    }
+}
+
+void Player::fail(const std::string& text) {
+    Journal::error(text);
+    failed_ = true;
+    loop_.end();
+}
+
+Clock::duration Player::scaled(double seconds) const {
+    return std::chrono::round<Clock::duration>(std::chrono::duration<double>(seconds / options_.speed));
+}
+
+}  // namespace qvn::tools

@@ -1,0 +1,82 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "can-service-sim/AnswerRules.h"
+#include "can-service-sim/CanService.h"
+#include "can-service-sim/EventLoop.h"
+#include "can-service-sim/Journal.h"
+#include "can-service-sim/MessageSupervisor.h"
+#include "can-service-sim/TraceReader.h"
+
+namespace qvn::tools {
+
+/// Lets events happen: those of a trace at their time, those of standard input, and the answers to clients' sets.
+/// Everything but its construction runs in the event loop.
+class Player {
+public:
+    struct Options {
+        std::string serviceName;
+        double speed = 1.0;  ///< how many times faster than its times a trace plays
+        bool loop = false;
+        bool exitAtEnd = false;
+        bool initialValues = true;  ///< every signal has the value zero from the start
+        AnswerRules rules;
+    };
+
+    Player(EventLoop& loop, const Journal& journal, Options options);
+
+    /// Starts a trace now, and the service with it unless the trace begins with the service down.
+    /// @return whether the service could be offered
+    bool start(std::vector<TraceEvent> trace);
+
+    /// Lets an event happen at its time, counted from start(), or now when it has none or its time has passed.
+    void schedule(const TraceEvent& event);
+
+    /// The time from start() at which the last scheduled event is over.
+    EventLoop::Clock::time_point endOfScheduled() const { return endOfScheduled_; }
+
+    /// Whether something failed while playing.
+    bool failed() const { return failed_; }
+
+private:
+    struct RunningCycle {
+        std::string raw;
+        double period = 0.0;  ///< as in the trace, before the speed is applied
+        EventLoop::Clock::time_point end;
+        std::uint64_t number = 0;  ///< tells a cycle from one that replaced it
+    };
+
+    void playTrace(EventLoop::Clock::time_point start);
+    void apply(const TraceAction& action);
+    void put(const SignalEvent& event);
+    void receive(std::uint32_t code, const std::string& raw, double period);
+    void startCycle(std::uint32_t code, const std::string& raw, const Cycle& cycle);
+    void tick(std::uint32_t code, std::uint64_t number, EventLoop::Clock::time_point time);
+    void moveReverseLine(bool engaged);
+    bool moveService(bool up);
+    void report(std::uint32_t message, bool timedOut);
+    void superviseLater();
+    void onSet(std::uint32_t code, const std::string& raw);
+    void answer(const AnswerRule& rule, std::int32_t value);
+    void fail(const std::string& text);
+    EventLoop::Clock::duration scaled(double seconds) const;
+
+    EventLoop& loop_;
+    const Journal& journal_;
+    Options options_;
+    CanService service_;
+    MessageSupervisor supervisor_;
+    std::vector<TraceEvent> trace_;
+    std::map<std::uint32_t, RunningCycle> cycles_;
+    std::uint64_t cycleNumber_ = 0;
+    EventLoop::Clock::time_point start_;
+    EventLoop::Clock::time_point endOfScheduled_;
+    EventLoop::Clock::time_point supervisionAt_ = EventLoop::Clock::time_point::max();
+    bool failed_ = false;
+};
+
+}  // namespace qvn::tools

@@ -1,0 +1,65 @@
+#pragma once
+
+#include <cstdint>
+#include <istream>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+namespace qvn::tools {
+
+/// Repetition of a signal's frame; seconds.
+struct Cycle {
+    double period = 0.0;
+    std::optional<double> duration;  ///< without one the cycle goes on until it is stopped
+};
+
+/// A signal takes a value.
+struct SignalEvent {
+    std::uint32_t code = 0;
+    std::string raw;
+    std::optional<Cycle> cycle;
+};
+
+/// A signal's cycle ends.
+struct StopEvent {
+    std::uint32_t code = 0;
+};
+
+/// A whole message times out or is received again.
+struct MessageEvent {
+    std::uint32_t code = 0;
+    bool timedOut = false;
+};
+
+/// The reverse line moves.
+struct ReverseEvent {
+    bool engaged = false;
+};
+
+/// The CAN service goes on or off the bus.
+struct ServiceEvent {
+    bool up = false;
+};
+
+using TraceAction = std::variant<SignalEvent, StopEvent, MessageEvent, ReverseEvent, ServiceEvent>;
+
+struct TraceEvent {
+    std::optional<double> time;  ///< seconds from the start; a line on standard input may go without
+    TraceAction action;
+};
+
+/// Reads one line of a trace. Nothing for a blank line or a comment.
+/// @throws BadInput naming the offending word and what is expected; the caller adds the position
+std::optional<TraceEvent> readTraceLine(std::string_view line);
+
+/// Reads a whole trace, in which every event has a time, and sorts it by time.
+/// @throws BadInput "NAME:LINE: ..." for the first line that is wrong
+std::vector<TraceEvent> readTrace(std::istream& input, const std::string& name);
+
+/// The time at which the last event of a trace is over, the duration of its cycle included; seconds.
+double traceEnd(const std::vector<TraceEvent>& events);
+
+}  // namespace qvn::tools

@@ -1,0 +1,213 @@
+#include <unistd.h>
+
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <exception>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "can-service-sim/DeskPlatform.h"
+#include "can-service-sim/LineReader.h"
+#include "can-service-sim/Player.h"
+#include "common/BadInput.h"
+#include "common/PhysicalValue.h"
+#include "common/SignalNames.h"
+#include "tables/MessageCatalogue.h"
+
+namespace qvn::tools {
+namespace {
+
+struct CommandLine {
+    std::string trace;
+    std::string input;
+    std::string rules;
+    std::string name = "fdbus_can_service";
+    double speed = 1.0;
+    bool loop = false;
+    bool exitAtEnd = false;
+    bool noInitial = false;
+    bool quiet = false;
+    bool verbose = false;
+    bool list = false;
+
+    bool readsStandardInput() const { return trace.empty() || input == "-"; }
+};
+
+void declare(CLI::App& app, CommandLine& line) {
+    app.add_option("--play", line.trace, "Trace file to play")->type_name("FILE");
+    app.add_option("input", line.input, "'-' reads trace lines from standard input; so does a call without --play")
+        ->check(CLI::IsMember({"-"}).description(""))
+        ->type_name("");
+    app.add_option("--speed", line.speed, "Play that many times faster, 0.001 to 1000")
+        ->check(CLI::Range(0.001, 1000.0).description(""))
+        ->type_name("X");
+    auto* const loop = app.add_flag("--loop", line.loop, "Play the trace again and again")->needs("--play");
+    app.add_flag("--exit-at-end", line.exitAtEnd, "End with the trace instead of serving on")
+        ->needs("--play")
+        ->excludes(loop);
+    app.add_option("--rules", line.rules, "Answers to sets, added to the built-in ones")->type_name("FILE");
+    app.add_option("--name", line.name, "Name of the service")->capture_default_str()->type_name("NAME");
+    app.add_flag("--no-initial", line.noInitial, "Have no values until the trace gives them, instead of zeros");
+    auto* const quiet = app.add_flag("-q,--quiet", line.quiet, "Report errors only");
+    app.add_flag("-v,--verbose", line.verbose, "Report every value and subscription, too")->excludes(quiet);
+    app.add_flag("--list", line.list, "Show the signals and messages that a trace can name");
+}
+
+std::ifstream openFile(const std::string& name) {
+    std::ifstream file(name);
+    if (!file) {
+        throw BadInput("cannot open " + name);
+    }
+    return file;
+}
+
+std::vector<TraceEvent> readTraceOf(const CommandLine& line) {
+    if (line.trace.empty()) {
+        return {};
+    }
+    std::ifstream file = openFile(line.trace);
+    std::vector<TraceEvent> trace = readTrace(file, line.trace);
+    if (line.loop && traceEnd(trace) <= 0.0) {
+        throw BadInput(line.trace + " is over at once; --loop needs a trace that takes time");
+    }
+    return trace;
+}
+
+Player::Options playerOptions(const CommandLine& line) {
+    Player::Options options;
+    options.serviceName = line.name;
+    options.speed = line.speed;
+    options.loop = line.loop;
+    options.exitAtEnd = line.exitAtEnd;
+    options.initialValues = !line.noInitial;
+    options.rules = parkingRules();
+    if (!line.rules.empty()) {
+        std::ifstream file = openFile(line.rules);
+        extendRules(options.rules, readRules(file, line.rules));
+    }
+    return options;
+}
+
+void listNames() {
+    for (const tables::DecodingRow& row : tables::kDecodingRules) {
+        const PhysicalRange range = physicalRange(row.rule);
+        std::printf("%-40s %s  %s, %s to %s\n", signalName(row.code).c_str(), hexText(row.code).c_str(),
+                    ruleText(row.rule), formatNumber(range.low).c_str(), formatNumber(range.high).c_str());
+    }
+    for (const tables::MessageRow& row : tables::kMessages) {
+        std::printf("%-40s %s  message of %zu signals\n", signalName(row.code).c_str(), hexText(row.code).c_str(),
+                    row.signalCount);
+    }
+}
+
+/// Feeds the lines of standard input to the player. Input that ends without a single line (a service started in the
+/// background) leaves the service running; input that gave lines ends it after the last of them.
+class Console {
+public:
+    Console(EventLoop& loop, Player& player) : loop_(loop), player_(player), reader_(STDIN_FILENO) {}
+
+    void start() {
+        // A background job that reads its terminal is stopped by it.
+        const bool background = isatty(STDIN_FILENO) != 0 && tcgetpgrp(STDIN_FILENO) != getpgrp();
+        if (!background) {
+            loop_.watch(STDIN_FILENO, [this] { read(); });
+        }
+    }
+
+    bool failed() const { return failed_; }
+
+private:
+    void read() {
+        if (reader_.read([this](const std::string& line) { take(line); })) {
+            return;
+        }
+        loop_.unwatch();
+        if (reader_.lineNumber() > 0) {
+            loop_.at(player_.endOfScheduled(), [this] { loop_.end(); });
+        }
+    }
+
+    void take(const std::string& line) {
+        if (failed_) {
+            return;
+        }
+        try {
+            if (const auto event = readTraceLine(line)) {
+                player_.schedule(*event);
+            }
+        } catch (const BadInput& error) {
+            Journal::error("stdin:" + std::to_string(reader_.lineNumber()) + ": " + error.what());
+            // A person at a terminal corrects the line; a script that is wrong must not go on.
+            if (isatty(STDIN_FILENO) == 0) {
+                failed_ = true;
+                loop_.end();
+            }
+        }
+    }
+
+    EventLoop& loop_;
+    Player& player_;
+    LineReader reader_;
+    bool failed_ = false;
+};
+
+int serve(const CommandLine& line) {
+    std::vector<TraceEvent> trace = readTraceOf(line);
+    Player::Options options = playerOptions(line);
+    std::string error;
+    if (!prepareDesk(&error)) {
+        Journal::error(error);
+        return kFailed;
+    }
+    const StopSignals stop;
+    EventLoop loop(stop);
+    const Journal journal(line.quiet     ? Journal::Detail::Quiet
+                          : line.verbose ? Journal::Detail::All
+                                         : Journal::Detail::Normal);
+    Player player(loop, journal, std::move(options));
+    if (!player.start(std::move(trace))) {
+        return kFailed;
+    }
+    Console console(loop, player);
+    if (line.readsStandardInput()) {
+        console.start();
+    }
+    loop.run();
+    if (console.failed()) {
+        return kUsage;
+    }
+    return player.failed() ? kFailed : kDone;
+}
+
+int run(int argc, char** argv) {
+    CLI::App app("The CAN service for a desk: plays traces, answers sets, moves the reverse line.", "can-service-sim");
+    CommandLine line;
+    declare(app, line);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        return app.exit(error) == 0 ? kDone : kUsage;
+    }
+    if (line.list) {
+        listNames();
+        return kDone;
+    }
+    return serve(line);
+}
+
+}  // namespace
+}  // namespace qvn::tools
+
+int main(int argc, char** argv) {
+    using namespace qvn::tools;
+    try {
+        return run(argc, argv);
+    } catch (const BadInput& error) {
+        Journal::error(error.what());
+        return kUsage;
+    } catch (const std::exception& error) {
+        Journal::error(error.what());
+        return kFailed;
+    }
+}

@@ -1,0 +1,54 @@
+#include "vehiclectl/PropertyFeed.h"
+
+#include <utility>
+
+namespace qvn::tools {
+
+using namespace platform::vehicle;
+
+PropertyFeed& PropertyFeed::instance() {
+    // Never destroyed: the client's threads may report until the process has ended.
+    static auto* const feed = new PropertyFeed;
+    return *feed;
+}
+
+bool PropertyFeed::subscribe(const std::vector<int>& properties) {
+    const auto changed = [](VehiclePropValue value, PropertyType type) {
+        const int property = value.prop;
+        instance().push({Update::Kind::Value, property, std::move(value), type, VEHICLE_PROPERTY_STATUS_AVAILABLE});
+    };
+    const auto statusChanged = [](int property, VehiclePropertyStatus status) {
+        instance().push({Update::Kind::Status, property, {}, PROPERTY_TYPE_UNKNOWN, status});
+    };
+    VehicleClient& client = *VehicleClient::getInstance();
+    if (!client.subscribe(changed, properties, statusChanged)) {
+        return false;
+    }
+    // The client connects when it is made. What it received before it knew the callbacks is in its cache only.
+    for (const int property : properties) {
+        VehiclePropValue value;
+        if (client.getPropValue(property, &value) && value.timestamp != 0) {
+            push({Update::Kind::Value, property, std::move(value), client.getPropertyType(property),
+                  VEHICLE_PROPERTY_STATUS_AVAILABLE});
+        }
+    }
+    return true;
+}
+
+std::vector<Update> PropertyFeed::take() {
+    std::vector<Update> updates;
+    const std::lock_guard<std::mutex> lock(mutex_);
+    wakeUp_.clear();
+    updates.swap(updates_);
+    return updates;
+}
+
+void PropertyFeed::push(Update update) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    updates_.push_back(std::move(update));
+    if (updates_.size() == 1) {
+        wakeUp_.notify();
+    }
+}
+
+}  // namespace qvn::tools

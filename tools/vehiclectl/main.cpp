@@ -1,0 +1,120 @@
+#include <CLI/CLI.hpp>
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <exception>
+#include <functional>
+#include <string>
+
+#include "common/BadInput.h"
+#include "common/StopSignals.h"
+#include "vehiclectl/Commands.h"
+#include "vehiclectl/Waiting.h"
+
+namespace qvn::tools {
+namespace {
+
+constexpr char kExitCodes[] = "Exit codes: 0 done, 1 failed, 2 usage, 3 timed out.";
+
+/// The errors that a user needs come from this tool; the client's own log is for -v or an explicit $QVN_LOG_LEVEL.
+void chooseLogLevel(bool verbose) {
+    if (verbose) {
+        setenv("QVN_LOG_LEVEL", "3", 1);
+    } else {
+        setenv("QVN_LOG_LEVEL", "0", 0);
+    }
+}
+
+struct CommandLine {
+    bool verbose = false;
+    ListOptions list;
+    GetOptions get;
+    WatchOptions watch;
+    SetOptions set;
+    std::function<int(const StopSignals&)> command;
+};
+
+void addTimeout(CLI::App& command, double& timeout) {
+    command.add_option("--timeout", timeout, "Seconds to wait")
+        ->check(CLI::Range(0.0, 86400.0).description(""))
+        ->capture_default_str()
+        ->type_name("S");
+}
+
+void declare(CLI::App& app, CommandLine& line) {
+    app.add_flag("-v,--verbose", line.verbose, "Show the client's log on standard error");
+    app.require_subcommand(0, 1);
+    app.fallthrough();
+    app.footer(std::string("A PROPERTY is an identifier (0x21600E1F) or a signal's name (ESP_FD2_VehSpd).\n") +
+               kExitCodes);
+
+    auto* const list = app.add_subcommand("list", "Show all properties: identifier, type, direction, signals");
+    list->add_flag("--json", line.list.json, "One JSON object a line");
+    list->callback([&] { line.command = [&](const StopSignals&) { return listCommand(line.list); }; });
+
+    auto* const get = app.add_subcommand("get", "Show the current value of properties");
+    get->add_option("PROPERTY", line.get.properties)->required();
+    get->add_flag("--json", line.get.json, "One JSON object a line");
+    addTimeout(*get, line.get.timeout);
+    get->callback([&] { line.command = [&](const StopSignals& stop) { return getCommand(line.get, stop); }; });
+
+    auto* const watch = app.add_subcommand("watch", "Show properties as they change; all when none is named");
+    watch->add_option("PROPERTY", line.watch.properties);
+    watch->add_flag("--json", line.watch.json, "One JSON object a line");
+    watch->add_option("--duration", line.watch.duration, "Seconds after which to end")
+        ->check(CLI::Range(0.0, 1e6).description(""))
+        ->type_name("S");
+    watch->add_option("--count", line.watch.count, "Changes after which to end")
+        ->check(CLI::Range(1L, 1'000'000'000L).description(""))
+        ->type_name("N");
+    watch->callback([&] { line.command = [&](const StopSignals& stop) { return watchCommand(line.watch, stop); }; });
+
+    auto* const set = app.add_subcommand("set", "Set a property; nothing confirms it unless --wait-for is given");
+    set->add_option("PROPERTY", line.set.property)->required();
+    set->add_option("VALUE", line.set.value)->required();
+    set->add_option("--wait-for", line.set.waitFor, "End when this property has this value")
+        ->type_name("PROPERTY=VALUE");
+    addTimeout(*set, line.set.timeout);
+    set->callback([&] { line.command = [&](const StopSignals& stop) { return setCommand(line.set, stop); }; });
+}
+
+int run(int argc, char** argv) {
+    CLI::App app("Reads, watches and sets vehicle properties.", "vehiclectl");
+    CommandLine line;
+    declare(app, line);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        return app.exit(error) == 0 ? kDone : kUsage;
+    }
+    if (!line.command) {
+        std::fputs(app.help().c_str(), stderr);
+        return kUsage;
+    }
+    chooseLogLevel(line.verbose);
+    const StopSignals stop;
+    const int result = line.command(stop);
+    // A reader that has gone away (`vehiclectl list | head`) is no failure.
+    if (std::fflush(stdout) != 0 && errno != EPIPE) {
+        printError(std::string("cannot write standard output: ") + std::strerror(errno));
+        return kFailed;
+    }
+    return result;
+}
+
+}  // namespace
+}  // namespace qvn::tools
+
+int main(int argc, char** argv) {
+    using namespace qvn::tools;
+    try {
+        return run(argc, argv);
+    } catch (const BadInput& error) {
+        printError(error.what());
+        return kUsage;
+    } catch (const std::exception& error) {
+        printError(error.what());
+        return kFailed;
+    }
+}
