@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <poll.h>
 #include <pty.h>
 #include <signal.h>
 #include <sys/wait.h>
@@ -151,7 +152,7 @@ TEST(Tools, OnATerminalWatchIsATableThatIsDrawnOverItself) {
     setenv("QVN_HOST_DIR", desk.directory().c_str(), 1);
     winsize size{};
     size.ws_row = 6;
-    size.ws_col = 60;
+    size.ws_col = 80;
     int terminal = -1;
     const pid_t child = forkpty(&terminal, nullptr, nullptr, &size);
     ASSERT_GE(child, 0);
@@ -164,7 +165,12 @@ TEST(Tools, OnATerminalWatchIsATableThatIsDrawnOverItself) {
     bool changed = false;
     bool stopped = false;
     char buffer[4096];
-    for (ssize_t count = 0; (count = read(terminal, buffer, sizeof buffer)) > 0;) {
+    pollfd readable{terminal, POLLIN, 0};
+    while (poll(&readable, 1, kDeadlineSeconds * 1000) > 0) {
+        const ssize_t count = read(terminal, buffer, sizeof buffer);
+        if (count <= 0) {
+            break;
+        }
         screen.append(buffer, static_cast<std::size_t>(count));
         if (!changed && screen.find("available") != std::string::npos) {
             simulator->write("ESP_FD2_VehSpd=4.5\n");
@@ -174,7 +180,7 @@ TEST(Tools, OnATerminalWatchIsATableThatIsDrawnOverItself) {
             stopped = write(terminal, "\x03", 1) == 1;  // Ctrl-C
         }
     }
-    close(terminal);
+    close(terminal);  // hangs the program up if it is still there
     int status = -1;
     waitpid(child, &status, 0);
     EXPECT_EQ(status, 0);

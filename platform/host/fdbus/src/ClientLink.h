@@ -62,7 +62,6 @@ private:
     std::unique_ptr<asio::steady_timer> mRetry;
     std::map<uint32_t, Request> mRequests;
     FdbSessionId_t mSession = FDB_INVALID_ID;
-    bool mConnectedBefore = false;
 
     std::atomic<bool> mOnline{false};
     std::atomic<bool> mReconnect{true};

@@ -13,19 +13,20 @@
 namespace fdb {
 namespace {
 
-constexpr size_t kReadBytes = 64 * 1024;
+constexpr size_t kMebibyte = size_t{1024} * 1024;
+constexpr size_t kReadBytes = size_t{64} * 1024;
 
 /// Frames that come closer than this to the one before are gathered instead of written one by one.
 constexpr std::chrono::microseconds kGatherWindow(20);
 /// A batch of this size is written by the thread that fills it.
-constexpr size_t kBatchBytes = 32 * 1024;
+constexpr size_t kBatchBytes = size_t{32} * 1024;
 
 /// The most that may wait for one peer: $QVN_HOST_QUEUE_MIB mebibytes, 64 by default.
 size_t queueLimit() {
     static const size_t limit = [] {
         const char* text = std::getenv("QVN_HOST_QUEUE_MIB");
         const long mebibytes = text ? std::strtol(text, nullptr, 10) : 0;
-        return static_cast<size_t>(mebibytes >= 1 && mebibytes <= 4096 ? mebibytes : 64) * 1024 * 1024;
+        return static_cast<size_t>(mebibytes >= 1 && mebibytes <= 4096 ? mebibytes : 64) * kMebibyte;
     }();
     return limit;
 }
@@ -132,7 +133,7 @@ bool Connection::send(std::string_view frame) {
     }
     if (queuedBytes() + frame.size() > queueLimit()) {
         lgklog_print(1, "fdbus: %s has fallen %zu MiB behind and is disconnected", mLabel.c_str(),
-                     queueLimit() / (1024 * 1024));
+                     queueLimit() / kMebibyte);
         breakOff();
         return false;
     }

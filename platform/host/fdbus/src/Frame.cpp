@@ -7,7 +7,7 @@
 namespace fdb {
 namespace {
 
-constexpr size_t kKeptBytes = 64 * 1024;
+constexpr size_t kKeptBytes = size_t{64} * 1024;
 
 std::vector<char>& threadBuffer() {
     thread_local std::vector<char> buffer;

@@ -32,7 +32,7 @@ struct FrameHeader {
 static_assert(sizeof(FrameHeader) == 16, "the header has no padding");
 
 /// A frame that announces more is malformed.
-constexpr size_t kMaxFrameBytes = 16 * 1024 * 1024;
+constexpr size_t kMaxFrameBytes = size_t{16} * 1024 * 1024;
 
 /// A received frame; the views are valid during the callback that gets it.
 struct FrameView {

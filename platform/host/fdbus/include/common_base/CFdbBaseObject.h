@@ -21,7 +21,7 @@ public:
     CFdbBaseObject(const CFdbBaseObject&) = delete;
     CFdbBaseObject& operator=(const CFdbBaseObject&) = delete;
 
-    static void addNotifyItem(CFdbMsgSubscribeList& list, FdbMsgCode_t code, const char* topic = 0);
+    static void addNotifyItem(CFdbMsgSubscribeList& list, FdbMsgCode_t code, const char* topic = nullptr);
 
     /// Client: asks for broadcasts of the listed codes; a code without topic covers every topic. Subscriptions end with
     /// the session. False while the client is offline. Nothing answers a subscribe, so `timeout` has no effect.
@@ -30,14 +30,14 @@ public:
 
     /// Client: a one-way message to the server's onInvoke(). False while the client is offline.
     bool send(FdbMsgCode_t code, IFdbMsgBuilder& builder, EFdbQOS qos = FDB_QOS_RELIABLE);
-    bool send(FdbMsgCode_t code, const void* buffer = 0, int32_t size = 0, EFdbQOS qos = FDB_QOS_RELIABLE);
+    bool send(FdbMsgCode_t code, const void* buffer = nullptr, int32_t size = 0, EFdbQOS qos = FDB_QOS_RELIABLE);
     /// Client: a request. onReply() gets the answer; onStatus() an error, or FDB_ST_TIMEOUT after `timeout`
     /// milliseconds (0: no limit). False while the client is offline.
     bool invoke(FdbMsgCode_t code, IFdbMsgBuilder& builder, int32_t timeout = 0);
 
     /// Server: a message to every session that subscribed the code. True also when there is none.
-    bool broadcast(FdbMsgCode_t code, IFdbMsgBuilder& builder, const char* topic = 0);
-    bool broadcast(FdbMsgCode_t code, const void* buffer = 0, int32_t size = 0, const char* topic = 0);
+    bool broadcast(FdbMsgCode_t code, IFdbMsgBuilder& builder, const char* topic = nullptr);
+    bool broadcast(FdbMsgCode_t code, const void* buffer = nullptr, int32_t size = 0, const char* topic = nullptr);
 
     /// The worker that was given, or null.
     CBaseWorker* worker() const { return mWorker; }

@@ -49,11 +49,11 @@ public:
     bool deserialize(IFdbMsgParser& parser) const { return parser.parse(mPayload, mSize); }
 
     /// Sends a broadcast to the one session that this message came from. False when that session has ended.
-    bool broadcast(FdbMsgCode_t code, IFdbMsgBuilder& builder, const char* topic = 0);
+    bool broadcast(FdbMsgCode_t code, IFdbMsgBuilder& builder, const char* topic = nullptr);
     /// Answers an invoke(): the caller's onReply() gets the payload, or onStatus() the error. False when the session
     /// has ended or the job is no message.
     static bool reply(CBaseJob::Ptr& request, IFdbMsgBuilder& builder);
-    static bool status(CBaseJob::Ptr& request, int32_t error, const char* text = 0);
+    static bool status(CBaseJob::Ptr& request, int32_t error, const char* text = nullptr);
 
     /// What a subscribe message asks for; empty for every other message.
     const CFdbMsgSubscribeList& subscribeList() const { return mSubscribeList; }
