@@ -34,7 +34,8 @@ public:
     VehicleClient& operator=(const VehicleClient&) = delete;
 
     /// Registers the process's only subscriber; a further call replaces both callbacks and the list. Either callback
-    /// may be null. Identifiers are not checked: unknown ones just never report.
+    /// may be null. Identifiers are not checked: unknown ones just never report. Values that arrived before are not
+    /// repeated: getPropValue has them.
     ///
     /// `changed` runs for each value received for a listed property, on the library's worker thread, or, before the CAN
     /// service was first reached, on the GPIO library's thread (or this one) when the reverse line moves. It holds up

@@ -1,11 +1,41 @@
 #include "canservice/CanServiceFdbusClientManager.h"
 
+#include <future>
+#include <memory>
 #include <string>
 #include <utility>
 
 namespace {
 
 const char kServiceName[] = "fdbus_can_service";
+
+/// Holds up a worker, and with it the bus callbacks that come after, until the gate is destroyed.
+class WorkerGate {
+public:
+    explicit WorkerGate(CBaseWorker* worker) {
+        if (worker != nullptr) {
+            CBaseJob::Ptr job = std::make_shared<Wait>(opened.get_future());
+            worker->sendAsync(job);
+        }
+    }
+    ~WorkerGate() { opened.set_value(); }
+    WorkerGate(const WorkerGate&) = delete;
+    WorkerGate& operator=(const WorkerGate&) = delete;
+
+private:
+    class Wait : public CBaseJob {
+    public:
+        explicit Wait(std::future<void> until) : opened(std::move(until)) {}
+
+    protected:
+        void run(CBaseWorker*, Ptr&) override { opened.wait(); }
+
+    private:
+        std::future<void> opened;
+    };
+
+    std::promise<void> opened;
+};
 
 }  // namespace
 
@@ -20,6 +50,9 @@ void CanServiceFdbusClientManager::createCanServiceFdbusClient(const VehilceClie
     const std::string name = std::string(kServiceName) + "_client";
     client = std::make_shared<T21CanServiceFdbusClient>(name.c_str(), worker);
     client->enableReconnect(true);
+    // The service answers the first subscribe with current values, which would be lost on a client without callback and
+    // table.
+    const WorkerGate gate(worker);
     client->connect(address.c_str());
     client->registerSignalCallback(callback);
     client->setFuncSignalTable(table);
