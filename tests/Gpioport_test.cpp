@@ -1,5 +1,6 @@
 #include <gpioport/gpioport_client.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -195,6 +196,22 @@ TEST_F(Gpioport, RecoversWhenTheDirectoryIsMadeAgain) {
     EXPECT_EQ(recorder.levels(2), (Levels{0, 1})) << "no file: released";
     drive("0");
     EXPECT_EQ(recorder.levels(3), (Levels{0, 1, 0}));
+}
+
+TEST_F(Gpioport, SeesAnEdgeLaterThatNoDescriptorWasLeftFor) {
+    Recorder& recorder = watch(kBothEdges);
+    const fs::path next = host_.path() / "gpio" / "next";
+    writeFile(next, "0");
+    rlimit usual{};
+    ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &usual), 0);
+    const rlimit none{3, usual.rlim_max};
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
+    fs::rename(next, file());
+    for (int i = 0; i < 10000; ++i) {  // the port's thread tries meanwhile
+        EXPECT_EQ(gpioport_get_inout_value(kLine), -1);
+    }
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &usual), 0);
+    EXPECT_EQ(recorder.levels(1), (Levels{0}));
 }
 
 TEST_F(Gpioport, ForgetsRegistrationsOnExitAndOpensAgain) {

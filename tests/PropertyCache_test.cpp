@@ -85,7 +85,7 @@ TEST_F(PropertyCacheTest, EachTypedGetterReadsItsOwnPayload) {
 
 TEST_F(PropertyCacheTest, TypedGettersSkipRecordsWithoutTheirPayload) {
     subscribe({1});
-    core->propertyCache[65].propValue.value.int32Values = {5};  // the second of five records of one property
+    core->cache()[65].propValue.value.int32Values = {5};  // the second of five records of one property
     std::vector<int> integers;
     EXPECT_TRUE(core->getInt32Property(0x11410A10, integers));
     EXPECT_EQ(integers, std::vector<int>{5});

@@ -88,6 +88,9 @@ TEST_F(Psis, RefusesABrokenFileWithOneLineThatNamesThePlace) {
         {R"({"config_qvn": {"REVERSE_VIDEO": 256}})", "config_qvn.REVERSE_VIDEO: expected an integer from 0 to 255"},
         {R"({"config_qvn": {"REVERSE_VIDEO": -1}})", "config_qvn.REVERSE_VIDEO: expected an integer from 0 to 255"},
         {R"({"config_qvn": {"REVERSE_VIDEO": 1.5}})", "config_qvn.REVERSE_VIDEO: expected an integer from 0 to 255"},
+        {R"({"config_qvn": {"REVERSE_VIDEO": 1e999}})", "number overflow parsing '1e999'"},
+        {R"({"a\nb": 3})", "a?b: expected an object of keys"},
+        {R"({"config_qvn": {"\u0000\r\u007f": 256}})", "config_qvn.???: expected an integer from 0 to 255"},
         {R"({"config_qvn": {"REVERSE_VIDEO": "1"}})", "config_qvn.REVERSE_VIDEO: expected an integer from 0 to 255"},
     };
     for (const auto& c : cases) {

@@ -83,7 +83,7 @@ TEST_F(SubscriptionTest, AValueOfSeveralRecordsUpdatesThemAllAndIsDeliveredOnce)
     core->dispatchSingal(intValue(kSwitches, 1), PROPERTY_TYPE_INT32);
     EXPECT_EQ(delivered(), std::vector<int>{1});
     for (std::size_t row = 64; row <= 68; ++row) {
-        EXPECT_EQ(core->propertyCache[row].propValue.value.int32Values, std::vector<int>{1});
+        EXPECT_EQ(core->cache()[row].propValue.value.int32Values, std::vector<int>{1});
     }
 }
 

@@ -113,10 +113,10 @@ TEST(TraceReader, NamesThePositionAndTheWordThatIsWrong) {
 }
 
 TEST(TraceReader, SurvivesWhatIsNoTextAtAll) {
-    const std::string noise(
+    const char bytes[] =
         "\x7F"
-        "ELF\0\0(((\xFF)#=!",
-        18);
+        "ELF\0\0(((\xFF)#=!";
+    const std::string noise(bytes, sizeof bytes - 1);
     EXPECT_EQ(errorOf(noise).substr(0, 11), "a.trace:1: ");
     EXPECT_LT(errorOf("(1) " + std::string(100000, 'x') + "=1").size(), 200U) << "a long word is shortened";
     EXPECT_TRUE(read("").empty());

@@ -70,7 +70,7 @@ TEST_F(VehicleClientImplTest, WithoutPersistencyNothingIsServed) {
         {1, "init", 40, "[%s][%d]vehicle client initialize error!\n", "vehicle client initialize error!\n"}};
     EXPECT_EQ(log_recorder::lines(), expected);
     EXPECT_EQ(core->functionType, FUNCTION_TYPE_NONE);
-    EXPECT_TRUE(core->propertyCache.empty());
+    EXPECT_TRUE(core->cache().empty());
 
     log_recorder::reset();
     EXPECT_FALSE(subscribe({0x21600E24}));
@@ -109,18 +109,18 @@ TEST_F(VehicleClientImplTest, EveryFunctionHasACacheRecordForEachRowOfItsTable) 
         TestCore fresh;
         fresh.initSignalTable(function);
         EXPECT_EQ(fresh.signalTable, table);
-        ASSERT_EQ(fresh.propertyCache.size(), 241u);
-        const VehicleClientProperty& first = fresh.propertyCache.front();
+        ASSERT_EQ(fresh.cache().size(), 241u);
+        const VehicleClientProperty& first = fresh.cache().front();
         EXPECT_EQ(first.propValue.prop, 0x21600E24);
         EXPECT_EQ(first.propValue.areaId, 0x01000000);
         EXPECT_EQ(first.propValue.timestamp, 0);
         EXPECT_EQ(first.propertyType, 5);
-        EXPECT_EQ(fresh.propertyCache.back().propValue.prop, 0x21400E1E);
-        EXPECT_EQ(fresh.propertyCache.back().propertyType, 3);
+        EXPECT_EQ(fresh.cache().back().propValue.prop, 0x21400E1E);
+        EXPECT_EQ(fresh.cache().back().propertyType, 3);
     }
     TestCore none;
     none.initSignalTable(FUNCTION_TYPE_NONE);
-    EXPECT_TRUE(none.propertyCache.empty());
+    EXPECT_TRUE(none.cache().empty());
 }
 
 TEST_F(VehicleClientImplTest, TimestampsAreMonotonicNanoseconds) {
@@ -155,7 +155,7 @@ TEST_F(VehicleClientImplTest, DestructionUnderTrafficIsSafe) {
 TEST_F(VehicleClientImplTest, DeinitLeavesARunningCoreAlone) {
     startCore();
     core->deinit();
-    EXPECT_EQ(core->propertyCache.size(), 241u);
+    EXPECT_EQ(core->cache().size(), 241u);
 }
 
 }  // namespace

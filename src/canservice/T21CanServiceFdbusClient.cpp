@@ -35,22 +35,22 @@ void T21CanServiceFdbusClient::setFuncSignalTable(const VehilceClientInfo* table
 }
 
 void T21CanServiceFdbusClient::registerSignalCallback(SignalCallback callback) {
-    const std::lock_guard<std::mutex> lock(callbackMutex);
+    const qvn::sync::MutexLock lock(callbackMutex);
     signalCallback = std::move(callback);
 }
 
 void T21CanServiceFdbusClient::registerAvailableSignalCallabck(AvailableSignalCallback callback) {
-    const std::lock_guard<std::mutex> lock(callbackMutex);
+    const qvn::sync::MutexLock lock(callbackMutex);
     availableSignalCallback = std::move(callback);
 }
 
 SignalCallback T21CanServiceFdbusClient::currentSignalCallback() {
-    const std::lock_guard<std::mutex> lock(callbackMutex);
+    const qvn::sync::MutexLock lock(callbackMutex);
     return signalCallback;
 }
 
 AvailableSignalCallback T21CanServiceFdbusClient::currentAvailableCallback() {
-    const std::lock_guard<std::mutex> lock(callbackMutex);
+    const qvn::sync::MutexLock lock(callbackMutex);
     return availableSignalCallback;
 }
 

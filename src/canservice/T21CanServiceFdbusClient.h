@@ -7,10 +7,10 @@
 #include <atomic>
 #include <functional>
 #include <memory>
-#include <mutex>
 
 #include "adapter/T21CanSignalAdapter.h"
 #include "common.base.canservice.pb.h"
+#include "sync/Mutex.h"
 
 using SignalCallback =
     std::function<void(qvn::platform::vehicle::VehiclePropValue, qvn::platform::vehicle::PropertyType)>;
@@ -60,16 +60,16 @@ private:
     SignalCallback currentSignalCallback();
     AvailableSignalCallback currentAvailableCallback();
 
-    SignalCallback signalCallback;
+    SignalCallback signalCallback QVN_GUARDED_BY(callbackMutex);
     // Stays true once the service was reached: from then on the reverse line is left to CAN.
     std::atomic<bool> online{false};
     std::atomic<qvn::platform::vehicle::SetErrorCallback> errorCallback{nullptr};
     std::shared_ptr<T21CanSignalAdapter> signalAdapter;
     std::atomic<const VehilceClientInfo*> signal_table_{nullptr};
-    AvailableSignalCallback availableSignalCallback;
+    AvailableSignalCallback availableSignalCallback QVN_GUARDED_BY(callbackMutex);
 
     // Guards the two function objects, which are set while broadcasts may already arrive.
-    std::mutex callbackMutex;
+    qvn::sync::Mutex callbackMutex;
     std::atomic<bool> stopped{false};
     // Used by onBroadcast only; keeps its storage from one signal to the next.
     can_service::BroadcastSignal broadcastSignal;

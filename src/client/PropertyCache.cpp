@@ -7,17 +7,17 @@ namespace vehicle {
 using RawValue = VehiclePropValue::RawValue;
 
 bool VehicleClientImpl::hasSubscription() {
-    const std::lock_guard<std::mutex> state(stateMutex);
+    const sync::MutexLock state(stateMutex);
     return !subscribedIds.empty();
 }
 
 template <class Payload>
 bool VehicleClientImpl::readPayload(int property, Payload RawValue::*payload, Payload& out) {
-    const std::lock_guard<std::mutex> lock(cacheMutex);
+    const sync::MutexLock lock(cacheMutex);
     if (!hasSubscription()) {
         return false;
     }
-    for (const VehicleClientProperty& record : propertyCache) {
+    for (const VehicleClientProperty& record : records()) {
         const Payload& values = record.propValue.value.*payload;
         if (record.propValue.prop == property && !values.empty()) {
             out = values;
@@ -28,8 +28,8 @@ bool VehicleClientImpl::readPayload(int property, Payload RawValue::*payload, Pa
 }
 
 bool VehicleClientImpl::getPropValue(int property, VehiclePropValue* out) {
-    const std::lock_guard<std::mutex> lock(cacheMutex);
-    for (const VehicleClientProperty& record : propertyCache) {
+    const sync::MutexLock lock(cacheMutex);
+    for (const VehicleClientProperty& record : records()) {
         if (record.propValue.prop == property) {
             *out = record.propValue;
             return true;
@@ -39,8 +39,8 @@ bool VehicleClientImpl::getPropValue(int property, VehiclePropValue* out) {
 }
 
 PropertyType VehicleClientImpl::getPropertyType(int property) {
-    const std::lock_guard<std::mutex> lock(cacheMutex);
-    for (const VehicleClientProperty& record : propertyCache) {
+    const sync::MutexLock lock(cacheMutex);
+    for (const VehicleClientProperty& record : records()) {
         if (record.propValue.prop == property) {
             return record.propertyType;
         }

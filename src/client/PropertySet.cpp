@@ -35,7 +35,7 @@ bool VehicleClientImpl::sendFirst(int property, const std::vector<T>& values) {
 
 std::vector<PropertyType> VehicleClientImpl::cachedTypes(int property) {
     std::vector<PropertyType> types;
-    const std::lock_guard<std::mutex> state(stateMutex);
+    const sync::MutexLock state(stateMutex);
     for (const VehicleClientProperty& record : propertyCache) {
         if (record.propValue.prop == property) {
             types.push_back(record.propertyType);

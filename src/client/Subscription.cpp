@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <utility>
+#include <vector>
 
 #include "canservice/FdbusServiceManager.h"
 #include "client/VehicleClientImpl.h"
@@ -13,20 +14,31 @@ namespace {
 
 constexpr int kClockFailedLine = 179;
 
+/// Looks at every element: without an early end the compiler compares several at a time.
+bool contains(const std::vector<int>& ids, int id) {
+    bool found = false;
+    for (const int candidate : ids) {
+        found |= candidate == id;
+    }
+    return found;
+}
+
 }  // namespace
 
 /// Holds cacheMutex for a dispatch. An application may subscribe from inside its callback, which dispatches the reverse
 /// line's level on the thread that holds the mutex already; that inner dispatch goes on under the outer one's lock.
-class VehicleClientImpl::DispatchLock {
+/// The analysis does not follow the condition: to it the mutex is taken here in both cases.
+class QVN_SCOPED_LOCK VehicleClientImpl::DispatchLock {
 public:
-    explicit DispatchLock(VehicleClientImpl& core)
-        : mCore(core), mOutermost(core.dispatchThread != std::this_thread::get_id()) {
+    explicit DispatchLock(VehicleClientImpl& core) QVN_ACQUIRE(core.cacheMutex) QVN_UNCHECKED_LOCKING
+        : mCore(core),
+          mOutermost(core.dispatchThread != std::this_thread::get_id()) {
         if (mOutermost) {
             mCore.cacheMutex.lock();
             mCore.dispatchThread = std::this_thread::get_id();
         }
     }
-    ~DispatchLock() {
+    ~DispatchLock() QVN_RELEASE() QVN_UNCHECKED_LOCKING {
         if (mOutermost) {
             mCore.dispatchThread = std::thread::id();
             mCore.cacheMutex.unlock();
@@ -47,7 +59,7 @@ bool VehicleClientImpl::subscribe(PropertyChangedCallback changed, std::vector<i
         return false;
     }
     {
-        const std::lock_guard<std::mutex> state(stateMutex);
+        const sync::MutexLock state(stateMutex);
         propertyChangedCallback = changed;
         setErrorCallback = status;
         subscribedIds = std::move(properties);
@@ -59,8 +71,8 @@ bool VehicleClientImpl::subscribe(PropertyChangedCallback changed, std::vector<i
 }
 
 bool VehicleClientImpl::unsubscribe(PropertyChangedCallback, std::vector<int>) {
-    const std::lock_guard<std::mutex> lock(cacheMutex);
-    const std::lock_guard<std::mutex> state(stateMutex);
+    const sync::MutexLock lock(cacheMutex);
+    const sync::MutexLock state(stateMutex);
     propertyChangedCallback = nullptr;
     setErrorCallback = nullptr;
     subscribedIds.clear();
@@ -76,14 +88,16 @@ void VehicleClientImpl::dispatchSingal(VehiclePropValue value, PropertyType type
 
     PropertyChangedCallback callback = nullptr;
     {
-        const std::lock_guard<std::mutex> state(stateMutex);
-        for (VehicleClientProperty& record : propertyCache) {
-            if (record.propValue.prop == value.prop) {
-                record.propValue = value;
-                record.propertyType = type;
-            }
+        const sync::MutexLock state(stateMutex);
+        const auto matches = [&value](const VehicleClientProperty& record) {
+            return record.propValue.prop == value.prop;
+        };
+        for (auto record = std::find_if(propertyCache.begin(), propertyCache.end(), matches);
+             record != propertyCache.end(); record = std::find_if(record + 1, propertyCache.end(), matches)) {
+            record->propValue = value;
+            record->propertyType = type;
         }
-        if (std::find(subscribedIds.begin(), subscribedIds.end(), value.prop) != subscribedIds.end()) {
+        if (contains(subscribedIds, value.prop)) {
             callback = propertyChangedCallback;
         }
     }
@@ -96,7 +110,7 @@ void VehicleClientImpl::availableSignalCallback(VehicleProperty property) {
     PropertyChangedCallback callback = nullptr;
     VehicleClientProperty copy;
     {
-        const std::lock_guard<std::mutex> state(stateMutex);
+        const sync::MutexLock state(stateMutex);
         const auto record = std::find_if(
             propertyCache.begin(), propertyCache.end(),
             [property](const VehicleClientProperty& candidate) { return candidate.propValue.prop == property; });

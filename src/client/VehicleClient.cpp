@@ -1,9 +1,9 @@
 #include <vehicle/VehicleClient.h>
 
-#include <mutex>
 #include <utility>
 
 #include "client/VehicleClientImpl.h"
+#include "sync/Mutex.h"
 
 namespace qvn {
 namespace platform {
@@ -11,7 +11,7 @@ namespace vehicle {
 
 namespace {
 
-std::mutex gSingletonMutex;
+sync::Mutex gSingletonMutex;
 
 }  // namespace
 
@@ -26,7 +26,7 @@ struct VehicleClient::ExitGuard {
 VehicleClient* VehicleClient::getInstance() {
     VehicleClient* client = mVehicleClient;
     if (client == nullptr) {
-        const std::lock_guard<std::mutex> lock(gSingletonMutex);
+        const sync::MutexLock lock(gSingletonMutex);
         client = mVehicleClient;
         if (client == nullptr) {
             client = new VehicleClient;

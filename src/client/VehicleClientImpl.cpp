@@ -121,6 +121,8 @@ void VehicleClientImpl::initSignalTable(FUNCTION_TYPE type) {
         return;
     }
 
+    const sync::MutexLock cache(cacheMutex);
+    const sync::MutexLock state(stateMutex);
     propertyCache.reserve(propertyCache.size() + tables::kSignalTableRows);
     for (std::size_t i = 0; i < tables::kSignalTableRows; ++i) {
         const VehilceClientInfo& row = signalTable[i];

@@ -6,10 +6,11 @@
 
 #include <atomic>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <thread>
 #include <vector>
+
+#include "sync/Mutex.h"
 
 class FdbusServiceManager;
 
@@ -75,20 +76,24 @@ private:
     bool sendFirst(int property, const std::vector<T>& values);
     template <class T>
     bool send(int property, T value);
+    /// The records, to read under cacheMutex alone: that they are written under both is more than the analysis can see.
+    const std::vector<VehicleClientProperty>& records() const QVN_REQUIRES(cacheMutex) QVN_UNCHECKED_LOCKING {
+        return propertyCache;
+    }
     std::vector<PropertyType> cachedTypes(int property);
     bool hasSubscription();
 
 protected:
-    PropertyChangedCallback propertyChangedCallback = nullptr;
-    std::vector<VehicleClientProperty> propertyCache;
-    std::mutex cacheMutex;
-    SetErrorCallback setErrorCallback = nullptr;
+    PropertyChangedCallback propertyChangedCallback QVN_GUARDED_BY(stateMutex) = nullptr;
+    std::vector<VehicleClientProperty> propertyCache QVN_GUARDED_BY(stateMutex);
+    sync::Mutex cacheMutex;
+    SetErrorCallback setErrorCallback QVN_GUARDED_BY(stateMutex) = nullptr;
     FUNCTION_TYPE functionType = FUNCTION_TYPE_NONE;
     const VehilceClientInfo* signalTable = nullptr;
     std::shared_ptr<FdbusServiceManager> serviceManager;
-    std::vector<int> subscribedIds;
+    std::vector<int> subscribedIds QVN_GUARDED_BY(stateMutex);
 
-    std::mutex stateMutex;
+    sync::Mutex stateMutex;
     // The thread that holds cacheMutex for a dispatch.
     std::atomic<std::thread::id> dispatchThread{std::thread::id()};
 };

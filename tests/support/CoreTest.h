@@ -13,12 +13,14 @@ namespace qvn::test {
 
 using platform::vehicle::VehicleClientImpl;
 
-/// A core whose choice of function can be seen.
+/// A core whose choice of function and cache can be seen.
 class TestCore : public VehicleClientImpl {
 public:
     using VehicleClientImpl::functionType;
-    using VehicleClientImpl::propertyCache;
     using VehicleClientImpl::signalTable;
+
+    /// Without its locks: nothing else may be using the core.
+    std::vector<VehicleClientProperty>& cache() QVN_UNCHECKED_LOCKING { return propertyCache; }
 };
 
 inline VehiclePropValue intValue(int property, int number) {

@@ -61,7 +61,7 @@ protected:
 
 private:
     void answer(CFdbMessage& request, std::uint32_t code) {
-        const std::lock_guard<std::mutex> lock(service_.mutex_);
+        const sync::MutexLock lock(service_.mutex_);
         if (const auto value = service_.values_.find(code); value != service_.values_.end()) {
             sendTo(request, code, signalMessage(value->second));
         }
@@ -106,7 +106,7 @@ void CanService::goDown() {
 }
 
 void CanService::putSignal(std::uint32_t code, const std::string& raw) {
-    const std::lock_guard<std::mutex> lock(mutex_);
+    const sync::MutexLock lock(mutex_);
     values_[code] = raw;
     if (server_) {
         server_->publish(code, signalMessage(raw));
@@ -114,7 +114,7 @@ void CanService::putSignal(std::uint32_t code, const std::string& raw) {
 }
 
 void CanService::putMessageStatus(std::uint32_t code, bool timedOut) {
-    const std::lock_guard<std::mutex> lock(mutex_);
+    const sync::MutexLock lock(mutex_);
     const std::uint32_t status = timedOut ? kStatusTimedOut : kStatusOk;
     statuses_[code] = status;
     if (server_) {

@@ -6,8 +6,9 @@
 #include <functional>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <string>
+
+#include "sync/Mutex.h"
 
 namespace qvn::tools {
 
@@ -43,9 +44,9 @@ private:
     std::string name_;
     Observer observer_;
     // Held while a value is kept and sent, so that what a new subscriber gets never is older than what follows.
-    std::mutex mutex_;
-    std::map<std::uint32_t, std::string> values_;
-    std::map<std::uint32_t, std::uint32_t> statuses_;
+    sync::Mutex mutex_;
+    std::map<std::uint32_t, std::string> values_ QVN_GUARDED_BY(mutex_);
+    std::map<std::uint32_t, std::uint32_t> statuses_ QVN_GUARDED_BY(mutex_);
     CBaseWorker worker_;
     std::unique_ptr<Server> server_;
 };

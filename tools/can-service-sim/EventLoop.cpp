@@ -9,7 +9,7 @@ namespace qvn::tools {
 
 void EventLoop::post(Task task) {
     {
-        const std::lock_guard<std::mutex> lock(mutex_);
+        const sync::MutexLock lock(mutex_);
         posted_.push_back(std::move(task));
     }
     wakeUp_.notify();
@@ -58,7 +58,7 @@ void EventLoop::wait() {
 void EventLoop::runPosted() {
     std::vector<Task> tasks;
     {
-        const std::lock_guard<std::mutex> lock(mutex_);
+        const sync::MutexLock lock(mutex_);
         tasks.swap(posted_);
     }
     for (const Task& task : tasks) {

@@ -3,10 +3,10 @@
 #include <chrono>
 #include <functional>
 #include <map>
-#include <mutex>
 #include <vector>
 
 #include "common/StopSignals.h"
+#include "sync/Mutex.h"
 
 namespace qvn::tools {
 
@@ -41,8 +41,8 @@ private:
     const StopSignals& stop_;
     WakeUp wakeUp_;
     std::multimap<Clock::time_point, Task> timed_;
-    std::mutex mutex_;
-    std::vector<Task> posted_;
+    sync::Mutex mutex_;
+    std::vector<Task> posted_ QVN_GUARDED_BY(mutex_);
     int input_ = -1;
     Task inputReadable_;
     bool ended_ = false;

@@ -42,13 +42,17 @@ std::vector<std::string> closestNames(std::string_view name, const std::vector<s
     if (wanted.size() < 2) {
         return {};
     }
+    const std::size_t limit = std::max<std::size_t>(2, wanted.size() / 4);
     std::vector<std::pair<std::size_t, std::string>> ranked;
     for (const std::string& candidate : candidates) {
         const std::string known = lowerCase(candidate);
         // A name that only lacks its message (VehSpd for ESP_FD2_VehSpd) is close whatever its length.
         const bool contained = wanted.size() > 3 && known != wanted && known.find(wanted) != std::string::npos;
+        if (!contained && (known.size() > wanted.size() + limit || wanted.size() > known.size() + limit)) {
+            continue;  // every character more or less is one edit
+        }
         const std::size_t distance = contained ? 1 : editDistance(wanted, known);
-        if (distance <= std::max<std::size_t>(2, wanted.size() / 4)) {
+        if (distance <= limit) {
             ranked.emplace_back(distance, candidate);
         }
     }

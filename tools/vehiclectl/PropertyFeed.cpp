@@ -37,14 +37,14 @@ bool PropertyFeed::subscribe(const std::vector<int>& properties) {
 
 std::vector<Update> PropertyFeed::take() {
     std::vector<Update> updates;
-    const std::lock_guard<std::mutex> lock(mutex_);
+    const sync::MutexLock lock(mutex_);
     wakeUp_.clear();
     updates.swap(updates_);
     return updates;
 }
 
 void PropertyFeed::push(Update update) {
-    const std::lock_guard<std::mutex> lock(mutex_);
+    const sync::MutexLock lock(mutex_);
     updates_.push_back(std::move(update));
     if (updates_.size() == 1) {
         wakeUp_.notify();

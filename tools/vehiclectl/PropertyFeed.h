@@ -2,10 +2,10 @@
 
 #include <vehicle/VehicleClient.h>
 
-#include <mutex>
 #include <vector>
 
 #include "common/StopSignals.h"
+#include "sync/Mutex.h"
 
 namespace qvn::tools {
 
@@ -40,8 +40,8 @@ private:
     PropertyFeed() = default;
     void push(Update update);
 
-    std::mutex mutex_;
-    std::vector<Update> updates_;
+    sync::Mutex mutex_;
+    std::vector<Update> updates_ QVN_GUARDED_BY(mutex_);
     WakeUp wakeUp_;
 };
 

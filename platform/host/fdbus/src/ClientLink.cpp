@@ -65,7 +65,7 @@ void ClientLink::closeAll() {
     if (const std::shared_ptr<Connection> connection = current()) {
         connection->close();
     }
-    std::lock_guard<std::mutex> lock(mMutex);
+    const qvn::sync::MutexLock lock(mMutex);
     mConnection.reset();
 }
 
@@ -138,7 +138,7 @@ void ClientLink::tryConnect() {
         return;
     }
     {
-        std::lock_guard<std::mutex> lock(mMutex);
+        const qvn::sync::MutexLock lock(mMutex);
         mConnection = connection;
     }
     mSession = nextSessionId();
@@ -169,7 +169,7 @@ void ClientLink::dropConnection() {
 
 void ClientLink::onClosed() {
     {
-        std::lock_guard<std::mutex> lock(mMutex);
+        const qvn::sync::MutexLock lock(mMutex);
         mConnection.reset();
     }
     mOnline = false;
@@ -267,7 +267,7 @@ void ClientLink::failRequest(uint32_t serial, int32_t error, const char* text) {
 }
 
 std::shared_ptr<Connection> ClientLink::current() {
-    std::lock_guard<std::mutex> lock(mMutex);
+    const qvn::sync::MutexLock lock(mMutex);
     return mConnection;
 }
 

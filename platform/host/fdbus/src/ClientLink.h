@@ -4,6 +4,7 @@
 #include "Endpoint.h"
 
 #include <host/DirectoryWatch.h>
+#include <sync/Mutex.h>
 
 #include <asio/posix/stream_descriptor.hpp>
 #include <asio/steady_timer.hpp>
@@ -11,7 +12,6 @@
 #include <atomic>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <string>
 
 namespace fdb {
@@ -67,8 +67,8 @@ private:
     std::atomic<bool> mReconnect{true};
     std::atomic<uint32_t> mNextSerial{1};
 
-    std::mutex mMutex;
-    std::shared_ptr<Connection> mConnection;  // guarded by mMutex
+    qvn::sync::Mutex mMutex;
+    std::shared_ptr<Connection> mConnection QVN_GUARDED_BY(mMutex);
 };
 
 }  // namespace fdb

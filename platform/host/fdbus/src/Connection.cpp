@@ -11,6 +11,9 @@
 #include <cstring>
 
 namespace fdb {
+
+using qvn::sync::MutexLock;
+
 namespace {
 
 constexpr size_t kMebibyte = size_t{1024} * 1024;
@@ -121,7 +124,7 @@ void Connection::end(const char* reason) {
 }
 
 bool Connection::send(std::string_view frame) {
-    Lock lock(mMutex);
+    const MutexLock lock(mMutex);
     if (mClosed) {
         return false;
     }
@@ -139,7 +142,7 @@ bool Connection::send(std::string_view frame) {
     }
     mGathered.insert(mGathered.end(), frame.begin(), frame.end());
     if (mGathered.size() >= kBatchBytes) {
-        flush(lock);
+        flush();
     } else {
         scheduleFlush();
     }
@@ -167,14 +170,14 @@ void Connection::scheduleFlush() {
     }
     mFlushScheduled = true;
     mLoop.post([self = shared_from_this()] {
-        Lock lock(self->mMutex);
+        const MutexLock lock(self->mMutex);
         self->mFlushScheduled = false;
-        self->flush(lock);
+        self->flush();
     });
 }
 
 /// Writes all that has been gathered, without holding the lock meanwhile: senders go on gathering.
-void Connection::flush(Lock& lock) {
+void Connection::flush() {
     if (mWriting || mAwaitsWritable) {
         return;
     }
@@ -185,11 +188,12 @@ void Connection::flush(Lock& lock) {
             mInFlightSent = 0;
             mInFlight.swap(mGathered);
         }
-        lock.unlock();
-        const ssize_t sent =
-            sendSome(mSocket.native_handle(), mInFlight.data() + mInFlightSent, mInFlight.size() - mInFlightSent);
+        const char* const data = mInFlight.data() + mInFlightSent;
+        const size_t size = mInFlight.size() - mInFlightSent;
+        mMutex.unlock();
+        const ssize_t sent = sendSome(mSocket.native_handle(), data, size);
         const int error = errno;
-        lock.lock();
+        mMutex.lock();
         if (sent >= 0) {
             mInFlightSent += static_cast<size_t>(sent);
         } else if (error == EAGAIN) {
@@ -206,17 +210,17 @@ void Connection::awaitWritable() {
     mAwaitsWritable = true;
     mLoop.post([self = shared_from_this()] {
         self->mSocket.async_wait(Socket::wait_write, [self](const std::error_code&) {
-            Lock lock(self->mMutex);
+            const MutexLock lock(self->mMutex);
             self->mAwaitsWritable = false;
-            self->flush(lock);
+            self->flush();
         });
     });
 }
 
 void Connection::close() {
     mHandler.reset();
-    Lock lock(mMutex);
-    flush(lock);  // what the kernel takes now still reaches the peer
+    const MutexLock lock(mMutex);
+    flush();  // what the kernel takes now still reaches the peer
     breakOff();
 }
 

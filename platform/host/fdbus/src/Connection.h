@@ -3,11 +3,11 @@
 #include "EventLoop.h"
 #include "Frame.h"
 
+#include <sync/Mutex.h>
 #include <asio/local/stream_protocol.hpp>
 
 #include <chrono>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -44,7 +44,6 @@ public:
     void close();
 
 private:
-    using Lock = std::unique_lock<std::mutex>;
     using Clock = std::chrono::steady_clock;
 
     void read();
@@ -52,12 +51,12 @@ private:
     bool dispatch(ConnectionHandler& handler);
     void end(const char* reason);
 
-    size_t queuedBytes() const { return mGathered.size() + mInFlight.size() - mInFlightSent; }
-    bool writeDirect(std::string_view frame);
-    void scheduleFlush();
-    void flush(Lock& lock);
-    void awaitWritable();
-    void breakOff();
+    size_t queuedBytes() const QVN_REQUIRES(mMutex) { return mGathered.size() + mInFlight.size() - mInFlightSent; }
+    bool writeDirect(std::string_view frame) QVN_REQUIRES(mMutex);
+    void scheduleFlush() QVN_REQUIRES(mMutex);
+    void flush() QVN_REQUIRES(mMutex);
+    void awaitWritable() QVN_REQUIRES(mMutex);
+    void breakOff() QVN_REQUIRES(mMutex);
 
     EventLoop& mLoop;
     Socket mSocket;
@@ -69,15 +68,15 @@ private:
     size_t mReadBegin = 0;
     size_t mReadEnd = 0;
 
-    std::mutex mMutex;  // guards what follows
-    bool mClosed = false;
-    std::vector<char> mGathered;  // frames that wait for the next write
-    std::vector<char> mInFlight;  // frames of the write that is under way
-    size_t mInFlightSent = 0;
-    bool mWriting = false;         // a thread is in flush() without the lock
-    bool mAwaitsWritable = false;  // the kernel's buffer is full
-    bool mFlushScheduled = false;
-    Clock::time_point mLastSend;
+    qvn::sync::Mutex mMutex;
+    bool mClosed QVN_GUARDED_BY(mMutex) = false;
+    std::vector<char> mGathered QVN_GUARDED_BY(mMutex);  // frames that wait for the next write
+    std::vector<char> mInFlight QVN_GUARDED_BY(mMutex);  // frames of the write that is under way
+    size_t mInFlightSent QVN_GUARDED_BY(mMutex) = 0;
+    bool mWriting QVN_GUARDED_BY(mMutex) = false;         // a thread is in flush() without the lock
+    bool mAwaitsWritable QVN_GUARDED_BY(mMutex) = false;  // the kernel's buffer is full
+    bool mFlushScheduled QVN_GUARDED_BY(mMutex) = false;
+    Clock::time_point mLastSend QVN_GUARDED_BY(mMutex);
 };
 
 }  // namespace fdb

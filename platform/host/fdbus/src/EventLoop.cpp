@@ -2,12 +2,19 @@
 
 #include <pthread.h>
 
+#include <asio/steady_timer.hpp>
+
 #include <chrono>
 
 namespace fdb {
 
+using qvn::sync::MutexLock;
+
 EventLoop::EventLoop() {
     mWork.emplace(mContext.get_executor());
+    // A first timer opens the loop's own descriptors. Here a lack of them reaches the caller; on the loop it would end
+    // the process.
+    const asio::steady_timer first(mContext);
 }
 
 EventLoop::~EventLoop() {
@@ -19,7 +26,7 @@ EventLoop::~EventLoop() {
 
 bool EventLoop::start(const std::string& threadName, bool inPlace) {
     {
-        std::lock_guard<std::mutex> lock(mMutex);
+        const MutexLock lock(mMutex);
         if (mRunning) {
             return true;
         }
@@ -45,7 +52,7 @@ void EventLoop::run() {
     mContext.run();
     mThreadId = std::thread::id();
 
-    std::lock_guard<std::mutex> lock(mMutex);
+    const MutexLock lock(mMutex);
     mRunning = false;
     runTasksLocked();
 }
@@ -58,11 +65,11 @@ bool EventLoop::join(uint32_t milliseconds) {
     if (isSelf()) {
         return false;
     }
-    std::unique_lock<std::mutex> lock(mMutex);
-    const auto ended = [this] { return !mRunning; };
+    MutexLock lock(mMutex);
+    const auto ended = [this]() QVN_REQUIRES(mMutex) { return !mRunning; };
     if (milliseconds == 0) {
-        mChanged.wait(lock, ended);
-    } else if (!mChanged.wait_for(lock, std::chrono::milliseconds(milliseconds), ended)) {
+        mChanged.wait(lock.native(), ended);
+    } else if (!mChanged.wait_for(lock.native(), std::chrono::milliseconds(milliseconds), ended)) {
         return false;
     }
     std::thread thread = std::move(mThread);
@@ -78,7 +85,7 @@ void EventLoop::runExclusive(const std::function<void()>& task) {
         task();
         return;
     }
-    std::unique_lock<std::mutex> lock(mMutex);
+    MutexLock lock(mMutex);
     if (!mRunning) {
         task();
         return;
@@ -86,25 +93,25 @@ void EventLoop::runExclusive(const std::function<void()>& task) {
     Task pending{&task};
     mTasks.push_back(&pending);
     post([this] {
-        std::lock_guard<std::mutex> running(mMutex);
+        const MutexLock running(mMutex);
         runTasksLocked();
     });
-    mChanged.wait(lock, [&pending] { return pending.done; });
+    mChanged.wait(lock.native(), [&pending] { return pending.done; });
 }
 
 bool EventLoop::waitForSignal(const std::atomic<bool>& done, int32_t milliseconds) {
-    std::unique_lock<std::mutex> lock(mMutex);
-    const auto over = [&] { return done || !mRunning; };
+    MutexLock lock(mMutex);
+    const auto over = [&]() QVN_REQUIRES(mMutex) { return done || !mRunning; };
     if (milliseconds > 0) {
-        mChanged.wait_for(lock, std::chrono::milliseconds(milliseconds), over);
+        mChanged.wait_for(lock.native(), std::chrono::milliseconds(milliseconds), over);
     } else {
-        mChanged.wait(lock, over);
+        mChanged.wait(lock.native(), over);
     }
     return done;
 }
 
 void EventLoop::signal() {
-    std::lock_guard<std::mutex> lock(mMutex);
+    const MutexLock lock(mMutex);
     mChanged.notify_all();
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <sync/Mutex.h>
 #include <asio/executor_work_guard.hpp>
 #include <asio/io_context.hpp>
 #include <asio/post.hpp>
@@ -10,7 +11,6 @@
 #include <deque>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <thread>
@@ -55,17 +55,17 @@ private:
     };
 
     void run();
-    void runTasksLocked();
+    void runTasksLocked() QVN_REQUIRES(mMutex);
 
     asio::io_context mContext{1};
     std::optional<asio::executor_work_guard<asio::io_context::executor_type>> mWork;
     std::atomic<std::thread::id> mThreadId{std::thread::id()};
 
-    std::mutex mMutex;  // guards what follows
+    qvn::sync::Mutex mMutex;
     std::condition_variable mChanged;
-    std::deque<Task*> mTasks;
-    bool mRunning = false;
-    std::thread mThread;
+    std::deque<Task*> mTasks QVN_GUARDED_BY(mMutex);
+    bool mRunning QVN_GUARDED_BY(mMutex) = false;
+    std::thread mThread QVN_GUARDED_BY(mMutex);
 };
 
 }  // namespace fdb

@@ -73,7 +73,7 @@ void ServerHub::closeAll() {
         session.second->connection->close();
     }
     mSessions.clear();
-    std::lock_guard<std::mutex> lock(mMutex);
+    const qvn::sync::MutexLock lock(mMutex);
     mSubscribers.clear();
 }
 
@@ -229,7 +229,7 @@ void ServerHub::onClosed(FdbSessionId_t session) {
 }
 
 void ServerHub::subscribe(ServerSession& session, CFdbMsgSubscribeList& list) {
-    std::lock_guard<std::mutex> lock(mMutex);
+    const qvn::sync::MutexLock lock(mMutex);
     for (const CFdbMsgSubscribeItem& item : list) {
         std::vector<Subscriber>& subscribers = mSubscribers[item.msg_code()];
         const bool known = std::any_of(subscribers.begin(), subscribers.end(), [&](const Subscriber& subscriber) {
@@ -242,7 +242,7 @@ void ServerHub::subscribe(ServerSession& session, CFdbMsgSubscribeList& list) {
 }
 
 void ServerHub::unsubscribe(const ServerSession& session, const CFdbMsgSubscribeList& list) {
-    std::lock_guard<std::mutex> lock(mMutex);
+    const qvn::sync::MutexLock lock(mMutex);
     for (const CFdbMsgSubscribeItem& item : list) {
         const auto found = mSubscribers.find(item.msg_code());
         if (found == mSubscribers.end()) {
@@ -259,7 +259,7 @@ void ServerHub::unsubscribe(const ServerSession& session, const CFdbMsgSubscribe
 }
 
 void ServerHub::forget(const std::shared_ptr<Connection>& connection) {
-    std::lock_guard<std::mutex> lock(mMutex);
+    const qvn::sync::MutexLock lock(mMutex);
     for (auto& code : mSubscribers) {
         std::vector<Subscriber>& subscribers = code.second;
         subscribers.erase(
@@ -270,7 +270,7 @@ void ServerHub::forget(const std::shared_ptr<Connection>& connection) {
 }
 
 bool ServerHub::broadcast(FdbMsgCode_t code, const char* topic, FrameBuilder& frame) {
-    std::lock_guard<std::mutex> lock(mMutex);
+    const qvn::sync::MutexLock lock(mMutex);
     const auto found = mSubscribers.find(code);
     if (found == mSubscribers.end()) {
         return true;

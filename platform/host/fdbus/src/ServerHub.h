@@ -5,13 +5,13 @@
 #include "ServiceAddress.h"
 
 #include <host/DirectoryWatch.h>
+#include <sync/Mutex.h>
 
 #include <asio/posix/stream_descriptor.hpp>
 #include <asio/steady_timer.hpp>
 
 #include <map>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -67,8 +67,8 @@ private:
     std::unique_ptr<asio::steady_timer> mRetry;
     std::map<FdbSessionId_t, std::shared_ptr<ServerSession>> mSessions;
 
-    std::mutex mMutex;
-    std::unordered_map<FdbMsgCode_t, std::vector<Subscriber>> mSubscribers;  // guarded by mMutex
+    qvn::sync::Mutex mMutex;
+    std::unordered_map<FdbMsgCode_t, std::vector<Subscriber>> mSubscribers QVN_GUARDED_BY(mMutex);
 };
 
 }  // namespace fdb

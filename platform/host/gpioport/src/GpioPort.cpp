@@ -24,6 +24,7 @@ constexpr char kLinesDir[] = "gpio";
 constexpr int kUnknown = -1;
 constexpr int kReleased = 1;
 constexpr int kLogError = 1;
+constexpr int kRetryMilliseconds = 100;
 
 thread_local bool onPortThread = false;
 
@@ -53,7 +54,7 @@ bool GpioPort::open() {
     if (onPortThread) {
         return !closing();
     }
-    const std::lock_guard<std::mutex> lock(lifecycleMutex_);
+    const sync::MutexLock lock(lifecycleMutex_);
     return start();
 }
 
@@ -61,29 +62,29 @@ bool GpioPort::watchLine(int line, int edges, Callback callback, void* context) 
     if (onPortThread) {
         return add(line, edges, callback, context);
     }
-    const std::lock_guard<std::mutex> lock(lifecycleMutex_);
+    const sync::MutexLock lock(lifecycleMutex_);
     return start() && add(line, edges, callback, context);
 }
 
 void GpioPort::close() {
     if (onPortThread) {
-        const std::lock_guard<std::mutex> lock(mutex_);
+        const sync::MutexLock lock(mutex_);
         registrations_.clear();
         return;
     }
-    const std::lock_guard<std::mutex> lifecycleLock(lifecycleMutex_);
+    const sync::MutexLock lifecycleLock(lifecycleMutex_);
     if (!thread_.joinable()) {
         return;
     }
     {
-        const std::lock_guard<std::mutex> lock(mutex_);
+        const sync::MutexLock lock(mutex_);
         closing_ = true;
         registrations_.clear();
     }
     eventfd_write(wakeFd_, 1);
     thread_.join();
     release();
-    const std::lock_guard<std::mutex> lock(mutex_);
+    const sync::MutexLock lock(mutex_);
     closing_ = false;
 }
 
@@ -121,7 +122,7 @@ void GpioPort::release() {
 }
 
 bool GpioPort::add(int line, int edges, Callback callback, void* context) {
-    const std::lock_guard<std::mutex> lock(mutex_);
+    const sync::MutexLock lock(mutex_);
     if (closing_) {
         return false;
     }
@@ -137,7 +138,7 @@ bool GpioPort::add(int line, int edges, Callback callback, void* context) {
 }
 
 bool GpioPort::closing() {
-    const std::lock_guard<std::mutex> lock(mutex_);
+    const sync::MutexLock lock(mutex_);
     return closing_;
 }
 
@@ -146,26 +147,32 @@ void GpioPort::run() {
     blockSignals();
     pthread_setname_np(pthread_self(), "gpioport");
     pollfd sources[] = {{watch_.fd(), POLLIN, 0}, {wakeFd_, POLLIN, 0}};
+    bool allRead = true;
     while (!closing()) {
-        if (::poll(sources, 2, -1) > 0 && sources[0].revents != 0) {
+        // Nothing reports the end of what may keep a level from being read, such as a lack of descriptors.
+        const int ready = ::poll(sources, 2, allRead ? -1 : kRetryMilliseconds);
+        if (ready == 0 || (ready > 0 && sources[0].revents != 0)) {
             // Which names changed does not matter: a level that is the same as before is no edge.
             watch_.drain();
-            sample();
+            allRead = sample();
             callPending();
         }
     }
 }
 
-void GpioPort::sample() {
-    const std::lock_guard<std::mutex> lock(mutex_);
+bool GpioPort::sample() {
+    const sync::MutexLock lock(mutex_);
+    bool allRead = true;
     for (Registration& registration : registrations_) {
         const int now = level(registration.line);
+        allRead = allRead && now != kUnknown;
         if (now == kUnknown || now == registration.level) {
             continue;  // a file that is being rewritten is unknown until its writer is done
         }
         registration.level = now;
         registration.pending = (registration.edges & (now == 1 ? kRising : kFalling)) != 0;
     }
+    return allRead;
 }
 
 void GpioPort::callPending() {
@@ -173,7 +180,7 @@ void GpioPort::callPending() {
         Callback callback = nullptr;
         void* context = nullptr;
         {
-            const std::lock_guard<std::mutex> lock(mutex_);
+            const sync::MutexLock lock(mutex_);
             const auto due = std::find_if(registrations_.begin(), registrations_.end(),
                                           [](const Registration& r) { return r.pending; });
             if (due == registrations_.end()) {

@@ -1,10 +1,10 @@
 #pragma once
 
-#include <mutex>
 #include <thread>
 #include <vector>
 
 #include "host/DirectoryWatch.h"
+#include "sync/Mutex.h"
 
 namespace qvn {
 namespace host {
@@ -36,24 +36,26 @@ private:
         bool pending;  // an edge waits for its callback
     };
 
-    bool start();
-    void release();
+    bool start() QVN_REQUIRES(lifecycleMutex_);
+    void release() QVN_REQUIRES(lifecycleMutex_);
     bool add(int line, int edges, Callback callback, void* context);
     void run();
-    void sample();
+    /// Looks for edges. False when a level could not be read.
+    bool sample();
     void callPending();
     bool closing();
 
     // Held while the thread is started and joined. The thread itself never takes it.
-    std::mutex lifecycleMutex_;
-    std::thread thread_;
+    sync::Mutex lifecycleMutex_;
+    std::thread thread_ QVN_GUARDED_BY(lifecycleMutex_);
+    // Changed only while there is no thread; the thread itself reads them without a lock.
     DirectoryWatch watch_;
     int wakeFd_ = -1;
 
     // Never held across a callback.
-    std::mutex mutex_;
-    std::vector<Registration> registrations_;
-    bool closing_ = false;
+    sync::Mutex mutex_;
+    std::vector<Registration> registrations_ QVN_GUARDED_BY(mutex_);
+    bool closing_ QVN_GUARDED_BY(mutex_) = false;
 };
 
 }  // namespace host

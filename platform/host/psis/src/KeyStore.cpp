@@ -1,5 +1,6 @@
 #include "KeyStore.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
@@ -29,8 +30,15 @@ bool isByte(const json& value) {
     return value.is_number_unsigned() && value.get<std::uint64_t>() <= 255;
 }
 
-/** The parser's own text, from the place on: "parse error at line 3, column 7: ...". */
-std::string describe(const json::parse_error& problem) {
+/** A name of the file as one line of text. */
+std::string printable(std::string name) {
+    const auto isControl = [](unsigned char c) { return c < ' ' || c == '\x7F'; };
+    std::replace_if(name.begin(), name.end(), isControl, '?');
+    return name;
+}
+
+/** The parser's own text, from the place on where it names one: "parse error at line 3, column 7: ...". */
+std::string describe(const json::exception& problem) {
     const std::string text = problem.what();
     const std::size_t bracket = text.find("] ");
     return bracket == std::string::npos ? text : text.substr(bracket + 2);
@@ -42,7 +50,7 @@ bool parseKeyStore(const std::string& text, KeyStore* store, std::string* error)
     json document;
     try {
         document = json::parse(text);
-    } catch (const json::parse_error& problem) {
+    } catch (const json::exception& problem) {
         return fail(error, describe(problem));
     }
     if (!document.is_object()) {
@@ -51,12 +59,12 @@ bool parseKeyStore(const std::string& text, KeyStore* store, std::string* error)
     KeyStore result;
     for (const auto& [name, keys] : document.items()) {
         if (!keys.is_object()) {
-            return fail(error, name + ": expected an object of keys");
+            return fail(error, printable(name) + ": expected an object of keys");
         }
         auto& values = result[name];
         for (const auto& [key, value] : keys.items()) {
             if (!isByte(value)) {
-                return fail(error, name + "." + key + ": expected an integer from 0 to 255");
+                return fail(error, printable(name + "." + key) + ": expected an integer from 0 to 255");
             }
             values[key] = value.get<std::uint8_t>();
         }

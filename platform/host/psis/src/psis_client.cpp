@@ -2,11 +2,11 @@
 
 #include <cstring>
 #include <exception>
-#include <mutex>
 #include <optional>
 
 #include "KeyStore.h"
 #include "lgklog/lgklog.h"
+#include "sync/Mutex.h"
 
 namespace {
 
@@ -14,13 +14,13 @@ constexpr int kOk = 0;
 constexpr int kFailed = -1;
 constexpr int kLogError = 1;
 
-std::mutex storeMutex;
-std::optional<qvn::host::KeyStore> loadedStore;  // guarded by storeMutex; empty until initialised
+qvn::sync::Mutex storeMutex;
+std::optional<qvn::host::KeyStore> loadedStore QVN_GUARDED_BY(storeMutex);  // empty until initialised
 
 }  // namespace
 
 int psisInitClient(void) {
-    const std::lock_guard<std::mutex> lock(storeMutex);
+    const qvn::sync::MutexLock lock(storeMutex);
     loadedStore.reset();
     try {
         qvn::host::KeyStore store;
@@ -42,7 +42,7 @@ int psisReadKey(const char* ns, const char* key, int /*user*/, void* buffer, int
         return kFailed;
     }
     try {
-        const std::lock_guard<std::mutex> lock(storeMutex);
+        const qvn::sync::MutexLock lock(storeMutex);
         if (!loadedStore) {
             return kFailed;
         }

@@ -1,0 +1,133 @@
+// A test program of its own: its operator new can be told to fail.
+
+#include <cstdlib>
+#include <functional>
+#include <new>
+#include <thread>
+
+#include "support/CoreTest.h"
+
+namespace {
+
+/// Allocations of this thread that still succeed; negative: all.
+thread_local int allocationsLeft = -1;
+
+}  // namespace
+
+// Not inlined: where the compiler sees malloc or free instead of these it complains of a mismatch.
+[[gnu::noinline]] void* operator new(std::size_t size) {
+    void* const memory = allocationsLeft == 0 ? nullptr : std::malloc(size);
+    if (memory == nullptr) {
+        throw std::bad_alloc();
+    }
+    if (allocationsLeft > 0) {
+        --allocationsLeft;
+    }
+    return memory;
+}
+
+[[gnu::noinline]] void operator delete(void* memory) noexcept {
+    std::free(memory);
+}
+
+[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept {
+    std::free(memory);
+}
+
+namespace {
+
+using namespace qvn::test;
+using namespace qvn::platform::vehicle;
+
+constexpr int kDoor = 0x21400E20;
+constexpr int kCommand = 0x21403033;
+
+class OutOfMemoryTest : public CoreTest {
+protected:
+    /// Runs the action with its first allocation failing, then its second and so on until it needs no more. Each
+    /// failure must come out, and leave no mutex locked: another thread dispatches, reads and sets after it.
+    int failuresOf(const std::function<void()>& action) {
+        int failures = 0;
+        for (bool failed = true; failed; failures += failed ? 1 : 0) {
+            allocationsLeft = failures;
+            try {
+                action();
+                failed = false;
+            } catch (const std::bad_alloc&) {
+                failed = true;
+            }
+            allocationsLeft = -1;
+            std::thread([this] { useEverything(); }).join();
+        }
+        return failures;
+    }
+
+    void useEverything() {
+        EXPECT_TRUE(core->subscribe(&Application::changed, {kDoor}, &Application::status));
+        Application::changes.clear();
+        core->dispatchSingal(value, PROPERTY_TYPE_INT32);
+        EXPECT_EQ(Application::changes.entries().size(), 1u);
+        core->availableSignalCallback(static_cast<VehicleProperty>(kDoor));
+        EXPECT_EQ(Application::changes.entries().size(), 2u);
+        std::vector<int> integers;
+        EXPECT_TRUE(core->getInt32Property(kDoor, integers));
+        EXPECT_EQ(integers, value.value.int32Values);
+        EXPECT_TRUE(core->setInt32Property(kCommand, integers));
+    }
+
+    /// Every payload member is too long to be stored without an allocation.
+    VehiclePropValue value = [] {
+        VehiclePropValue full = intValue(kDoor, 5);
+        full.value.int64Values = {1};
+        full.value.floatValues = {1.0F};
+        full.value.bytes = {1};
+        full.value.stringValue = std::string(100, 'x');
+        return full;
+    }();
+};
+
+TEST_F(OutOfMemoryTest, AFailedCopyComesOutAndUnlocks) {
+    startCoreWithService();
+    useEverything();
+    const std::vector<int> properties = {kDoor};
+    const struct {
+        const char* what;
+        std::function<void()> action;
+        int copies;  // allocations that there are at least
+    } cases[] = {
+        {"getPropValue",
+         [&] {
+             VehiclePropValue out;
+             core->getPropValue(kDoor, &out);
+         },
+         5},
+        {"getBoolProperty",
+         [&] {
+             bool out = false;
+             core->getBoolProperty(kDoor, out);
+         },
+         1},
+        {"getInt32Property",
+         [&] {
+             std::vector<int> out;
+             core->getInt32Property(kDoor, out);
+         },
+         1},
+        {"getStringProperty",
+         [&] {
+             std::string out;
+             core->getStringProperty(kDoor, out);
+         },
+         1},
+        {"subscribe", [&] { core->subscribe(&Application::changed, properties, &Application::status); }, 1},
+        {"dispatchSingal", [&] { core->dispatchSingal(value, PROPERTY_TYPE_INT32); }, 10},
+        {"availableSignalCallback", [&] { core->availableSignalCallback(static_cast<VehicleProperty>(kDoor)); }, 5},
+        {"setPropValue", [&] { core->setPropValue(kCommand, &value); }, 1},
+    };
+    for (const auto& [what, action, copies] : cases) {
+        SCOPED_TRACE(what);
+        EXPECT_GE(failuresOf(action), copies);
+    }
+}
+
+}  // namespace
