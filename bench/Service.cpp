@@ -1,0 +1,62 @@
+// The service of the two-process measurement: broadcasts signals as the CAN service does, at a pace or as fast as it
+// can.
+
+#include "Measure.h"
+
+#include <common_base/CFdbProtoMsgBuilder.h>
+#include <common_base/fdbus.h>
+#include <unistd.h>
+
+#include <vector>
+
+#include "common.base.canservice.pb.h"
+#include "tables/SubscriptionCodes.h"
+
+namespace {
+
+constexpr std::size_t kSignals = 154;  // the subscription list begins with the signals; then come the messages
+
+class Service : public CBaseServer {
+public:
+    explicit Service(CBaseWorker* worker) : CBaseServer("fdbus_can_service", worker) {}
+    ~Service() override { prepareDestroy(); }
+};
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    const bench::Options options = bench::parseOptions(argc, argv);
+    bench::pin(options.processor);
+    bench::Shared& shared = bench::mapShared(options.shared);
+    FDB_CONTEXT->start();
+    CBaseWorker worker("service");
+    worker.start();
+    Service service(&worker);
+    if (!isValidFdbId(service.bind("svc://fdbus_can_service"))) {
+        return 1;
+    }
+    while (!shared.ready) {
+        usleep(1000);
+    }
+
+    const bool paced = options.mode == "paced";
+    std::int64_t next = bench::nowNs();
+    shared.startedNs = next;
+    for (std::uint32_t i = 0; i < options.count; ++i) {
+        // At a pace always the same byte signal, in a burst every signal in turn.
+        const std::size_t which = paced ? 5 : i % kSignals;
+        can_service::BroadcastSignal signal;
+        signal.set_raw_value(std::string{static_cast<char>(i), static_cast<char>(i >> 8)});
+        CFdbProtoMsgBuilder builder(signal);
+        if (paced) {
+            next += options.paceMicroseconds * 1000;
+            bench::sleepUntil(next);
+            shared.sentNs.store(bench::nowNs(), std::memory_order_relaxed);
+        }
+        service.broadcast(static_cast<FdbMsgCode_t>(qvn::tables::kSubscriptionCodes[which]), builder);
+    }
+    for (int i = 0; shared.received != options.count && i < 30000; ++i) {
+        usleep(1000);
+    }
+    return shared.received == options.count ? 0 : 1;
+}
