@@ -1,4 +1,5 @@
 #include <atomic>
+#include <future>
 #include <thread>
 
 #include "support/CoreTest.h"
@@ -9,6 +10,7 @@ using namespace qvn::test;
 using namespace qvn::platform::vehicle;
 
 constexpr int kRounds = 300;
+constexpr int kRoundsPerSession = 30;
 
 class ConcurrencyTest : public CoreTest {};
 
@@ -60,9 +62,17 @@ TEST_F(ConcurrencyTest, EverythingAtOnce) {
         core->setInt32Property(0x21402030, number);
         core->setPropValue(0x21401C23, &value);
     });
-    repeat([] { fake_gpio::edge(0); });
+    repeat([] {
+        fake_gpio::edge(0);
+        fake_gpio::edge(1);
+    });
 
     for (int round = 0; round < kRounds; ++round) {
+        if (round % kRoundsPerSession == 0) {
+            server.reset();
+            server = std::make_unique<CanServiceDouble>();
+            ASSERT_TRUE(server->waitForSubscriptions(1));
+        }
         server->signal(0x031902D0, std::string(1, static_cast<char>(round)));
         server->signal(0x02440F60, "\x01");
         server->signal(0x01384CD0, std::string("\x07\xD0", 2));
@@ -83,6 +93,73 @@ TEST_F(ConcurrencyTest, EverythingAtOnce) {
         [](const std::vector<Change>& all) { return !all.empty() && all.back().value.prop == 0x21400E20; }));
     core.reset();
     EXPECT_GE(delivered.load(), 1);
+}
+
+// Cores come and go while values and interrupts arrive: before the first connection the interrupts become values.
+TEST_F(ConcurrencyTest, ACoreMayGoWhileSignalsAndInterruptsArrive) {
+    constexpr int kCores = 30;
+    std::atomic<bool> done{false};
+    std::thread interrupts([&done] {
+        for (int level = 0; !done; level = 1 - level) {
+            fake_gpio::edge(level);
+        }
+    });
+    std::thread service([&done] {
+        while (!done) {
+            CanServiceDouble comingAndGoing;
+            comingAndGoing.waitForSubscriptions(1);
+            for (int i = 0; i < 100 && !done; ++i) {
+                comingAndGoing.signal(0x031902D0, std::string(1, static_cast<char>(i)));
+                comingAndGoing.messageStatus(0x03190000, i % 2 == 0 ? 64 : 0);
+            }
+        }
+    });
+    for (int i = 0; i < kCores; ++i) {
+        startCore();
+        subscribe({0x21400E20, 0x2140307A});
+        EXPECT_TRUE(Application::changes.waitForSize(static_cast<std::size_t>(i % 3)));
+        core.reset();
+        const std::size_t delivered = Application::changes.entries().size();
+        std::this_thread::yield();
+        EXPECT_EQ(Application::changes.entries().size(), delivered);
+    }
+    startCore();  // for the service that waits for a subscription
+    done = true;
+    interrupts.join();
+    service.join();
+}
+
+// A second application in the same process is the witness that neither the service nor another client waits.
+TEST_F(ConcurrencyTest, ACallbackThatBlocksLosesNothingAndHoldsNobodyUp) {
+    constexpr int kValues = 20000;
+    static Journal<int> witness;
+    witness.clear();
+    startCoreWithService();
+    std::promise<void> release;
+    const std::shared_future<void> released = release.get_future().share();
+    Application::onChange = [released](const Change&) { released.wait(); };
+    core->subscribe(&Application::changed, {0x214053B6}, nullptr);
+    TestCore other;
+    other.init();
+    ASSERT_TRUE(server->waitForSubscriptions(2));
+    other.subscribe([](VehiclePropValue value, PropertyType) { witness.add(value.value.int32Values.at(0)); },
+                    {0x214053B6}, nullptr);
+
+    std::vector<int> expected;
+    for (int value = 0; value < kValues; ++value) {
+        expected.push_back(value);
+        server->signal(0x02746890, {static_cast<char>(value >> 8), static_cast<char>(value)});
+    }
+    ASSERT_TRUE(witness.waitForSize(kValues));
+    EXPECT_EQ(witness.entries(), expected);
+    EXPECT_EQ(Application::changes.entries().size(), 1u);
+    release.set_value();
+    ASSERT_TRUE(Application::changes.waitForSize(kValues));
+    std::vector<int> received;
+    for (const Change& change : Application::changes.entries()) {
+        received.push_back(change.value.value.int32Values.at(0));
+    }
+    EXPECT_EQ(received, expected);
 }
 
 }  // namespace

@@ -86,6 +86,7 @@ bool T21CanSignalAdapter::signalAdapter(int codeId, std::string value, const Veh
                 integers.push_back(static_cast<int>(scaled(word(value), kSpeedFactor)));
                 break;
             case DecodingRule::Switch:
+                integers.reserve(integers.size() + 2);
                 integers.push_back(byteAt(value, 0));
                 integers.push_back(rule->direction);
                 QVN_LOG(Info, rule->logFormat, integers[0], rule->direction);

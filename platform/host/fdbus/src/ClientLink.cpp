@@ -142,6 +142,7 @@ void ClientLink::tryConnect() {
         mConnection = connection;
     }
     mSession = nextSessionId();
+    mHeardFrom = false;
     mOnline = true;
     connection->start(weak_from_this());
     Callbacks::online(mOwner, mSession, true);
@@ -177,8 +178,14 @@ void ClientLink::onClosed() {
         failRequest(mRequests.begin()->first, FDB_ST_OFFLINE, "the service went away");
     }
     Callbacks::offline(mOwner, mSession, true);
-    if (mReconnect) {
+    if (!mReconnect || !mWanted) {
+        return;
+    }
+    if (mHeardFrom) {
         look();
+    } else {
+        errno = ECONNRESET;
+        retryLater("stay connected");  // a service that ends every session would keep this loop busy
     }
 }
 
@@ -186,6 +193,7 @@ bool ClientLink::onFrame(const FrameView& frame) {
     if (frame.kind != FrameKind::Broadcast && frame.kind != FrameKind::Reply && frame.kind != FrameKind::Status) {
         return false;
     }
+    mHeardFrom = true;
     CBaseJob::Ptr job = std::make_shared<CFdbMessage>(frame, mSession, nullptr);
     if (frame.kind == FrameKind::Broadcast) {
         Callbacks::broadcast(mOwner, job);

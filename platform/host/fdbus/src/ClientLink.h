@@ -62,6 +62,7 @@ private:
     std::unique_ptr<asio::steady_timer> mRetry;
     std::map<uint32_t, Request> mRequests;
     FdbSessionId_t mSession = FDB_INVALID_ID;
+    bool mHeardFrom = false;  // something has arrived in this session
 
     std::atomic<bool> mOnline{false};
     std::atomic<bool> mReconnect{true};

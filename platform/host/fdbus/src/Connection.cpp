@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <new>
 
 namespace fdb {
 
@@ -68,7 +69,12 @@ void Connection::onRead(const std::error_code& error, size_t bytes) {
         return;
     }
     mReadEnd += bytes;
-    if (!dispatch(*handler)) {
+    try {
+        if (!dispatch(*handler)) {
+            return;
+        }
+    } catch (const std::bad_alloc&) {
+        end("met a lack of memory");
         return;
     }
     // Move what is left of an incomplete frame to the front, and make room for the whole of it.

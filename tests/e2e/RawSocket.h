@@ -1,0 +1,56 @@
+#pragma once
+
+#include <string>
+
+namespace qvn::e2e {
+
+/// The runtime directory's socket of the CAN service.
+std::string serviceSocket(const std::string& directory);
+
+/// The bus's frame: header, then the payload. `announced` of -1 is the payload's own size.
+std::string frame(int kind, unsigned code, const std::string& payload, int announced = -1, int topic = 0);
+
+constexpr int kSubscribe = 1;
+constexpr int kReply = 5;
+constexpr int kBroadcast = 7;
+
+/// One end of a stream to the other side of the bus, as a program without the bus library has it.
+class RawSocket {
+public:
+    explicit RawSocket(int fd) : fd_(fd) {}
+    /// Connects to a service.
+    explicit RawSocket(const std::string& path);
+    RawSocket(const RawSocket&) = delete;
+    RawSocket& operator=(const RawSocket&) = delete;
+    RawSocket(RawSocket&& other) noexcept;
+    RawSocket& operator=(RawSocket&& other) noexcept;
+    ~RawSocket();
+
+    int fd() const { return fd_; }
+    /// False when the other side has ended the stream.
+    bool write(const std::string& bytes) const;
+    /// Waits for the first bytes; empty when the stream has ended, or nothing came for a long time.
+    std::string read() const;
+    /// Reads until the other side ends the stream; false when it does not.
+    bool ends() const;
+
+private:
+    int fd_;
+};
+
+/// The CAN service's socket in hostile hands.
+class HostileService {
+public:
+    explicit HostileService(const std::string& directory);
+    ~HostileService();
+    HostileService(const HostileService&) = delete;
+    HostileService& operator=(const HostileService&) = delete;
+
+    /// Waits for a client.
+    RawSocket accept() const;
+
+private:
+    int fd_;
+};
+
+}  // namespace qvn::e2e

@@ -1,0 +1,158 @@
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <string>
+
+#include "e2e/Process.h"
+#include "e2e/RawSocket.h"
+#include "e2e/WatchOutput.h"
+
+namespace qvn::e2e {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr uid_t kOtherUser = 65534;
+constexpr int kThrew = 99;
+
+/// What the action returns when another user runs it.
+int asOtherUser(const std::function<int()>& action) {
+    const pid_t child = fork();
+    if (child == 0) {
+        int result = kThrew;
+        try {
+            result = setgid(kOtherUser) == 0 && setuid(kOtherUser) == 0 ? action() : -1;
+        } catch (...) {
+        }
+        _exit(result);
+    }
+    int status = -1;
+    waitpid(child, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+class OtherUser : public testing::Test {
+protected:
+    void SetUp() override {
+        if (geteuid() != 0) {
+            GTEST_SKIP() << "only root can act as another user";
+        }
+    }
+    const Desk desk;
+    const std::string socket = serviceSocket(desk.directory());
+};
+
+TEST_F(OtherUser, ReachesNothingInTheRuntimeDirectory) {
+    const auto simulator = desk.simulator();
+    EXPECT_EQ(asOtherUser([&] { return RawSocket(socket).fd(); }), kThrew) << "connect";
+    EXPECT_EQ(asOtherUser([&] { return HostileService(desk.directory()).accept().fd(); }), kThrew) << "bind";
+    EXPECT_EQ(asOtherUser([&] { return access(socket.c_str(), F_OK) == 0 ? 0 : errno; }), EACCES);
+    EXPECT_EQ(asOtherUser([&] { return unlink(socket.c_str()) == 0 ? 0 : errno; }), EACCES);
+    EXPECT_EQ(asOtherUser([&] { return rename(socket.c_str(), "/tmp/taken") == 0 ? 0 : errno; }), EACCES);
+    EXPECT_EQ(asOtherUser([&] {
+                  setenv("QVN_HOST_DIR", desk.directory().c_str(), 1);
+                  execl(QVN_SIMULATOR, QVN_SIMULATOR, "-q", nullptr);
+                  return kThrew;
+              }),
+              1)
+        << "offer the service";
+    EXPECT_EQ(desk.runVehiclectl({"get", kWord}).exitCode, 0);
+}
+
+// The permissions of the directory are the first line only.
+TEST_F(OtherUser, IsRefusedAlsoWhereTheDirectoryWasOpened) {
+    const auto simulator = desk.simulator();
+    const auto watch = desk.vehiclectl({"watch", kWord});
+    ASSERT_TRUE(watch->waitForOutput("available"));
+    ASSERT_EQ(chmod(desk.directory().c_str(), 0777), 0);
+    ASSERT_EQ(chmod(socket.c_str(), 0777), 0);
+    EXPECT_EQ(asOtherUser([&] {
+                  const RawSocket client(socket);
+                  client.write(frame(kSubscribe, 0, {'\x90', '\x68', '\x74', '\x02', '\0', '\0'}));
+                  return client.read().empty() && client.ends() ? 0 : 1;
+              }),
+              0)
+        << "a client of another user is sent away without a value";
+    simulator->signal(SIGKILL);
+    simulator->wait();
+    EXPECT_NE(simulator->errors().find("belongs to user 65534 and is refused"), std::string::npos);
+
+    EXPECT_EQ(asOtherUser([&] {
+                  const RawSocket client = HostileService(desk.directory()).accept();
+                  return client.read().empty() && client.ends() ? 0 : 1;
+              }),
+              0)
+        << "a client does not talk to a service of another user";
+    ASSERT_EQ(chmod(desk.directory().c_str(), 0700), 0);
+    const auto again = desk.simulator();
+    again->write(wordLine(1));
+    EXPECT_TRUE(waitForValue(*watch, kWord, 1));
+}
+
+TEST(Security, WhatLiesInTheWayOfAServiceGivesWayOrStopsItButIsNeverFollowed) {
+    const struct {
+        const char* file;
+        bool directory;
+        bool starts;
+    } cases[] = {
+        {"fdbus_can_service.sock", false, true},  {"fdbus_can_service.new", false, true},
+        {"fdbus_can_service.lock", false, false}, {"fdbus_can_service.sock", true, false},
+        {"fdbus_can_service.lock", true, false},
+    };
+    for (const auto& [file, directory, starts] : cases) {
+        SCOPED_TRACE(std::string(file) + (directory ? " is a directory" : " is a link"));
+        const Desk desk;
+        const std::string path = desk.directory() + "/" + file;
+        const std::string victim = desk.file("victim", "untouched");
+        if (directory) {
+            fs::create_directories(path + "/full");
+        } else {
+            fs::create_symlink(victim, path);
+        }
+        if (starts) {
+            const auto simulator = desk.simulator();
+            EXPECT_EQ(desk.runVehiclectl({"get", kWord}).exitCode, 0);
+        } else {
+            EXPECT_EQ(desk.runSimulator({}).exitCode, 1);
+        }
+        std::string content;
+        std::ifstream(victim) >> content;
+        EXPECT_EQ(content, "untouched");
+        EXPECT_TRUE(fs::is_regular_file(victim));
+    }
+}
+
+TEST(Security, NoSocketLeavesTheMachine) {
+    const Desk desk;
+    const auto simulator = desk.simulator();
+    const auto watch = desk.vehiclectl({"watch", kWord});
+    ASSERT_TRUE(watch->waitForOutput("available"));
+    for (const Process* const process : {simulator.get(), watch.get()}) {
+        const std::string proc = "/proc/" + std::to_string(process->pid());
+        std::string unixSockets;
+        std::getline(std::ifstream(proc + "/net/unix"), unixSockets, '\0');
+        int sockets = 0;
+        for (const auto& descriptor : fs::directory_iterator(proc + "/fd")) {
+            const std::string target = fs::read_symlink(descriptor).string();
+            if (target.rfind("socket:[", 0) == 0) {
+                ++sockets;
+                const std::string inode = " " + target.substr(8, target.size() - 9);
+                EXPECT_TRUE(unixSockets.find(inode + " ") != std::string::npos ||
+                            unixSockets.find(inode + "\n") != std::string::npos)
+                    << target << " is no unix-domain socket";
+            }
+        }
+        EXPECT_GE(sockets, 1);
+    }
+}
+
+}  // namespace
+}  // namespace qvn::e2e
