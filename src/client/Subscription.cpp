@@ -14,13 +14,13 @@ namespace {
 
 constexpr int kClockFailedLine = 179;
 
-/// Looks at every element: without an early end the compiler compares several at a time.
+/// Counts instead of stopping at the first one, which lets the compiler compare several at a time.
 bool contains(const std::vector<int>& ids, int id) {
-    bool found = false;
+    int matches = 0;
     for (const int candidate : ids) {
-        found |= candidate == id;
+        matches += candidate == id ? 1 : 0;
     }
-    return found;
+    return matches != 0;
 }
 
 }  // namespace
@@ -32,15 +32,15 @@ class QVN_SCOPED_LOCK VehicleClientImpl::DispatchLock {
 public:
     explicit DispatchLock(VehicleClientImpl& core) QVN_ACQUIRE(core.cacheMutex) QVN_UNCHECKED_LOCKING
         : mCore(core),
-          mOutermost(core.dispatchThread != std::this_thread::get_id()) {
+          mOutermost(core.dispatchThread.load(std::memory_order_relaxed) != std::this_thread::get_id()) {
         if (mOutermost) {
             mCore.cacheMutex.lock();
-            mCore.dispatchThread = std::this_thread::get_id();
+            mCore.dispatchThread.store(std::this_thread::get_id(), std::memory_order_relaxed);
         }
     }
     ~DispatchLock() QVN_RELEASE() QVN_UNCHECKED_LOCKING {
         if (mOutermost) {
-            mCore.dispatchThread = std::thread::id();
+            mCore.dispatchThread.store(std::thread::id(), std::memory_order_relaxed);
             mCore.cacheMutex.unlock();
         }
     }

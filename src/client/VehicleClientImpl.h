@@ -94,7 +94,7 @@ protected:
     std::vector<int> subscribedIds QVN_GUARDED_BY(stateMutex);
 
     sync::Mutex stateMutex;
-    // The thread that holds cacheMutex for a dispatch.
+    // The thread that holds cacheMutex for a dispatch. Only that thread can find itself here: no order is needed.
     std::atomic<std::thread::id> dispatchThread{std::thread::id()};
 };
 
