@@ -95,11 +95,10 @@ TEST_F(VehicleClientTest, TheNotificationMembersDoNothing) {
 
 TEST_F(VehicleClientTest, AFailedStartLeavesAnInstanceThatRefuses) {
     FakePsis::instance().initResult = 1;
-    VehicleClient* const client = VehicleClient::getInstance();
-    ASSERT_NE(client, nullptr);
-    EXPECT_FALSE(client->subscribe(&Application::changed, {0x21600E1F}, nullptr));
+    VehicleClient client;
+    EXPECT_FALSE(client.subscribe(&Application::changed, {0x21600E1F}, nullptr));
     VehiclePropValue value;
-    EXPECT_FALSE(client->getPropValue(0x21600E1F, &value));
+    EXPECT_FALSE(client.getPropValue(0x21600E1F, &value));
 }
 
 TEST_F(VehicleClientTest, AProcessMayExitWithTheSingletonAliveUnderTraffic) {

@@ -60,16 +60,14 @@ TEST(BadInput, VehiclectlTellsWhatIsWrong) {
 TEST(BadInput, VehiclectlWithoutAUsableClientFailsAtOnce) {
     const Desk desk;
     desk.file("vehicle.json", "{\"config_qvn\": ");
-    const char* const error = "vehiclectl: the vehicle client could not start; the option -v shows why\n";
+    const char* const error = "vehiclectl: the vehicle client could not start; its log says why, more of it with -v\n";
     for (const std::vector<std::string>& arguments :
          {std::vector<std::string>{"get", "ESP_FD2_VehSpd"}, {"watch"}, {"set", "HUT6_CarMdlDispCmd", "1"}}) {
         const auto result = desk.runVehiclectl(arguments);
         EXPECT_EQ(result.exitCode, 1);
-        EXPECT_EQ(result.errors, error);
+        EXPECT_NE(result.errors.find(error), std::string::npos) << result.errors;
+        EXPECT_NE(result.errors.find("vehicle.json"), std::string::npos) << result.errors;
     }
-    const auto verbose = desk.runVehiclectl({"-v", "get", "ESP_FD2_VehSpd"});
-    EXPECT_EQ(verbose.exitCode, 1);
-    EXPECT_NE(verbose.errors.find("vehicle.json"), std::string::npos) << verbose.errors;
 }
 
 TEST(BadInput, SimulatorTellsWhatIsWrong) {
@@ -123,11 +121,16 @@ TEST(BadInput, ASecondSimulatorOfTheSameNameIsRefused) {
 TEST(BadInput, ARuntimeDirectoryThatCannotBeUsedIsNamed) {
     const Desk desk;
     const std::string below = desk.file("plain", "") + "/dir";
-    const auto result = desk.runSimulator({}, {{"QVN_HOST_DIR", below}});
-    EXPECT_EQ(result.exitCode, 1);
-    EXPECT_EQ(result.errors.rfind("can-service-sim: ", 0), 0U) << result.errors;
-    EXPECT_NE(result.errors.find(below), std::string::npos) << result.errors;
-    EXPECT_EQ(std::count(result.errors.begin(), result.errors.end(), '\n'), 1) << result.errors;
+    const std::pair<const char*, Desk::Result> results[] = {
+        {"can-service-sim: ", desk.runSimulator({}, {{"QVN_HOST_DIR", below}})},
+        {"vehiclectl: ", desk.runVehiclectl({"get", "ESP_FD2_VehSpd"}, {{"QVN_HOST_DIR", below}})},
+    };
+    for (const auto& [tool, result] : results) {
+        EXPECT_EQ(result.exitCode, 1);
+        EXPECT_EQ(result.errors.rfind(tool, 0), 0U) << result.errors;
+        EXPECT_NE(result.errors.find(below), std::string::npos) << result.errors;
+        EXPECT_EQ(std::count(result.errors.begin(), result.errors.end(), '\n'), 1) << result.errors;
+    }
 }
 
 }  // namespace

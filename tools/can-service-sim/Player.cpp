@@ -4,8 +4,8 @@
 #include <cstdio>
 #include <utility>
 
-#include "can-service-sim/DeskPlatform.h"
 #include "common/BadInput.h"
+#include "common/DeskPlatform.h"
 #include "common/PhysicalValue.h"
 #include "common/SignalNames.h"
 

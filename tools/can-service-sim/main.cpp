@@ -7,10 +7,10 @@
 #include <string>
 #include <vector>
 
-#include "can-service-sim/DeskPlatform.h"
 #include "can-service-sim/LineReader.h"
 #include "can-service-sim/Player.h"
 #include "common/BadInput.h"
+#include "common/DeskPlatform.h"
 #include "common/PhysicalValue.h"
 #include "common/SignalNames.h"
 #include "tables/MessageCatalogue.h"

@@ -4,8 +4,10 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <string>
 
 #include "common/BadInput.h"
+#include "common/DeskPlatform.h"
 
 namespace qvn::tools {
 
@@ -34,10 +36,15 @@ Clock::time_point inSeconds(double seconds) {
 }
 
 bool startFeed(const std::vector<int>& ids) {
+    std::string error;
+    if (!prepareDesk(&error)) {
+        printError(error);
+        return false;
+    }
     if (PropertyFeed::instance().subscribe(ids)) {
         return true;
     }
-    printError("the vehicle client could not start; the option -v shows why");
+    printError("the vehicle client could not start; its log says why, more of it with -v");
     return false;
 }
 

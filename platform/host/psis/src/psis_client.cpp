@@ -12,7 +12,7 @@ namespace {
 
 constexpr int kOk = 0;
 constexpr int kFailed = -1;
-constexpr int kLogError = 1;
+constexpr int kLogFatal = 0;  // no client starts without its variant
 
 qvn::sync::Mutex storeMutex;
 std::optional<qvn::host::KeyStore> loadedStore QVN_GUARDED_BY(storeMutex);  // empty until initialised
@@ -26,13 +26,13 @@ int psisInitClient(void) {
         qvn::host::KeyStore store;
         std::string error;
         if (!qvn::host::loadKeyStore(&store, &error)) {
-            lgklog_print(kLogError, "[%s][%d]%s", __func__, __LINE__, error.c_str());
+            lgklog_print(kLogFatal, "[%s][%d]%s", __func__, __LINE__, error.c_str());
             return kFailed;
         }
         loadedStore = std::move(store);
         return kOk;
     } catch (const std::exception& problem) {
-        lgklog_print(kLogError, "[%s][%d]%s", __func__, __LINE__, problem.what());
+        lgklog_print(kLogFatal, "[%s][%d]%s", __func__, __LINE__, problem.what());
         return kFailed;
     }
 }

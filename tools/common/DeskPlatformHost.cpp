@@ -5,7 +5,7 @@
 #include <cstring>
 #include <fstream>
 
-#include "can-service-sim/DeskPlatform.h"
+#include "common/DeskPlatform.h"
 #include "host/RuntimeDir.h"
 
 namespace qvn::tools {

@@ -1,4 +1,4 @@
-#include "can-service-sim/DeskPlatform.h"
+#include "common/DeskPlatform.h"
 
 namespace qvn::tools {
 

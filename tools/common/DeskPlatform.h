@@ -6,7 +6,7 @@ namespace qvn::tools {
 
 /// What differs between a host and a bench with the head unit's own platform libraries.
 
-/// Checks that services can be offered here at all. On failure `error` is one sentence for the user.
+/// Checks that services can be offered and reached here at all. On failure `error` is one sentence for the user.
 bool prepareDesk(std::string* error);
 
 /// Moves the reverse line; 1 engaged (line low). On failure `error` is one sentence for the user.
