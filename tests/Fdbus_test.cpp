@@ -101,7 +101,7 @@ protected:
         Text current("current " + std::to_string(item->msg_code()));
         message->broadcast(item->msg_code(), current);
         subscribed.add(item->msg_code());
-        FDB_END_FOREACH_SIGNAL()
+        FDB_END_FOREACH_SIGNAL();
     }
 };
 
@@ -143,6 +143,16 @@ protected:
 private:
     std::vector<int> mCodes;
     const char* mTopic;
+};
+
+/// A client of code 1 whose callback does not return before it is released.
+class BlockedClient : public Client {
+public:
+    explicit BlockedClient(CBaseWorker* worker) : Client(worker, {1}) {
+        onValue = [released = release.get_future().share()](const std::string&) { released.wait(); };
+    }
+
+    std::promise<void> release;
 };
 
 class FdbusTest : public testing::Test {
@@ -350,10 +360,7 @@ TEST_F(FdbusTest, MalformedFramesEndTheirSessionOnly) {
 TEST_F(FdbusTest, LargePayloadsAndBlockedReceivers) {
     Server server(&serverWorker);
     server.bind(kUrl);
-    Client client(&clientWorker, {1});
-    std::promise<void> release;
-    const std::shared_future<void> released = release.get_future().share();
-    client.onValue = [released](const std::string&) { released.wait(); };
+    BlockedClient client(&clientWorker);
     client.connect(kUrl);
     server.subscribed.waitFor(1);
     const std::string large(1 << 20, 'x');
@@ -363,7 +370,7 @@ TEST_F(FdbusTest, LargePayloadsAndBlockedReceivers) {
         Text small(std::to_string(i));
         ASSERT_TRUE(server.broadcast(1, small));
     }
-    release.set_value();
+    client.release.set_value();
     const std::vector<std::string> received = client.broadcasts.waitFor(41);
     ASSERT_EQ(41u, received.size());
     EXPECT_EQ(large, received[39]);
@@ -373,10 +380,7 @@ TEST_F(FdbusTest, LargePayloadsAndBlockedReceivers) {
 TEST_F(FdbusTest, ClientThatFallsTooFarBehindIsCutOffAndComesBack) {
     Server server(&serverWorker);
     server.bind(kUrl);
-    Client client(&clientWorker, {1});
-    std::promise<void> release;
-    const std::shared_future<void> released = release.get_future().share();
-    client.onValue = [released](const std::string&) { released.wait(); };
+    BlockedClient client(&clientWorker);
     client.connect(kUrl);
     server.subscribed.waitFor(1);
     const std::string large(1 << 20, 'x');
@@ -385,7 +389,7 @@ TEST_F(FdbusTest, ClientThatFallsTooFarBehindIsCutOffAndComesBack) {
         server.broadcast(1, text);
     }
     EXPECT_EQ("last offline", server.sessions.waitFor(2).back());
-    release.set_value();
+    client.release.set_value();
     EXPECT_EQ((std::vector<std::string>{"online", "offline", "online"}), client.state.waitFor(3));
     EXPECT_EQ(2u, server.subscribed.waitFor(2).size()) << "it gets current values again";
 }

@@ -63,7 +63,7 @@ void CanServiceDouble::onSubscribe(CBaseJob::Ptr& job) {
         CFdbProtoMsgBuilder builder(current);
         message->broadcast(item->msg_code(), builder);
     }
-    FDB_END_FOREACH_SIGNAL()
+    FDB_END_FOREACH_SIGNAL();
     subscriptions.add(codes);
 }
 

@@ -46,7 +46,7 @@ protected:
             answer(*request, static_cast<std::uint32_t>(item->msg_code()));
             ++codes;
         }
-        FDB_END_FOREACH_SIGNAL()
+        FDB_END_FOREACH_SIGNAL();
         service_.observer_.onSubscribe(codes);
     }
 
