@@ -23,7 +23,7 @@ class VehicleClientImpl;
 class QVN_VEHICLE_API VehicleClient {
 public:
     /// The process's client; the first call creates it, connects in the background and returns without waiting for
-    /// the CAN service. It lives until the process ends and need not be destroyed.
+    /// the CAN service. It lives until the process ends and must not be deleted.
     static VehicleClient* getInstance();
 
     VehicleClient();

@@ -15,12 +15,10 @@ void T21CanServiceFdbusClient::feedbackSignalStatus(int code_id, VehicleProperty
     QVN_LOG_AT(Error, kEntryLogLine, "[%s][%d]feedbackSignalStatus code_id :%d", code_id);
 
     const qvn::tables::MessageRow* const message = qvn::tables::findMessage(static_cast<std::uint32_t>(code_id));
-    const SetErrorCallback report = errorCallback;
     const VehilceClientInfo* const table = signal_table_;
-    if (message == nullptr || report == nullptr || table == nullptr) {
+    if (message == nullptr || errorCallback == nullptr || table == nullptr) {
         return;
     }
-    const AvailableSignalCallback replay = currentAvailableCallback();
 
     for (std::size_t s = 0; s < message->signalCount; ++s) {
         const SignalListRow& signal = message->signals[s];
@@ -30,9 +28,14 @@ void T21CanServiceFdbusClient::feedbackSignalStatus(int code_id, VehicleProperty
                 continue;
             }
             const int property = static_cast<int>(row.property);
-            report(property, status);
-            if (status == VEHICLE_PROPERTY_STATUS_AVAILABLE && replay) {
-                replay(static_cast<VehicleProperty>(property));
+            // An application may subscribe anew from inside its callback; the rest of the message is for the new one.
+            if (const SetErrorCallback report = errorCallback) {
+                report(property, status);
+            }
+            if (status == VEHICLE_PROPERTY_STATUS_AVAILABLE) {
+                if (const AvailableSignalCallback replay = currentAvailableCallback()) {
+                    replay(static_cast<VehicleProperty>(property));
+                }
             }
             QVN_LOG_AT(Info, message->logLine, message->logFormat, static_cast<int>(row.codeId), signal.name, property,
                        static_cast<int>(status));

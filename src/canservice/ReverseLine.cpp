@@ -51,7 +51,13 @@ void T21CanServiceFdbusClient::registerErrSignalCallback(SetErrorCallback callba
         sendPasworkCmd(kCloseViews);
         QVN_LOG(Info, "[%s][%d]T22CanServiceFdbusClient gpio high level interrupt to close AVM/RVC/HAP!");
     }
+    if (stopped) {
+        return;
+    }
     gpioport_irq_func_register(kReverseLine, kBothEdges, &T21CanServiceFdbusClient::gpioIsrCallback, this);
+    if (stopped) {
+        gpioport_exit();  // stop() came in between
+    }
 }
 
 // The texts name neither this class nor always the level that was read; log analysis knows them this way.

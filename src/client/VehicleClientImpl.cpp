@@ -145,7 +145,9 @@ bool VehicleClientImpl::getTimestamp(long& out) {
 }
 
 void VehicleClientImpl::quiesce() {
-    if (serviceManager && !isSelf()) {
+    // A thread that is inside a dispatch holds cacheMutex, for which the worker may be waiting.
+    const bool dispatches = dispatchThread.load(std::memory_order_relaxed) == std::this_thread::get_id();
+    if (serviceManager && !isSelf() && !dispatches) {
         serviceManager->stop();
     }
 }

@@ -64,7 +64,8 @@ public:
     bool setByteProperty(int property, std::vector<unsigned char>& value);
     bool setStringProperty(int property, std::string& value);
 
-    /// Ends all callbacks, for good, without giving anything up; does nothing on the worker itself.
+    /// Ends all callbacks, for good, without giving anything up; does nothing on the worker itself and inside a
+    /// dispatch.
     void quiesce();
 
 private:
