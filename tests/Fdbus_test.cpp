@@ -151,6 +151,7 @@ public:
     explicit BlockedClient(CBaseWorker* worker) : Client(worker, {1}) {
         onValue = [released = release.get_future().share()](const std::string&) { released.wait(); };
     }
+    ~BlockedClient() override { prepareDestroy(); }
 
     std::promise<void> release;
 };
