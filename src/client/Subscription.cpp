@@ -1,4 +1,3 @@
-#include <algorithm>
 #include <utility>
 #include <vector>
 
@@ -13,15 +12,6 @@ namespace vehicle {
 namespace {
 
 constexpr int kClockFailedLine = 179;
-
-/// Counts instead of stopping at the first one, which lets the compiler compare several at a time.
-bool contains(const std::vector<int>& ids, int id) {
-    int matches = 0;
-    for (const int candidate : ids) {
-        matches += candidate == id ? 1 : 0;
-    }
-    return matches != 0;
-}
 
 }  // namespace
 
@@ -89,15 +79,11 @@ void VehicleClientImpl::dispatchSingal(VehiclePropValue value, PropertyType type
     PropertyChangedCallback callback = nullptr;
     {
         const sync::MutexLock state(stateMutex);
-        const auto matches = [&value](const VehicleClientProperty& record) {
-            return record.propValue.prop == value.prop;
-        };
-        for (auto record = std::find_if(propertyCache.begin(), propertyCache.end(), matches);
-             record != propertyCache.end(); record = std::find_if(record + 1, propertyCache.end(), matches)) {
-            record->propValue = value;
-            record->propertyType = type;
+        for (std::size_t at = findRecord(value.prop); at != propertyCache.size(); at = findRecord(value.prop, at + 1)) {
+            propertyCache[at].propValue = value;
+            propertyCache[at].propertyType = type;
         }
-        if (contains(subscribedIds, value.prop)) {
+        if (tables::findIdentifier(subscribedIds, value.prop) != subscribedIds.size()) {
             callback = propertyChangedCallback;
         }
     }
@@ -111,14 +97,12 @@ void VehicleClientImpl::availableSignalCallback(VehicleProperty property) {
     VehicleClientProperty copy;
     {
         const sync::MutexLock state(stateMutex);
-        const auto record = std::find_if(
-            propertyCache.begin(), propertyCache.end(),
-            [property](const VehicleClientProperty& candidate) { return candidate.propValue.prop == property; });
-        if (record == propertyCache.end() || propertyChangedCallback == nullptr) {
+        const std::size_t at = findRecord(property);
+        if (at == propertyCache.size() || propertyChangedCallback == nullptr) {
             return;
         }
         callback = propertyChangedCallback;
-        copy = *record;
+        copy = propertyCache[at];
     }
     callback(std::move(copy.propValue), copy.propertyType);
 }

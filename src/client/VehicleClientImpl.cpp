@@ -59,7 +59,7 @@ void VehicleClientImpl::init() {
     serviceManager->setFuncType(functionType);
     // A lambda with one pointer fits into std::function, so that copying it on the receive path allocates nothing.
     serviceManager->registerSignalCallback(
-        [this](VehiclePropValue value, PropertyType type) { dispatchSingal(std::move(value), type); });
+        [this](VehiclePropValue&& value, PropertyType type) { dispatchSingal(std::move(value), type); });
     serviceManager->init();
 }
 
@@ -131,6 +131,7 @@ void VehicleClientImpl::initSignalTable(FUNCTION_TYPE type) {
         record.propValue.prop = static_cast<std::int32_t>(row.property);
         record.propValue.status = row.status;
         record.propertyType = static_cast<PropertyType>(row.propertyType);
+        cachedIds.push_back(record.propValue.prop);
         propertyCache.push_back(std::move(record));
     }
 }
