@@ -46,7 +46,7 @@ struct Library {
         core.subscribe(changed, properties, nullptr);
         client.setFuncSignalTable(hap_signal_table);
         client.registerSignalCallback(
-            [this](VehiclePropValue value, PropertyType type) { core.dispatchSingal(std::move(value), type); });
+            [this](VehiclePropValue&& value, PropertyType type) { core.dispatchSingal(std::move(value), type); });
         client.registerAvailableSignalCallabck(
             [this](VehicleProperty property) { core.availableSignalCallback(property); });
         client.registerErrSignalCallback(statusChanged);

@@ -45,12 +45,14 @@ int main(int argc, char** argv) {
     for (std::uint32_t i = 0; i < options.count; ++i) {
         // At a pace always the same byte signal, in a burst every signal in turn.
         const std::size_t which = paced ? 5 : i % kSignals;
+        if (paced) {
+            next += options.paceMicroseconds * 1000;
+            bench::sleepUntil(next);
+        }
         can_service::BroadcastSignal signal;
         signal.set_raw_value(std::string{static_cast<char>(i), static_cast<char>(i >> 8)});
         CFdbProtoMsgBuilder builder(signal);
         if (paced) {
-            next += options.paceMicroseconds * 1000;
-            bench::sleepUntil(next);
             shared.sentNs.store(bench::nowNs(), std::memory_order_relaxed);
         }
         service.broadcast(static_cast<FdbMsgCode_t>(qvn::tables::kSubscriptionCodes[which]), builder);
