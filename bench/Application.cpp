@@ -6,7 +6,6 @@
 #include <unistd.h>
 #include <vehicle/VehicleClient.h>
 
-#include <algorithm>
 #include <memory>
 #include <vector>
 
@@ -39,10 +38,8 @@ int main(int argc, char** argv) {
     receiver = owner.get();
     sem_init(&finished, 0, 0);
 
-    const std::size_t rows = options.subscribed == 0 ? qvn::tables::kSignalTableRows
-                                                     : std::min(options.subscribed, qvn::tables::kSignalTableRows);
     std::vector<int> properties;
-    for (std::size_t row = 0; row < rows; ++row) {
+    for (std::size_t row = 0; row < qvn::tables::kSignalTableRows; ++row) {
         properties.push_back(static_cast<int>(hap_signal_table[row].property));
     }
     VehicleClient* client = VehicleClient::getInstance();

@@ -27,6 +27,15 @@ void signalToCallback(benchmark::State& state, can_service::CodeIdEnum code) {
         benchmark::Counter(static_cast<double>(bench::allocationCount() - before), benchmark::Counter::kAvgIterations);
 }
 
+/// A byte signal, the last of `state.range(0)` subscribed properties.
+void signalAmongSubscribed(benchmark::State& state) {
+    std::vector<int> properties(static_cast<std::size_t>(state.range(0)) - 1);
+    properties.push_back(propertyOfRow(240));
+    library().core.subscribe(changed, properties, nullptr);
+    signalToCallback(state, can_service::QVN_GET_DCT_FD4_DrvModDisp_0x236);
+    library().core.subscribe(changed, everyProperty(), nullptr);
+}
+
 void statusToCallbacks(benchmark::State& state, std::uint32_t status) {
     can_service::BroadcastMessageStatus content;
     content.set_msg_status(status);
@@ -34,10 +43,6 @@ void statusToCallbacks(benchmark::State& state, std::uint32_t status) {
     for (auto _ : state) {
         library().client.onBroadcast(job);
     }
-}
-
-int propertyOfRow(std::size_t row) {
-    return static_cast<int>(hap_signal_table[row].property);
 }
 
 void getter(benchmark::State& state) {
@@ -67,6 +72,7 @@ BENCHMARK_CAPTURE(signalToCallback, vehicle_speed, can_service::QVN_GET_ESP_FD2_
 BENCHMARK_CAPTURE(signalToCallback, steering_angle, can_service::QVN_GET_CSA2_SteerWheelAng);
 BENCHMARK_CAPTURE(signalToCallback, wheel_speed, can_service::QVN_GET_ABS1_FLWheelSpd);
 BENCHMARK_CAPTURE(signalToCallback, switch, can_service::QVN_GET_CSA3_SeekDwnSwtSts);
+BENCHMARK(signalAmongSubscribed)->Arg(1)->Arg(60)->Arg(241);
 BENCHMARK(getter)->Name("getInt32Property/last_row");
 BENCHMARK(wholeValueGetter)->Name("getPropValue/last_row");
 BENCHMARK(setter)->Name("signalFeedback/to_bus_object");

@@ -36,14 +36,21 @@ public:
     using T21CanServiceFdbusClient::T21CanServiceFdbusClient;
 };
 
+inline int propertyOfRow(std::size_t row) {
+    return static_cast<int>(hap_signal_table[row].property);
+}
+inline std::vector<int> everyProperty() {
+    std::vector<int> properties;
+    for (std::size_t row = 0; row < qvn::tables::kSignalTableRows; ++row) {
+        properties.push_back(propertyOfRow(row));
+    }
+    return properties;
+}
+
 struct Library {
     Library() : client("bench", nullptr) {
         core.init();
-        std::vector<int> properties;
-        for (std::size_t row = 0; row < qvn::tables::kSignalTableRows; ++row) {
-            properties.push_back(static_cast<int>(hap_signal_table[row].property));
-        }
-        core.subscribe(changed, properties, nullptr);
+        core.subscribe(changed, everyProperty(), nullptr);
         client.setFuncSignalTable(hap_signal_table);
         client.registerSignalCallback(
             [this](VehiclePropValue&& value, PropertyType type) { core.dispatchSingal(std::move(value), type); });

@@ -21,9 +21,7 @@ std::int64_t readClock(clockid_t clock) {
 }
 
 [[noreturn]] void usage(const char* program) {
-    std::fprintf(stderr,
-                 "usage: %s paced|burst COUNT SHARED [--cpu N] [--sender-cpu N] [--pace MICROSECONDS] "
-                 "[--subscribe ROWS]\n",
+    std::fprintf(stderr, "usage: %s paced|burst COUNT SHARED [--cpu N] [--sender-cpu N] [--pace MICROSECONDS]\n",
                  program);
     std::exit(2);
 }
@@ -75,8 +73,6 @@ Options parseOptions(int argc, char** argv) {
             options.processor = std::atoi(argv[i + 1]);
         } else if (name == "--pace") {
             options.paceMicroseconds = std::atoi(argv[i + 1]);
-        } else if (name == "--subscribe") {
-            options.subscribed = std::strtoul(argv[i + 1], nullptr, 10);
         } else if (name == "--sender-cpu") {
             options.senderProcessor = std::atoi(argv[i + 1]);
         } else {
@@ -87,6 +83,11 @@ Options parseOptions(int argc, char** argv) {
         usage(argv[0]);
     }
     return options;
+}
+
+double percentileUs(std::vector<std::int64_t> durationsNs, std::size_t percent) {
+    std::sort(durationsNs.begin(), durationsNs.end());
+    return static_cast<double>(durationsNs[(durationsNs.size() - 1) * percent / 100]) / 1e3;
 }
 
 void sleepUntil(std::int64_t instantNs) {
@@ -123,12 +124,8 @@ void Receiver::print(const char* program) const {
     std::printf("{\"program\": \"%s\", \"mode\": \"%s\", \"count\": %u, \"cpu_ns_per_value\": %.0f", program,
                 mOptions.mode.c_str(), mCount, cpuPerValue);
     if (mOptions.mode == "paced") {
-        std::vector<std::int64_t> sorted = mLatencies;
-        std::sort(sorted.begin(), sorted.end());
-        const auto percentile = [&](std::size_t percent) {
-            return static_cast<double>(sorted[(sorted.size() - 1) * percent / 100]) / 1e3;
-        };
-        std::printf(", \"p50_us\": %.2f, \"p99_us\": %.2f}\n", percentile(50), percentile(99));
+        std::printf(", \"p50_us\": %.2f, \"p99_us\": %.2f}\n", percentileUs(mLatencies, 50),
+                    percentileUs(mLatencies, 99));
     } else {
         const double seconds = static_cast<double>(mLastNs - mShared.startedNs) / 1e9;
         std::printf(", \"values_per_second\": %.0f}\n", mCount / seconds);

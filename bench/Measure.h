@@ -30,11 +30,13 @@ struct Options {
     int processor = -1;
     int senderProcessor = -1;  ///< the yardstick's other process
     int paceMicroseconds = 500;
-    std::size_t subscribed = 0;  ///< how many rows' properties the application subscribes; 0 is all
 };
-/// From the command line: MODE COUNT SHARED [--cpu N] [--sender-cpu N] [--pace MICROSECONDS] [--subscribe ROWS];
+/// From the command line: MODE COUNT SHARED [--cpu N] [--sender-cpu N] [--pace MICROSECONDS];
 /// exits with a usage text.
 Options parseOptions(int argc, char** argv);
+
+/// The median or another percentile of durations in nanoseconds, in microseconds.
+double percentileUs(std::vector<std::int64_t> durationsNs, std::size_t percent);
 
 /// Waits until `instant` on the monotonic clock.
 void sleepUntil(std::int64_t instantNs);

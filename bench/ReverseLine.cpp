@@ -5,7 +5,6 @@
 #include <semaphore.h>
 #include <vehicle/VehicleClient.h>
 
-#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -61,11 +60,7 @@ int main() {
         sem_wait(&arrived);
         latencies.push_back(arrivedNs - before);
     }
-    std::sort(latencies.begin(), latencies.end());
-    const auto microseconds = [&](int percent) {
-        return static_cast<double>(latencies[latencies.size() * static_cast<std::size_t>(percent) / 100]) / 1e3;
-    };
     std::printf("{\"program\": \"reverse_line\", \"count\": %d, \"p50_us\": %.1f, \"p99_us\": %.1f}\n", kChanges,
-                microseconds(50), microseconds(99));
+                bench::percentileUs(latencies, 50), bench::percentileUs(latencies, 99));
     return 0;
 }
