@@ -88,11 +88,10 @@ bool ClientLink::watchDirectory() {
     if (!mWatch.open(qvn::host::runtimeDir())) {
         return false;
     }
-    const int fd = ::dup(mWatch.fd());
-    if (fd < 0) {
+    mWatchDescriptor = mLoop->adopt(UniqueFd(::dup(mWatch.fd())));
+    if (!mWatchDescriptor) {
         return false;
     }
-    mWatchDescriptor = std::make_unique<asio::posix::stream_descriptor>(mLoop->context(), fd);
     awaitDirectory();
     return true;
 }

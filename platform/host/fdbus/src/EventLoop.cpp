@@ -4,6 +4,7 @@
 
 #include <asio/steady_timer.hpp>
 
+#include <cerrno>
 #include <chrono>
 
 namespace fdb {
@@ -22,6 +23,21 @@ EventLoop::~EventLoop() {
         // The thread holds its loop: it has ended, or it is this one, that has let go of it last.
         mThread.get_id() == std::this_thread::get_id() ? mThread.detach() : mThread.join();
     }
+}
+
+std::unique_ptr<asio::posix::stream_descriptor> EventLoop::adopt(UniqueFd fd) {
+    if (!fd) {
+        return nullptr;
+    }
+    auto descriptor = std::make_unique<asio::posix::stream_descriptor>(mContext);
+    std::error_code error;
+    descriptor->assign(fd.get(), error);
+    if (error) {
+        errno = error.value();
+        return nullptr;
+    }
+    fd.release();
+    return descriptor;
 }
 
 bool EventLoop::start(const std::string& threadName, bool inPlace) {

@@ -1,8 +1,11 @@
 #pragma once
 
+#include "UniqueFd.h"
+
 #include <sync/Mutex.h>
 #include <asio/executor_work_guard.hpp>
 #include <asio/io_context.hpp>
+#include <asio/posix/stream_descriptor.hpp>
 #include <asio/post.hpp>
 
 #include <atomic>
@@ -25,6 +28,8 @@ public:
     ~EventLoop();
 
     asio::io_context& context() { return mContext; }
+    /// A descriptor to wait for on this loop. Null, with errno set, when `fd` is none or the system has no room for it.
+    std::unique_ptr<asio::posix::stream_descriptor> adopt(UniqueFd fd);
 
     /// Runs the loop on a new thread, or on the calling one until stop(). True also when it runs already.
     bool start(const std::string& threadName, bool inPlace);

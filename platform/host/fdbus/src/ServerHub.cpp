@@ -79,15 +79,18 @@ void ServerHub::closeAll() {
 
 bool ServerHub::publish() {
     auto socket = std::make_unique<ServiceSocket>();
-    if (!socket->open(mService) || !mWatch.open(qvn::host::runtimeDir())) {
+    if (!socket->open(mService)) {
         return false;
     }
-    const int watchFd = ::dup(mWatch.fd());
-    if (watchFd < 0) {
+    const bool watches = mWatch.open(qvn::host::runtimeDir());
+    auto watch = watches ? mLoop->adopt(UniqueFd(::dup(mWatch.fd()))) : nullptr;
+    auto listener = watch ? mLoop->adopt(socket->takeFd()) : nullptr;
+    if (!listener) {
+        lgklog_print(0, "fdbus: cannot offer '%s': %s", mService.c_str(), std::strerror(errno));
         return false;
     }
-    mWatchDescriptor = std::make_unique<asio::posix::stream_descriptor>(mLoop->context(), watchFd);
-    mListener = std::make_unique<asio::posix::stream_descriptor>(mLoop->context(), socket->releaseFd());
+    mWatchDescriptor = std::move(watch);
+    mListener = std::move(listener);
     mSocket = std::move(socket);
     awaitClient();
     awaitDirectory();

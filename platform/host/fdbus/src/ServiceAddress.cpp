@@ -62,26 +62,6 @@ std::string socketFileName(const std::string& service) {
     return service + ".sock";
 }
 
-UniqueFd& UniqueFd::operator=(UniqueFd&& other) noexcept {
-    if (this != &other) {
-        UniqueFd old(release());
-        mFd = other.release();
-    }
-    return *this;
-}
-
-UniqueFd::~UniqueFd() {
-    if (mFd >= 0) {
-        ::close(mFd);
-    }
-}
-
-int UniqueFd::release() {
-    const int fd = mFd;
-    mFd = -1;
-    return fd;
-}
-
 ServiceSocket::~ServiceSocket() {
     if (isPublished()) {
         ::unlink(mPath.c_str());

@@ -1,6 +1,9 @@
 #pragma once
 
+#include "UniqueFd.h"
+
 #include <string>
+#include <utility>
 
 namespace fdb {
 
@@ -9,23 +12,6 @@ std::string serviceName(const char* url, const std::string& fallback);
 
 /// The file name of a service's socket, without its folder.
 std::string socketFileName(const std::string& service);
-
-/// A file descriptor with an owner.
-class UniqueFd {
-public:
-    UniqueFd() = default;
-    explicit UniqueFd(int fd) : mFd(fd) {}
-    UniqueFd(UniqueFd&& other) noexcept : mFd(other.release()) {}
-    UniqueFd& operator=(UniqueFd&& other) noexcept;
-    ~UniqueFd();
-
-    int get() const { return mFd; }
-    explicit operator bool() const { return mFd >= 0; }
-    int release();
-
-private:
-    int mFd = -1;
-};
 
 /// A service's name while it is taken: the lock that keeps other servers away, and the listening socket.
 ///
@@ -41,7 +27,7 @@ public:
     bool isPublished() const;
 
     /// The listening descriptor; the caller takes it over.
-    int releaseFd() { return mFd.release(); }
+    UniqueFd takeFd() { return std::move(mFd); }
 
 private:
     UniqueFd mLock;

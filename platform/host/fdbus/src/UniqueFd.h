@@ -1,0 +1,33 @@
+#pragma once
+
+#include <unistd.h>
+
+#include <utility>
+
+namespace fdb {
+
+/// A file descriptor with an owner.
+class UniqueFd {
+public:
+    UniqueFd() = default;
+    explicit UniqueFd(int fd) : mFd(fd) {}
+    UniqueFd(UniqueFd&& other) noexcept : mFd(other.release()) {}
+    UniqueFd& operator=(UniqueFd&& other) noexcept {
+        std::swap(mFd, other.mFd);
+        return *this;
+    }
+    ~UniqueFd() {
+        if (mFd >= 0) {
+            ::close(mFd);
+        }
+    }
+
+    int get() const { return mFd; }
+    explicit operator bool() const { return mFd >= 0; }
+    int release() { return std::exchange(mFd, -1); }
+
+private:
+    int mFd = -1;
+};
+
+}  // namespace fdb
