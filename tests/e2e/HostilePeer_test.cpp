@@ -113,5 +113,20 @@ TEST(HostilePeer, PeersWithHalfAFrameDoNotStopAService) {
     EXPECT_TRUE(waitForValue(*watch, kWord, 2));
 }
 
+TEST(HostilePeer, APeerOfManyTopicsDoesNotStopAService) {
+    const Desk desk;
+    const auto simulator = desk.simulator();
+    std::string topics;
+    for (int i = 0; i < 300'000; ++i) {
+        const std::string topic = std::to_string(1'000'000 + i);
+        topics += {'\xD0', '\x02', '\x19', '\x03', static_cast<char>(topic.size()), '\0'};  // kByteCode, length
+        topics += topic;
+    }
+    const RawSocket peer(serviceSocket(desk.directory()));
+    ASSERT_TRUE(peer.write(frame(kSubscribe, 0, topics)));
+    const auto watch = desk.vehiclectl({"watch", kWord});
+    ASSERT_TRUE(watch->waitForOutput("available"));
+}
+
 }  // namespace
 }  // namespace qvn::e2e

@@ -10,6 +10,8 @@
 #include <cerrno>
 #include <chrono>
 #include <cstring>
+#include <iterator>
+#include <string_view>
 
 namespace fdb {
 namespace {
@@ -231,15 +233,20 @@ void ServerHub::onClosed(FdbSessionId_t session) {
     Callbacks::offline(mOwner, session, mSessions.empty());
 }
 
+/// Takes a connection off a topic, and the topic off its code when nobody is left. Returns the topic after it.
+ServerHub::Topics::iterator ServerHub::leave(Topics& topics, Topics::iterator topic,
+                                             const std::shared_ptr<Connection>& connection) {
+    Connections& subscribers = topic->second;
+    subscribers.erase(std::remove(subscribers.begin(), subscribers.end(), connection), subscribers.end());
+    return subscribers.empty() ? topics.erase(topic) : std::next(topic);
+}
+
 void ServerHub::subscribe(ServerSession& session, CFdbMsgSubscribeList& list) {
     const qvn::sync::MutexLock lock(mMutex);
     for (const CFdbMsgSubscribeItem& item : list) {
-        std::vector<Subscriber>& subscribers = mSubscribers[item.msg_code()];
-        const bool known = std::any_of(subscribers.begin(), subscribers.end(), [&](const Subscriber& subscriber) {
-            return subscriber.connection == session.connection && subscriber.topic == item.filter();
-        });
-        if (!known) {
-            subscribers.push_back({session.connection, item.filter()});
+        Connections& subscribers = mSubscribers[item.msg_code()][item.filter()];
+        if (std::find(subscribers.begin(), subscribers.end(), session.connection) == subscribers.end()) {
+            subscribers.push_back(session.connection);
         }
     }
 }
@@ -247,28 +254,23 @@ void ServerHub::subscribe(ServerSession& session, CFdbMsgSubscribeList& list) {
 void ServerHub::unsubscribe(const ServerSession& session, const CFdbMsgSubscribeList& list) {
     const qvn::sync::MutexLock lock(mMutex);
     for (const CFdbMsgSubscribeItem& item : list) {
-        const auto found = mSubscribers.find(item.msg_code());
-        if (found == mSubscribers.end()) {
+        const auto code = mSubscribers.find(item.msg_code());
+        if (code == mSubscribers.end()) {
             continue;
         }
-        std::vector<Subscriber>& subscribers = found->second;
-        subscribers.erase(std::remove_if(subscribers.begin(), subscribers.end(),
-                                         [&](const Subscriber& subscriber) {
-                                             return subscriber.connection == session.connection &&
-                                                    subscriber.topic == item.filter();
-                                         }),
-                          subscribers.end());
+        const auto topic = code->second.find(item.filter());
+        if (topic != code->second.end()) {
+            leave(code->second, topic, session.connection);
+        }
     }
 }
 
 void ServerHub::forget(const std::shared_ptr<Connection>& connection) {
     const qvn::sync::MutexLock lock(mMutex);
     for (auto& code : mSubscribers) {
-        std::vector<Subscriber>& subscribers = code.second;
-        subscribers.erase(
-            std::remove_if(subscribers.begin(), subscribers.end(),
-                           [&](const Subscriber& subscriber) { return subscriber.connection == connection; }),
-            subscribers.end());
+        for (auto topic = code.second.begin(); topic != code.second.end();) {
+            topic = leave(code.second, topic, connection);
+        }
     }
 }
 
@@ -278,10 +280,17 @@ bool ServerHub::broadcast(FdbMsgCode_t code, const char* topic, FrameBuilder& fr
     if (found == mSubscribers.end()) {
         return true;
     }
-    for (const Subscriber& subscriber : found->second) {
-        if (subscriber.topic.empty() || subscriber.topic == (topic ? topic : "")) {
-            subscriber.connection->send(frame.bytes());
+    const auto sendTo = [&](std::string_view name) {
+        const auto subscribers = found->second.find(name);
+        if (subscribers != found->second.end()) {
+            for (const std::shared_ptr<Connection>& connection : subscribers->second) {
+                connection->send(frame.bytes());
+            }
         }
+    };
+    sendTo("");
+    if (topic && *topic != '\0') {
+        sendTo(topic);
     }
     return true;
 }

@@ -10,6 +10,7 @@
 #include <asio/posix/stream_descriptor.hpp>
 #include <asio/steady_timer.hpp>
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -38,10 +39,8 @@ public:
     void onClosed(FdbSessionId_t session);
 
 private:
-    struct Subscriber {
-        std::shared_ptr<Connection> connection;
-        std::string topic;
-    };
+    using Connections = std::vector<std::shared_ptr<Connection>>;
+    using Topics = std::map<std::string, Connections, std::less<>>;  // the empty one is for every topic
 
     void closeAll() override;
 
@@ -55,6 +54,8 @@ private:
     void onDirectoryChange();
     template <typename Action>
     void retryLater(const char* what, Action action);
+    static Topics::iterator leave(Topics& topics, Topics::iterator topic,
+                                  const std::shared_ptr<Connection>& connection);
     void subscribe(ServerSession& session, CFdbMsgSubscribeList& list);
     void unsubscribe(const ServerSession& session, const CFdbMsgSubscribeList& list);
     void forget(const std::shared_ptr<Connection>& connection);
@@ -68,7 +69,7 @@ private:
     std::map<FdbSessionId_t, std::shared_ptr<ServerSession>> mSessions;
 
     qvn::sync::Mutex mMutex;
-    std::unordered_map<FdbMsgCode_t, std::vector<Subscriber>> mSubscribers QVN_GUARDED_BY(mMutex);
+    std::unordered_map<FdbMsgCode_t, Topics> mSubscribers QVN_GUARDED_BY(mMutex);
 };
 
 }  // namespace fdb
