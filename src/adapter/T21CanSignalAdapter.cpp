@@ -1,12 +1,12 @@
 #include "adapter/T21CanSignalAdapter.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
 
 #include "log/Log.h"
 #include "tables/DecodingRules.h"
-#include "tables/IdentifierWalk.h"
 #include "tables/SignalTable.h"
 
 namespace {
@@ -14,7 +14,6 @@ namespace {
 using qvn::platform::vehicle::PropertyType;
 using qvn::tables::DecodingRow;
 using qvn::tables::DecodingRule;
-using qvn::tables::findIdentifier;
 
 constexpr double kSpeedFactor = 0.05625;
 constexpr double kAngleFactor = 0.1;
@@ -45,18 +44,6 @@ void fillHeader(const VehilceClientInfo& row, VehicleClientProperty& property) {
 
 }  // namespace
 
-void T21CanSignalAdapter::useTable(const VehilceClientInfo* table) {
-    if (table == usedTable) {
-        return;
-    }
-    codes.reserve(qvn::tables::kSignalTableRows);  // throws, if at all, before anything changes
-    codes.clear();
-    for (std::size_t row = 0; row < qvn::tables::kSignalTableRows; ++row) {
-        codes.push_back(table[row].codeId);
-    }
-    usedTable = table;
-}
-
 bool T21CanSignalAdapter::signalAdapter(int codeId, std::string value, const VehilceClientInfo* table,
                                         VehicleClientProperty& property) {
     signalParsed = false;
@@ -66,12 +53,11 @@ bool T21CanSignalAdapter::signalAdapter(int codeId, std::string value, const Veh
     }
 
     const auto code = static_cast<std::uint32_t>(codeId);
-    useTable(table);
-    for (std::size_t at = findIdentifier(codes, code); at != codes.size(); at = findIdentifier(codes, code, at + 1)) {
-        if (!isEnabled(table[at])) {
-            continue;
-        }
-        fillHeader(table[at], property);
+    const auto matches = [code](const VehilceClientInfo& row) { return row.codeId == code && isEnabled(row); };
+    const VehilceClientInfo* const end = table + qvn::tables::kSignalTableRows;
+    for (const VehilceClientInfo* row = std::find_if(table, end, matches); row != end;
+         row = std::find_if(row + 1, end, matches)) {
+        fillHeader(*row, property);
 
         const DecodingRow* const rule = qvn::tables::findDecodingRule(code);
         if (rule == nullptr) {

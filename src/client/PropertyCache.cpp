@@ -17,9 +17,9 @@ bool VehicleClientImpl::readPayload(int property, Payload RawValue::*payload, Pa
     if (!hasSubscription()) {
         return false;
     }
-    for (std::size_t at = findRecord(property); at != records().size(); at = findRecord(property, at + 1)) {
-        const Payload& values = records()[at].propValue.value.*payload;
-        if (!values.empty()) {
+    for (const VehicleClientProperty& record : records()) {
+        const Payload& values = record.propValue.value.*payload;
+        if (record.propValue.prop == property && !values.empty()) {
             out = values;
             return true;
         }
@@ -29,18 +29,23 @@ bool VehicleClientImpl::readPayload(int property, Payload RawValue::*payload, Pa
 
 bool VehicleClientImpl::getPropValue(int property, VehiclePropValue* out) {
     const sync::MutexLock lock(cacheMutex);
-    const std::size_t at = findRecord(property);
-    if (at == records().size()) {
-        return false;
+    for (const VehicleClientProperty& record : records()) {
+        if (record.propValue.prop == property) {
+            *out = record.propValue;
+            return true;
+        }
     }
-    *out = records()[at].propValue;
-    return true;
+    return false;
 }
 
 PropertyType VehicleClientImpl::getPropertyType(int property) {
     const sync::MutexLock lock(cacheMutex);
-    const std::size_t at = findRecord(property);
-    return at == records().size() ? PROPERTY_TYPE_UNKNOWN : records()[at].propertyType;
+    for (const VehicleClientProperty& record : records()) {
+        if (record.propValue.prop == property) {
+            return record.propertyType;
+        }
+    }
+    return PROPERTY_TYPE_UNKNOWN;
 }
 
 bool VehicleClientImpl::getBoolProperty(int property, bool& out) {

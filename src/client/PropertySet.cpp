@@ -36,8 +36,10 @@ bool VehicleClientImpl::sendFirst(int property, const std::vector<T>& values) {
 std::vector<PropertyType> VehicleClientImpl::cachedTypes(int property) {
     std::vector<PropertyType> types;
     const sync::MutexLock state(stateMutex);
-    for (std::size_t at = findRecord(property); at != propertyCache.size(); at = findRecord(property, at + 1)) {
-        types.push_back(propertyCache[at].propertyType);
+    for (const VehicleClientProperty& record : propertyCache) {
+        if (record.propValue.prop == property) {
+            types.push_back(record.propertyType);
+        }
     }
     return types;
 }

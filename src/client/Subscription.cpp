@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <utility>
 #include <vector>
 
@@ -12,6 +13,15 @@ namespace vehicle {
 namespace {
 
 constexpr int kClockFailedLine = 179;
+
+/// Counts instead of stopping at the first one, which lets the compiler compare several at a time.
+bool contains(const std::vector<int>& ids, int id) {
+    int matches = 0;
+    for (const int candidate : ids) {
+        matches += candidate == id ? 1 : 0;
+    }
+    return matches != 0;
+}
 
 }  // namespace
 
@@ -79,11 +89,15 @@ void VehicleClientImpl::dispatchSingal(VehiclePropValue value, PropertyType type
     PropertyChangedCallback callback = nullptr;
     {
         const sync::MutexLock state(stateMutex);
-        for (std::size_t at = findRecord(value.prop); at != propertyCache.size(); at = findRecord(value.prop, at + 1)) {
-            propertyCache[at].propValue = value;
-            propertyCache[at].propertyType = type;
+        const auto matches = [&value](const VehicleClientProperty& record) {
+            return record.propValue.prop == value.prop;
+        };
+        for (auto record = std::find_if(propertyCache.begin(), propertyCache.end(), matches);
+             record != propertyCache.end(); record = std::find_if(record + 1, propertyCache.end(), matches)) {
+            record->propValue = value;
+            record->propertyType = type;
         }
-        if (tables::findIdentifier(subscribedIds, value.prop) != subscribedIds.size()) {
+        if (contains(subscribedIds, value.prop)) {
             callback = propertyChangedCallback;
         }
     }
@@ -97,12 +111,14 @@ void VehicleClientImpl::availableSignalCallback(VehicleProperty property) {
     VehicleClientProperty copy;
     {
         const sync::MutexLock state(stateMutex);
-        const std::size_t at = findRecord(property);
-        if (at == propertyCache.size() || propertyChangedCallback == nullptr) {
+        const auto record = std::find_if(
+            propertyCache.begin(), propertyCache.end(),
+            [property](const VehicleClientProperty& candidate) { return candidate.propValue.prop == property; });
+        if (record == propertyCache.end() || propertyChangedCallback == nullptr) {
             return;
         }
         callback = propertyChangedCallback;
-        copy = propertyCache[at];
+        copy = *record;
     }
     callback(std::move(copy.propValue), copy.propertyType);
 }

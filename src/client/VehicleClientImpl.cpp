@@ -131,7 +131,6 @@ void VehicleClientImpl::initSignalTable(FUNCTION_TYPE type) {
         record.propValue.prop = static_cast<std::int32_t>(row.property);
         record.propValue.status = row.status;
         record.propertyType = static_cast<PropertyType>(row.propertyType);
-        cachedIds.push_back(record.propValue.prop);
         propertyCache.push_back(std::move(record));
     }
 }

@@ -5,14 +5,12 @@
 #include <vehicle/VehicleProperty.h>
 
 #include <atomic>
-#include <cstddef>
 #include <memory>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "sync/Mutex.h"
-#include "tables/IdentifierWalk.h"
 
 class FdbusServiceManager;
 
@@ -84,11 +82,6 @@ private:
         return propertyCache;
     }
     std::vector<PropertyType> cachedTypes(int property);
-    /// The place of the property's first record at or after `from`, or that behind the last record. To call under
-    /// either lock: the identifiers do not change after init().
-    std::size_t findRecord(int property, std::size_t from = 0) const {
-        return tables::findIdentifier(cachedIds, property, from);
-    }
     bool hasSubscription();
 
 protected:
@@ -96,8 +89,6 @@ protected:
     std::vector<VehicleClientProperty> propertyCache QVN_GUARDED_BY(stateMutex);
     sync::Mutex cacheMutex;
     SetErrorCallback setErrorCallback QVN_GUARDED_BY(stateMutex) = nullptr;
-    // The identifier of each record. Side by side they fill 16 cache lines; a walk over the records touches 241.
-    std::vector<int> cachedIds;
     FUNCTION_TYPE functionType = FUNCTION_TYPE_NONE;
     const VehilceClientInfo* signalTable = nullptr;
     std::shared_ptr<FdbusServiceManager> serviceManager;
