@@ -126,6 +126,7 @@ TEST(HostilePeer, APeerOfManyTopicsDoesNotStopAService) {
     ASSERT_TRUE(peer.write(frame(kSubscribe, 0, topics)));
     const auto watch = desk.vehiclectl({"watch", kWord});
     ASSERT_TRUE(watch->waitForOutput("available"));
+    EXPECT_FALSE(peer.read().empty()) << "the session was ended instead";
 }
 
 }  // namespace

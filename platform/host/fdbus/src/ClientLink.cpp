@@ -5,7 +5,7 @@
 #include <host/RuntimeDir.h>
 #include <lgklog/lgklog.h>
 
-#include <unistd.h>
+#include <fcntl.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -88,7 +88,7 @@ bool ClientLink::watchDirectory() {
     if (!mWatch.open(qvn::host::runtimeDir())) {
         return false;
     }
-    mWatchDescriptor = mLoop->adopt(UniqueFd(::dup(mWatch.fd())));
+    mWatchDescriptor = mLoop->adopt(UniqueFd(::fcntl(mWatch.fd(), F_DUPFD_CLOEXEC, 0)));
     if (!mWatchDescriptor) {
         return false;
     }

@@ -28,7 +28,8 @@ public:
     ~EventLoop();
 
     asio::io_context& context() { return mContext; }
-    /// A descriptor to wait for on this loop. Null, with errno set, when `fd` is none or the system has no room for it.
+    /// A descriptor to wait for on this loop. Null when `fd` is empty, and, with errno set, when
+    /// the system has no room for it.
     std::unique_ptr<asio::posix::stream_descriptor> adopt(UniqueFd fd);
 
     /// Runs the loop on a new thread, or on the calling one until stop(). True also when it runs already.

@@ -3,8 +3,8 @@
 #include <host/RuntimeDir.h>
 #include <lgklog/lgklog.h>
 
+#include <fcntl.h>
 #include <sys/socket.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -85,10 +85,13 @@ bool ServerHub::publish() {
         return false;
     }
     const bool watches = mWatch.open(qvn::host::runtimeDir());
-    auto watch = watches ? mLoop->adopt(UniqueFd(::dup(mWatch.fd()))) : nullptr;
+    auto watch = watches ? mLoop->adopt(UniqueFd(::fcntl(mWatch.fd(), F_DUPFD_CLOEXEC, 0))) : nullptr;
     auto listener = watch ? mLoop->adopt(socket->takeFd()) : nullptr;
     if (!listener) {
-        lgklog_print(0, "fdbus: cannot offer '%s': %s", mService.c_str(), std::strerror(errno));
+        const int error = errno;
+        lgklog_print(0, "fdbus: cannot offer '%s': %s", mService.c_str(), std::strerror(error));
+        socket.reset();
+        errno = error;
         return false;
     }
     mWatchDescriptor = std::move(watch);
@@ -262,15 +265,20 @@ void ServerHub::unsubscribe(const ServerSession& session, const CFdbMsgSubscribe
         if (topic != code->second.end()) {
             leave(code->second, topic, session.connection);
         }
+        if (code->second.empty()) {
+            mSubscribers.erase(code);
+        }
     }
 }
 
 void ServerHub::forget(const std::shared_ptr<Connection>& connection) {
     const qvn::sync::MutexLock lock(mMutex);
-    for (auto& code : mSubscribers) {
-        for (auto topic = code.second.begin(); topic != code.second.end();) {
-            topic = leave(code.second, topic, connection);
+    for (auto code = mSubscribers.begin(); code != mSubscribers.end();) {
+        Topics& topics = code->second;
+        for (auto topic = topics.begin(); topic != topics.end();) {
+            topic = leave(topics, topic, connection);
         }
+        code = topics.empty() ? mSubscribers.erase(code) : std::next(code);
     }
 }
 

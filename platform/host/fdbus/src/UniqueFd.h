@@ -13,7 +13,7 @@ public:
     explicit UniqueFd(int fd) : mFd(fd) {}
     UniqueFd(UniqueFd&& other) noexcept : mFd(other.release()) {}
     UniqueFd& operator=(UniqueFd&& other) noexcept {
-        std::swap(mFd, other.mFd);
+        const UniqueFd old(std::exchange(mFd, other.release()));
         return *this;
     }
     ~UniqueFd() {
