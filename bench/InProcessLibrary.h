@@ -39,6 +39,7 @@ public:
 inline int propertyOfRow(std::size_t row) {
     return static_cast<int>(hap_signal_table[row].property);
 }
+
 inline std::vector<int> everyProperty() {
     std::vector<int> properties;
     for (std::size_t row = 0; row < qvn::tables::kSignalTableRows; ++row) {

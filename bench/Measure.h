@@ -35,7 +35,7 @@ struct Options {
 /// exits with a usage text.
 Options parseOptions(int argc, char** argv);
 
-/// The median or another percentile of durations in nanoseconds, in microseconds.
+/// A percentile, in microseconds, of durations in nanoseconds.
 double percentileUs(std::vector<std::int64_t> durationsNs, std::size_t percent);
 
 /// Waits until `instant` on the monotonic clock.

@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include <cstdio>
+#include <string>
 #include <vector>
 
 #include "common.base.canservice.pb.h"
@@ -42,6 +43,7 @@ int main(int argc, char** argv) {
 
     const bool paced = options.mode == "paced";
     std::vector<std::int64_t> broadcasts;
+    broadcasts.reserve(paced ? options.count : 0);
     std::int64_t next = bench::nowNs();
     shared.startedNs = next;
     for (std::uint32_t i = 0; i < options.count; ++i) {
