@@ -13,5 +13,9 @@ foreach(name IN ITEMS common_base psis_client gpioport_client lgklog)
         INTERFACE_SYSTEM_INCLUDE_DIRECTORIES "${QVN_SDK_ROOT}/include")
 endforeach()
 
+# FDBus's headers ask on Linux for the system's name in this form.
+set_property(TARGET qvn::common_base PROPERTY
+    INTERFACE_COMPILE_DEFINITIONS "$<$<PLATFORM_ID:Linux>:__LINUX__>")
+
 # The SDK's libraries may need each other; let the linker look beside them.
 add_link_options("-Wl,-rpath-link,${QVN_SDK_ROOT}/lib")

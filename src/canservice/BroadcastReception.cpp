@@ -1,20 +1,11 @@
-#include <common_base/CFdbProtoMsgBuilder.h>
-
 #include <utility>
 
 #include "canservice/T21CanServiceFdbusClient.h"
+#include "ipc_common_soc/CanServiceWire.h"
 #include "log/Log.h"
 #include "tables/MessageCatalogue.h"
 
 using namespace qvn::platform::vehicle;
-
-namespace {
-
-// What the CAN service says about the dispatch of a message's signals.
-constexpr std::uint32_t kDispatchOk = 0;
-constexpr std::uint32_t kDispatchTimeout = 64;
-
-}  // namespace
 
 void T21CanServiceFdbusClient::onBroadcast(CBaseJob::Ptr& job) {
     const auto* const message = castToMessage<CFdbMessage*>(job);
@@ -24,8 +15,7 @@ void T21CanServiceFdbusClient::onBroadcast(CBaseJob::Ptr& job) {
     QVN_LOG(Info, "[%s][%d]onBroadcast msg_code:%d.", message->code());
 
     // A message status parses as a signal, too: its field is an unknown one there.
-    CFdbProtoMsgParser signalParser(broadcastSignal);
-    if (!message->deserialize(signalParser)) {
+    if (!qvn::wire::read(*message, broadcastSignal)) {
         return;
     }
     if (qvn::tables::findMessage(static_cast<std::uint32_t>(message->code())) == nullptr) {
@@ -40,15 +30,14 @@ void T21CanServiceFdbusClient::onBroadcast(CBaseJob::Ptr& job) {
     }
 
     can_service::BroadcastMessageStatus messageStatus;
-    CFdbProtoMsgParser statusParser(messageStatus);
-    if (!message->deserialize(statusParser)) {
+    if (!qvn::wire::read(*message, messageStatus)) {
         return;
     }
     QVN_LOG(Info, "[%s][%d]msg_status:%d", static_cast<int>(messageStatus.msg_status()));
-    if (messageStatus.msg_status() == kDispatchTimeout) {
+    if (messageStatus.msg_status() == qvn::wire::kMessageTimedOut) {
         feedbackSignalStatus(message->code(), VEHICLE_PROPERTY_STATUS_TIMEOUT);
         QVN_LOG(Error, "[%s][%d]can service dispatchs signals timeout!");
-    } else if (messageStatus.msg_status() == kDispatchOk) {
+    } else if (messageStatus.msg_status() == qvn::wire::kMessageOk) {
         feedbackSignalStatus(message->code(), VEHICLE_PROPERTY_STATUS_AVAILABLE);
         QVN_LOG(Info, "[%s][%d]can service dispatchs signals becomes ok!");
     }

@@ -1,16 +1,11 @@
 #include "can-service-sim/CanService.h"
 
-#include <common_base/CFdbProtoMsgBuilder.h>
-
 #include <utility>
 
-#include "common.base.canservice.pb.h"
+#include "ipc_common_soc/CanServiceWire.h"
 
 namespace qvn::tools {
 namespace {
-
-constexpr std::uint32_t kStatusOk = 0;
-constexpr std::uint32_t kStatusTimedOut = 64;
 
 can_service::BroadcastSignal signalMessage(const std::string& raw) {
     can_service::BroadcastSignal message;
@@ -53,8 +48,7 @@ protected:
     void onInvoke(CBaseJob::Ptr& job) override {
         const auto* const message = castToMessage<CFdbMessage*>(job);
         can_service::SetSignalValueRequest request;
-        CFdbProtoMsgParser parser(request);
-        if (message->deserialize(parser)) {
+        if (wire::read(*message, request)) {
             service_.observer_.onSet(static_cast<std::uint32_t>(message->code()), request.raw_value());
         }
     }
@@ -115,7 +109,7 @@ void CanService::putSignal(std::uint32_t code, const std::string& raw) {
 
 void CanService::putMessageStatus(std::uint32_t code, bool timedOut) {
     const sync::MutexLock lock(mutex_);
-    const std::uint32_t status = timedOut ? kStatusTimedOut : kStatusOk;
+    const std::uint32_t status = timedOut ? wire::kMessageTimedOut : wire::kMessageOk;
     statuses_[code] = status;
     if (server_) {
         server_->publish(code, statusMessage(status));
