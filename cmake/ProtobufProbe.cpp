@@ -1,6 +1,6 @@
 // Links only with the protobuf runtime that the platform's wrapper of protobuf messages refers to.
-#include <common_base/fdbus.h>
 #include <common_base/CFdbProtoMsgBuilder.h>
+#include <common_base/fdbus.h>
 #include <google/protobuf/message_lite.h>
 
 #include <string>

@@ -162,4 +162,43 @@ TEST_F(ConcurrencyTest, ACallbackThatBlocksLosesNothingAndHoldsNobodyUp) {
     EXPECT_EQ(received, expected);
 }
 
+std::atomic<char> lastChanged{0};
+std::atomic<char> lastStatus{0};
+
+template <char kName>
+void changedOf(VehiclePropValue, PropertyType) {
+    lastChanged = kName;
+}
+
+template <char kName>
+void statusOf(int, VehiclePropertyStatus) {
+    lastStatus = kName;
+}
+
+TEST_F(ConcurrencyTest, OfTwoSubscriptionsAtOnceOneGetsBothValuesAndStatuses) {
+    startCoreWithService();
+    for (int round = 0; round < 10 * kRounds; ++round) {
+        std::promise<void> start;
+        const std::shared_future<void> started = start.get_future().share();
+        const auto subscribe = [&](PropertyChangedCallback changed, SetErrorCallback status) {
+            return std::thread([this, started, changed, status] {
+                started.wait();
+                core->subscribe(changed, {0x21400E20}, status);
+            });
+        };
+        std::thread a = subscribe(&changedOf<'a'>, &statusOf<'a'>);
+        std::thread b = subscribe(&changedOf<'b'>, &statusOf<'b'>);
+        start.set_value();
+        a.join();
+        b.join();
+        lastStatus = 0;
+        server->messageStatus(0x03190000, 64);
+        core->dispatchSingal(intValue(0x21400E20, round), PROPERTY_TYPE_INT32);
+        while (lastStatus == 0) {
+            core->flush();
+        }
+        ASSERT_EQ(lastChanged, lastStatus) << "round " << round;
+    }
+}
+
 }  // namespace

@@ -1,3 +1,5 @@
+#include <stdexcept>
+
 #include "support/ClientTest.h"
 
 namespace {
@@ -100,6 +102,41 @@ TEST_F(ReverseLineTest, WithoutASignalCallbackInterruptsAreSilent) {
     client->sendPasworkCmd(1);
     EXPECT_TRUE(log_recorder::lines().empty());
     EXPECT_TRUE(values.entries().empty());
+}
+
+TEST_F(ReverseLineTest, AnEdgeBetweenTheFirstReadingAndTheRegistrationIsNotLost) {
+    fake_gpio::moveBeforeRegistration(0);
+    makeClient();
+    client->registerErrSignalCallback(nullptr);
+    EXPECT_EQ(commands(), (std::vector<int>{0, 1}));
+}
+
+TEST_F(ReverseLineTest, ALineThatCannotBeWatchedIsLogged) {
+    fake_gpio::failRegistrations();
+    makeClient();
+    client->registerErrSignalCallback(nullptr);
+    const std::vector<LogLine> log = log_recorder::linesOf("watchReverseLine");
+    ASSERT_EQ(log.size(), 1u);
+    EXPECT_EQ(log[0].level, 1);
+    EXPECT_NE(log[0].text.find("cannot watch the reverse line, GPIO 87"), std::string::npos) << log[0];
+}
+
+TEST_F(ReverseLineTest, WhatAnApplicationThrowsStaysOffTheGpioThread) {
+    makeClient();
+    client->registerErrSignalCallback(nullptr);
+    int calls = 0;
+    client->registerSignalCallback([&calls](VehiclePropValue, PropertyType) {
+        if (++calls == 1) {
+            throw std::runtime_error("no camera");
+        }
+        throw 7;
+    });
+    fake_gpio::edge(0);
+    EXPECT_EQ(calls, 2) << "the power mode follows whatever became of the command";
+    const std::vector<LogLine> log = log_recorder::linesOf("callApplication");
+    ASSERT_EQ(log.size(), 2u);
+    EXPECT_EQ(log[0].level, 1);
+    EXPECT_EQ(log[0].text, "a callback of the application threw: no camera");
 }
 
 TEST_F(ReverseLineTest, CommandsPassThroughUnchanged) {

@@ -196,4 +196,19 @@ TEST_F(SubscriptionWithServiceTest, AMessageThatComesBackIsReportedAndItsValuesR
     EXPECT_EQ(Application::changes.entries()[1].value.value.int32Values, std::vector<int>{1});
 }
 
+TEST_F(SubscriptionWithServiceTest, WhatAnApplicationThrowsCostsItNoOtherCallback) {
+    subscribe({kDriverDoor});
+    Application::onChange = [](const Change&) { throw std::runtime_error("changed"); };
+    Application::onStatus = [](const StatusChange&) { throw std::runtime_error("status"); };
+    for (const char* const value : {"\x01", "\x02", "\x03"}) {
+        server->signal(0x031902D0, value);
+    }
+    server->messageStatus(0x03190000, 64);
+    server->messageStatus(0x03190000, 0);
+    ASSERT_TRUE(Application::changes.waitForSize(3 + 5));
+    EXPECT_EQ(Application::statuses.entries().size(), 10u);
+    EXPECT_TRUE(log_recorder::waitForLine("callApplication", "a callback of the application threw: changed"));
+    EXPECT_TRUE(log_recorder::waitForLine("callApplication", "a callback of the application threw: status"));
+}
+
 }  // namespace

@@ -1,5 +1,9 @@
 #include "client/VehicleClientImpl.h"
 
+#include <sys/resource.h>
+
+#include <system_error>
+
 #include "support/CoreTest.h"
 #include "support/FakeClock.h"
 #include "tables/SignalTable.h"
@@ -96,7 +100,22 @@ TEST_F(VehicleClientImplTest, WithoutPersistencyNothingIsServed) {
     EXPECT_FALSE(core->getPropValue(0x21403033, &value));
     EXPECT_EQ(core->getPropertyType(0x21403033), 7);
     EXPECT_TRUE(core->unsubscribe(nullptr, {}));
-    core->quiesce();
+    core->stop();
+}
+
+TEST_F(VehicleClientImplTest, ALackOfDescriptorsAtTheStartIsAnExceptionAndPasses) {
+    TestCore first;
+    FakePsis::instance().initResult = 1;
+    rlimit limit{};
+    ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &limit), 0);
+    const rlimit none{0, limit.rlim_max};
+    setrlimit(RLIMIT_NOFILE, &none);
+    EXPECT_THROW(first.init(), std::system_error);
+    setrlimit(RLIMIT_NOFILE, &limit);
+
+    FakePsis::instance().initResult = 0;
+    startCore();
+    EXPECT_TRUE(core->subscribe(nullptr, {}, nullptr));
 }
 
 TEST_F(VehicleClientImplTest, EveryFunctionHasACacheRecordForEachRowOfItsTable) {

@@ -4,6 +4,11 @@ qvn_add_test(NAME tools_test
     LIBS qvn_can_service_sim
     LABELS tools)
 
+# Programs that other tests run, on whatever bus.
+add_executable(ending_application e2e/EndingApplication.cpp)
+target_compile_features(ending_application PRIVATE cxx_std_17)
+target_link_libraries(ending_application PRIVATE qvn::vehicleclient Threads::Threads qvn_warnings)
+
 if(QVN_PLATFORM STREQUAL "host")
     include(e2e/e2e.cmake)
 endif()

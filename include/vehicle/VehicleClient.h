@@ -17,13 +17,18 @@ class VehicleClientImpl;
 /// The vehicle as an application sees it: read the last known value of a property, be told of new values, set one.
 ///
 /// Threads: every member may be called from any thread. Callbacks run on the library's own threads (see subscribe).
-/// Errors: members return false on failure, and log why they refuse a subscription or a value to set. The library
-/// throws nothing of its own; std::bad_alloc passes through. If the platform's persistency is not available, the
+/// Errors: members return false on failure, and log why they refuse a subscription or a value to set. std::bad_alloc
+/// passes through; nothing else is thrown but by getInstance. If the platform's persistency is not available, the
 /// instance exists but serves nothing: getters find no property, subscribe and the typed setters return false.
+///
+/// The end: a process may return from main, or call exit() on any thread and inside a callback. The traffic is ended
+/// then, before objects that were constructed before the client are destroyed: a callback that is running is waited for,
+/// two seconds at most, no further one is called, and setters return false.
 class QVN_VEHICLE_API VehicleClient {
 public:
     /// The process's client; the first call creates it, connects in the background and returns without waiting for
     /// the CAN service. It lives until the process ends and must not be deleted.
+    /// @throws std::system_error when the system is short of threads or file descriptors; it may be called again
     static VehicleClient* getInstance();
 
     VehicleClient();
@@ -35,7 +40,10 @@ public:
 
     /// Registers the process's only subscriber; a further call replaces both callbacks and the list. Either callback
     /// may be null. Identifiers are not checked: unknown ones just never report. Values that arrived before are not
-    /// repeated: getPropValue has them.
+    /// repeated: getPropValue has them. Nothing is waited for, since the application may hold a lock of its own that a
+    /// callback needs: the earlier subscriber's callbacks may still be running when it returns.
+    ///
+    /// An exception that leaves a callback is logged (level 1, with its text) and goes no further.
     ///
     /// `changed` runs for each value received for a listed property, on the library's worker thread, or, before the CAN
     /// service was first reached, on the GPIO library's thread (or this one) when the reverse line moves. It holds up
@@ -91,8 +99,6 @@ public:
     void onClientOnLine(bool online);
 
 private:
-    struct ExitGuard;
-
     std::unique_ptr<VehicleClientImpl> mImpl;
     void* mReserved[2];  // part of the object's size, otherwise unused
 

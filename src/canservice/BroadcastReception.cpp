@@ -1,5 +1,6 @@
 #include <utility>
 
+#include "canservice/CallApplication.h"
 #include "canservice/T21CanServiceFdbusClient.h"
 #include "ipc_common_soc/CanServiceWire.h"
 #include "log/Log.h"
@@ -8,8 +9,9 @@
 using namespace qvn::platform::vehicle;
 
 void T21CanServiceFdbusClient::onBroadcast(CBaseJob::Ptr& job) {
+    const CallbackGate::Passage passage(gate);
     const auto* const message = castToMessage<CFdbMessage*>(job);
-    if (message == nullptr) {
+    if (!passage || message == nullptr) {
         return;
     }
     QVN_LOG(Info, "[%s][%d]onBroadcast msg_code:%d.", message->code());
@@ -24,7 +26,7 @@ void T21CanServiceFdbusClient::onBroadcast(CBaseJob::Ptr& job) {
             return;
         }
         if (const SignalCallback callback = currentSignalCallback()) {
-            callback(std::move(property.propValue), property.propertyType);
+            qvn::canservice::callApplication([&] { callback(std::move(property.propValue), property.propertyType); });
         }
         return;
     }

@@ -48,24 +48,21 @@ void CanServiceFdbusClientManager::createCanServiceFdbusClient(const VehilceClie
                                                                const SignalCallback& callback, CBaseWorker* worker) {
     const std::string address = std::string("svc://") + kServiceName;
     const std::string name = std::string(kServiceName) + "_client";
-    client = std::make_shared<T21CanServiceFdbusClient>(name.c_str(), worker);
-    client->enableReconnect(true);
+    theClient = std::make_shared<T21CanServiceFdbusClient>(name.c_str(), worker);
+    theClient->enableReconnect(true);
     // The service answers the first subscribe with current values, which would be lost on a client without callback and
     // table.
     const WorkerGate gate(worker);
-    client->connect(address.c_str());
-    client->registerSignalCallback(callback);
-    client->setFuncSignalTable(table);
+    theClient->connect(address.c_str());
+    theClient->registerSignalCallback(callback);
+    theClient->setFuncSignalTable(table);
 }
 
-void CanServiceFdbusClientManager::registerErrSignalCallback(qvn::platform::vehicle::SetErrorCallback callback) {
-    client->registerErrSignalCallback(callback);
+void CanServiceFdbusClientManager::registerErrSignalCallback(qvn::platform::vehicle::SetErrorCallback callback,
+                                                             std::uint64_t subscription) {
+    theClient->registerErrSignalCallback(callback, subscription);
 }
 
 void CanServiceFdbusClientManager::registerAvailableSignalCallabck(AvailableSignalCallback callback) {
-    client->registerAvailableSignalCallabck(std::move(callback));
-}
-
-void CanServiceFdbusClientManager::stop() {
-    client->stop();
+    theClient->registerAvailableSignalCallabck(std::move(callback));
 }

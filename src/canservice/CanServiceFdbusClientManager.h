@@ -12,17 +12,17 @@ public:
 
     void createCanServiceFdbusClient(const VehilceClientInfo* table, const SignalCallback& callback,
                                      CBaseWorker* worker);
-    void registerErrSignalCallback(qvn::platform::vehicle::SetErrorCallback callback);
+    void registerErrSignalCallback(qvn::platform::vehicle::SetErrorCallback callback, std::uint64_t subscription = 0);
     void registerAvailableSignalCallabck(AvailableSignalCallback callback);
 
     template <class T>
     bool signalFeedback(qvn::platform::vehicle::VehicleProperty property, T value) {
-        return client->signalFeedback(property, value);
+        return theClient->signalFeedback(property, value);
     }
-    void stop();
+    T21CanServiceFdbusClient& client() { return *theClient; }
 
 private:
-    std::shared_ptr<T21CanServiceFdbusClient> client;
+    std::shared_ptr<T21CanServiceFdbusClient> theClient;
 };
 
 #endif  // CANSERVICE_CAN_SERVICE_FDBUS_CLIENT_MANAGER_H

@@ -24,16 +24,31 @@ void FdbusServiceManager::createCanServiceClientManager() {
     clientManager = std::make_shared<CanServiceFdbusClientManager>(signalTable, signalCallback, worker);
 }
 
-void FdbusServiceManager::registerErrSignalCallback(qvn::platform::vehicle::SetErrorCallback callback) {
-    clientManager->registerErrSignalCallback(callback);
+void FdbusServiceManager::registerErrSignalCallback(qvn::platform::vehicle::SetErrorCallback callback,
+                                                    std::uint64_t subscription) {
+    clientManager->registerErrSignalCallback(callback, subscription);
 }
 
 void FdbusServiceManager::registerAvailableSignalCallabck(AvailableSignalCallback callback) {
     clientManager->registerAvailableSignalCallabck(std::move(callback));
 }
 
+bool FdbusServiceManager::closeGate(std::chrono::steady_clock::time_point deadline) {
+    return !clientManager || clientManager->client().closeGate(deadline);
+}
+
+bool FdbusServiceManager::isInsideCallback() {
+    return clientManager && clientManager->client().isInsideCallback();
+}
+
 void FdbusServiceManager::stop() {
     if (clientManager) {
-        clientManager->stop();
+        clientManager->client().stop();
+    }
+}
+
+void FdbusServiceManager::abandon() {
+    if (clientManager) {
+        clientManager->client().abandon();
     }
 }

@@ -20,15 +20,18 @@ public:
     void init();
     void createCanServiceClientManager();
 
-    void registerErrSignalCallback(qvn::platform::vehicle::SetErrorCallback callback);
+    void registerErrSignalCallback(qvn::platform::vehicle::SetErrorCallback callback, std::uint64_t subscription = 0);
     void registerAvailableSignalCallabck(AvailableSignalCallback callback);
 
     template <class T>
     bool signalFeedback(qvn::platform::vehicle::VehicleProperty property, T value) {
         return clientManager->signalFeedback(property, value);
     }
-    /// No callback runs any more when it returns. Must not run on the worker.
+    // These do nothing, and find nothing at work, before init(); otherwise see T21CanServiceFdbusClient.
+    bool closeGate(std::chrono::steady_clock::time_point deadline);
+    bool isInsideCallback();
     void stop();
+    void abandon();
 
 private:
     CBaseWorker* worker;

@@ -1,9 +1,11 @@
+#include "canservice/CallApplication.h"
 #include "canservice/T21CanServiceFdbusClient.h"
 #include "log/Log.h"
 #include "tables/MessageCatalogue.h"
 #include "tables/SignalTable.h"
 
 using namespace qvn::platform::vehicle;
+using qvn::canservice::callApplication;
 
 namespace {
 
@@ -27,14 +29,17 @@ void T21CanServiceFdbusClient::feedbackSignalStatus(int code_id, VehicleProperty
             if (row.codeId != signal.code_id) {
                 continue;
             }
+            if (gate.isClosed()) {
+                return;  // the client ends; a message has up to 55 properties
+            }
             const int property = static_cast<int>(row.property);
             // An application may subscribe anew from inside its callback; the rest of the message is for the new one.
             if (const SetErrorCallback report = errorCallback) {
-                report(property, status);
+                callApplication([&] { report(property, status); });
             }
             if (status == VEHICLE_PROPERTY_STATUS_AVAILABLE) {
                 if (const AvailableSignalCallback replay = currentAvailableCallback()) {
-                    replay(static_cast<VehicleProperty>(property));
+                    callApplication([&] { replay(static_cast<VehicleProperty>(property)); });
                 }
             }
             QVN_LOG_AT(Info, message->logLine, message->logFormat, static_cast<int>(row.codeId), signal.name, property,

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "canservice/CallApplication.h"
 #include "canservice/T21CanServiceFdbusClient.h"
 #include "log/Log.h"
 
@@ -29,7 +30,7 @@ void inject(const SignalCallback& callback, std::int32_t property, int number) {
     VehiclePropValue value;
     value.prop = property;
     value.value.int32Values.push_back(number);
-    callback(std::move(value), PROPERTY_TYPE_INT32);
+    qvn::canservice::callApplication([&] { callback(std::move(value), PROPERTY_TYPE_INT32); });
 }
 
 }  // namespace
@@ -39,8 +40,18 @@ void T21CanServiceFdbusClient::sendPasworkCmd(int cmd) {
     inject(currentSignalCallback(), kSystemPowerMode, kPowerModeOn);
 }
 
-void T21CanServiceFdbusClient::registerErrSignalCallback(SetErrorCallback callback) {
-    errorCallback = callback;
+void T21CanServiceFdbusClient::registerErrSignalCallback(SetErrorCallback callback, std::uint64_t subscription) {
+    {
+        const qvn::sync::MutexLock lock(callbackMutex);
+        if (subscription >= subscriptionNumber) {
+            subscriptionNumber = subscription;
+            errorCallback = callback;
+        }
+    }
+    const CallbackGate::Passage passage(gate);
+    if (!passage) {
+        return;
+    }
 
     // Reverse may have been selected before anybody listened, so the level counts now, even with the service online.
     const int level = gpioport_get_inout_value(kReverseLine);
@@ -51,11 +62,21 @@ void T21CanServiceFdbusClient::registerErrSignalCallback(SetErrorCallback callba
         sendPasworkCmd(kCloseViews);
         QVN_LOG(Info, "[%s][%d]T22CanServiceFdbusClient gpio high level interrupt to close AVM/RVC/HAP!");
     }
-    if (stopped) {
+    watchReverseLine();
+    // An edge since the level was read has caused no interrupt.
+    if (gpioport_get_inout_value(kReverseLine) != level) {
+        gpioIsrCallback(this);
+    }
+}
+
+void T21CanServiceFdbusClient::watchReverseLine() {
+    if (gate.isClosed()) {
         return;
     }
-    gpioport_irq_func_register(kReverseLine, kBothEdges, &T21CanServiceFdbusClient::gpioIsrCallback, this);
-    if (stopped) {
+    if (gpioport_irq_func_register(kReverseLine, kBothEdges, &T21CanServiceFdbusClient::gpioIsrCallback, this) != 0) {
+        QVN_LOG(Error, "[%s][%d]cannot watch the reverse line, GPIO %d: the views open by CAN only!", kReverseLine);
+    }
+    if (gate.isClosed()) {
         gpioport_exit();  // stop() came in between
     }
 }
@@ -63,6 +84,10 @@ void T21CanServiceFdbusClient::registerErrSignalCallback(SetErrorCallback callba
 // The texts name neither this class nor always the level that was read; log analysis knows them this way.
 void T21CanServiceFdbusClient::gpioIsrCallback(void* context) {
     auto* const client = static_cast<T21CanServiceFdbusClient*>(context);
+    const CallbackGate::Passage passage(client->gate);
+    if (!passage) {
+        return;
+    }
     if (client->online) {
         QVN_LOG(Info, "[%s][%d]T22CanServiceFdbusClient online, gpioIsrCallback return!");
         return;

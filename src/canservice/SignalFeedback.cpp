@@ -46,12 +46,24 @@ bool T21CanServiceFdbusClient::signalFeedback(VehicleProperty property, T value)
         const std::string raw = encode(signal->encoding, quantity(value, signal->offset));
         can_service::SetSignalValueRequest request;
         request.set_raw_value(raw);
-        CFdbProtoMsgBuilder builder(request);
-        send(code, builder);
+        if (!hand(code, request)) {
+            QVN_LOG(Error, "[%s][%d]vehicle client has ended, set of property:%d refused!", static_cast<int>(property));
+            return false;
+        }
         QVN_LOG_AT(Error, signal->logLine, signal->logFormat, static_cast<unsigned char>(raw[0]));
         sent = true;
     }
     return sent;
+}
+
+bool T21CanServiceFdbusClient::hand(int code, const can_service::SetSignalValueRequest& request) {
+    const qvn::sync::MutexLock lock(sendMutex);
+    if (sendingEnded) {
+        return false;
+    }
+    CFdbProtoMsgBuilder builder(request);
+    send(code, builder);  // what it returns says nothing: also true while the service is away
+    return true;
 }
 
 template bool T21CanServiceFdbusClient::signalFeedback(VehicleProperty, int);

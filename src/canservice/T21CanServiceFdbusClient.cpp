@@ -23,11 +23,32 @@ T21CanServiceFdbusClient::~T21CanServiceFdbusClient() {
     T21CanServiceFdbusClient::stop();
 }
 
+bool T21CanServiceFdbusClient::closeGate(std::chrono::steady_clock::time_point deadline) {
+    gate.close();
+    return gate.waitForOthers(deadline);
+}
+
 void T21CanServiceFdbusClient::stop() {
-    if (!stopped.exchange(true)) {
+    // What is queued on the worker runs into the closed gate, so that a long queue is worked off at once.
+    gate.close();
+    if (endSending()) {
         gpioport_exit();
         prepareDestroy();
     }
+}
+
+void T21CanServiceFdbusClient::abandon() {
+    gate.close();
+    if (endSending()) {
+        disconnect();
+    }
+}
+
+bool T21CanServiceFdbusClient::endSending() {
+    const qvn::sync::MutexLock lock(sendMutex);
+    const bool first = !sendingEnded;
+    sendingEnded = true;
+    return first;
 }
 
 void T21CanServiceFdbusClient::setFuncSignalTable(const VehilceClientInfo* table) {

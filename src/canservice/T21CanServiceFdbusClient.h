@@ -5,10 +5,13 @@
 #include <vehicle/VehicleProperty.h>
 
 #include <atomic>
+#include <chrono>
+#include <cstdint>
 #include <functional>
 #include <memory>
 
 #include "adapter/T21CanSignalAdapter.h"
+#include "canservice/CallbackGate.h"
 #include "common.base.canservice.pb.h"
 #include "sync/Mutex.h"
 
@@ -17,7 +20,8 @@ using SignalCallback =
 using AvailableSignalCallback = std::function<void(qvn::platform::vehicle::VehicleProperty)>;
 
 /// The FDBus client of the CAN service. Bus callbacks run on the worker it was given; everything else may be called
-/// from any thread. Callbacks into the core run without a lock of this class held.
+/// from any thread. Callbacks into the core run without a lock of this class held; what the application throws there is
+/// logged and goes no further.
 class T21CanServiceFdbusClient : public CBaseClient {
 public:
     T21CanServiceFdbusClient(const char* name, CBaseWorker* worker);
@@ -28,11 +32,13 @@ public:
     void registerSignalCallback(SignalCallback callback);
     void registerAvailableSignalCallabck(AvailableSignalCallback callback);
     /// Stores the application's status callback, acts on the reverse line's present level and starts watching it.
-    void registerErrSignalCallback(qvn::platform::vehicle::SetErrorCallback callback);
+    /// A callback is not stored when one with a higher number is there: of two subscriptions at once the later one
+    /// counts.
+    void registerErrSignalCallback(qvn::platform::vehicle::SetErrorCallback callback, std::uint64_t subscription = 0);
 
     /// Sends one set request for each enabled table row of the property, in table order, on the caller's thread.
     /// Returns the outcome of the last one: false if that row's signal cannot be set, or if there was no row.
-    /// T is int, long, float or unsigned char.
+    /// False, too, once stop() or abandon() was called. T is int, long, float or unsigned char.
     template <class T>
     bool signalFeedback(qvn::platform::vehicle::VehicleProperty property, T value);
 
@@ -43,9 +49,18 @@ public:
     /// CAN.
     void sendPasworkCmd(int cmd);
 
-    /// Ends callbacks from the bus and the reverse line, for good; a further call does nothing. Must not run on the
-    /// worker.
+    /// Lets no further callback of the bus or the reverse line through to the core, and waits for those that run on
+    /// other threads; false when the time is over before.
+    bool closeGate(std::chrono::steady_clock::time_point deadline);
+    /// Whether the calling thread is inside such a callback.
+    bool isInsideCallback() { return gate.isInside(); }
+
+    /// Ends the traffic for good: no callback runs any more when it returns. A further call does nothing. Must not run
+    /// inside a callback.
     void stop();
+    /// Ends the traffic for good without waiting for the worker or the GPIO thread, for a process that ends while a
+    /// callback still runs.
+    void abandon();
 
 protected:
     void onOnline(FdbSessionId_t session, bool isFirst) override;
@@ -59,6 +74,10 @@ private:
 
     SignalCallback currentSignalCallback();
     AvailableSignalCallback currentAvailableCallback();
+    void watchReverseLine();
+    /// Keeps requests off the bus from now on; false when that was done before.
+    bool endSending();
+    bool hand(int code, const can_service::SetSignalValueRequest& request);
 
     SignalCallback signalCallback QVN_GUARDED_BY(callbackMutex);
     // Stays true once the service was reached: from then on the reverse line is left to CAN.
@@ -68,9 +87,14 @@ private:
     std::atomic<const VehilceClientInfo*> signal_table_{nullptr};
     AvailableSignalCallback availableSignalCallback QVN_GUARDED_BY(callbackMutex);
 
-    // Guards the two function objects, which are set while broadcasts may already arrive.
+    // Guards the two function objects, which are set while broadcasts may already arrive, and the order in which the
+    // status callback is replaced.
     qvn::sync::Mutex callbackMutex;
-    std::atomic<bool> stopped{false};
+    std::uint64_t subscriptionNumber QVN_GUARDED_BY(callbackMutex) = 0;
+    CallbackGate gate;
+    // Held while a request is handed to the bus, which must not end meanwhile.
+    qvn::sync::Mutex sendMutex;
+    bool sendingEnded QVN_GUARDED_BY(sendMutex) = false;
     // Used by onBroadcast only; keeps its storage from one signal to the next.
     can_service::BroadcastSignal broadcastSignal;
 };

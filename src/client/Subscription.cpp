@@ -58,13 +58,16 @@ bool VehicleClientImpl::subscribe(PropertyChangedCallback changed, std::vector<i
         QVN_LOG(Error, "[%s][%d]vehicle client is not initialized, subscribe refused!");
         return false;
     }
+    std::uint64_t number = 0;
     {
         const sync::MutexLock state(stateMutex);
         propertyChangedCallback = changed;
         setErrorCallback = status;
         subscribedIds = std::move(properties);
+        number = ++subscriptionNumber;
     }
-    serviceManager->registerErrSignalCallback(status);
+    // Of two subscriptions at once each of these places must keep the same one: the one with the higher number.
+    serviceManager->registerErrSignalCallback(status, number);
     serviceManager->registerAvailableSignalCallabck(
         [this](VehicleProperty property) { availableSignalCallback(property); });
     return true;

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "client/ProcessEnd.h"
 #include "client/VehicleClientImpl.h"
 #include "sync/Mutex.h"
 
@@ -17,22 +18,18 @@ sync::Mutex gSingletonMutex;
 
 std::atomic<VehicleClient*> VehicleClient::mVehicleClient{nullptr};
 
-/// Lets a process return from main while the singleton lives: the bus has static objects of its own, and no callback
-/// may run into their destruction. The singleton itself stays, for whoever still calls it.
-struct VehicleClient::ExitGuard {
-    ~ExitGuard() { mVehicleClient.load()->mImpl->quiesce(); }
-};
-
 VehicleClient* VehicleClient::getInstance() {
     VehicleClient* client = mVehicleClient;
     if (client == nullptr) {
         const sync::MutexLock lock(gSingletonMutex);
         client = mVehicleClient;
         if (client == nullptr) {
+            // Static objects go in the opposite order: the guard before everything that the client starts, the silence
+            // after that.
+            static BusSilence silence;
             client = new VehicleClient;
             mVehicleClient = client;
-            // Made after everything that the client started, and therefore run before that is torn down.
-            static const ExitGuard guard{};
+            static const ProcessEnd guard(*client->mImpl, silence);
         }
     }
     return client;

@@ -1,8 +1,12 @@
 #include "client/VehicleClientImpl.h"
 
+#include <fcntl.h>
 #include <psis/psis_client.h>
 #include <time.h>
+#include <unistd.h>
 
+#include <cerrno>
+#include <system_error>
 #include <utility>
 
 #include "canservice/FdbusServiceManager.h"
@@ -32,6 +36,30 @@ constexpr int kDefaultVariantLine = 78;
 constexpr int kPersistencyDoneLine = 81;
 constexpr int kKeyFailedLine = 92;
 
+constexpr int kContextAnswerMilliseconds = 1000;
+
+[[noreturn]] void fail(int error, const char* what) {
+    throw std::system_error(error, std::generic_category(), what);
+}
+
+/// Starts the bus's own thread. A false from start() is no failure by itself: it may be running already.
+void startContext() {
+    CFdbContext* const context = CFdbContext::getInstance();
+    if (!context->start(FDB_WORKER_ENABLE_FD_LOOP) && !context->flush(kContextAnswerMilliseconds)) {
+        fail(EAGAIN, "vehicle client: cannot start the FDBus context");
+    }
+}
+
+/// A lack of file descriptors passes, while a variant that cannot be read for another reason stays so.
+void throwIfOutOfDescriptors() {
+    const int descriptor = ::open("/dev/null", O_RDONLY);
+    if (descriptor >= 0) {
+        ::close(descriptor);
+    } else if (errno == EMFILE || errno == ENFILE) {
+        fail(errno, "vehicle client: cannot read the vehicle's variant");
+    }
+}
+
 }  // namespace
 
 VehicleClientImpl::VehicleClientImpl() : CBaseWorker("", 0, 0) {}
@@ -39,17 +67,23 @@ VehicleClientImpl::VehicleClientImpl() : CBaseWorker("", 0, 0) {}
 VehicleClientImpl::~VehicleClientImpl() {
     // Values may be flowing, and callbacks may set properties: they end first, so that none meets a half-destroyed
     // core.
-    quiesce();
+    stop();
     serviceManager.reset();
-    exit();
-    join();
+    if (workerStarted) {
+        exit();
+        join();
+    }
 }
 
 void VehicleClientImpl::init() {
-    CFdbContext::getInstance()->start(FDB_WORKER_ENABLE_FD_LOOP);
-    start(FDB_WORKER_DEFAULT);
+    startContext();
+    workerStarted = start(FDB_WORKER_DEFAULT);
+    if (!workerStarted) {
+        fail(EAGAIN, "vehicle client: cannot start its worker thread");
+    }
     if (!initVariant()) {
         QVN_LOG_AT(Error, kInitFailedLine, "[%s][%d]vehicle client initialize error!\n");
+        throwIfOutOfDescriptors();
         return;
     }
     initSignalTable(functionType);
@@ -144,11 +178,23 @@ bool VehicleClientImpl::getTimestamp(long& out) {
     return true;
 }
 
-void VehicleClientImpl::quiesce() {
-    // A thread that is inside a dispatch holds cacheMutex, for which the worker may be waiting.
-    const bool dispatches = dispatchThread.load(std::memory_order_relaxed) == std::this_thread::get_id();
-    if (serviceManager && !isSelf() && !dispatches) {
+bool VehicleClientImpl::closeGate(std::chrono::steady_clock::time_point deadline) {
+    return !serviceManager || serviceManager->closeGate(deadline);
+}
+
+bool VehicleClientImpl::isInsideCallback() {
+    return serviceManager && serviceManager->isInsideCallback();
+}
+
+void VehicleClientImpl::stop() {
+    if (serviceManager) {
         serviceManager->stop();
+    }
+}
+
+void VehicleClientImpl::abandon() {
+    if (serviceManager) {
+        serviceManager->abandon();
     }
 }
 

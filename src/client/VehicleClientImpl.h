@@ -5,6 +5,8 @@
 #include <vehicle/VehicleProperty.h>
 
 #include <atomic>
+#include <chrono>
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <thread>
@@ -31,6 +33,7 @@ public:
 
     /// Starts the worker, chooses the function and connects. Called once. If the variant cannot be read, the core
     /// stays without cache and connection.
+    /// @throws std::system_error when the system has no thread to give, or no file descriptor to read the variant with
     void init();
     void deinit();
     /// One byte of variant configuration; 0 if it cannot be read.
@@ -64,9 +67,11 @@ public:
     bool setByteProperty(int property, std::vector<unsigned char>& value);
     bool setStringProperty(int property, std::string& value);
 
-    /// Ends all callbacks, for good, without giving anything up; does nothing on the worker itself and inside a
-    /// dispatch.
-    void quiesce();
+    // How the traffic of a process that exits is ended; see T21CanServiceFdbusClient.
+    bool closeGate(std::chrono::steady_clock::time_point deadline);
+    bool isInsideCallback();
+    void stop();
+    void abandon();
 
 private:
     class DispatchLock;
@@ -95,6 +100,8 @@ protected:
     std::vector<int> subscribedIds QVN_GUARDED_BY(stateMutex);
 
     sync::Mutex stateMutex;
+    std::uint64_t subscriptionNumber QVN_GUARDED_BY(stateMutex) = 0;
+    bool workerStarted = false;
     // The thread that holds cacheMutex for a dispatch. Only that thread can find itself here: no order is needed.
     std::atomic<std::thread::id> dispatchThread{std::thread::id()};
 };

@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <mutex>
+#include <optional>
 #include <thread>
 
 namespace qvn::test::fake_gpio {
@@ -21,6 +22,8 @@ std::mutex running;
 std::atomic<int> level{1};
 std::vector<Registration> registrations;
 std::vector<std::string> journal;
+bool registrationFails = false;
+std::optional<int> levelAtRegistration;
 
 void note(std::string call) {
     const std::lock_guard<std::mutex> lock(mutex);
@@ -34,6 +37,8 @@ void reset() {
     level = 1;
     registrations.clear();
     journal.clear();
+    registrationFails = false;
+    levelAtRegistration.reset();
 }
 
 void setLevel(int newLevel) {
@@ -56,20 +61,33 @@ void edge(int newLevel) {
     interrupt.join();
 }
 
+void failRegistrations() {
+    registrationFails = true;
+}
+
+void moveBeforeRegistration(int newLevel) {
+    levelAtRegistration = newLevel;
+}
+
 std::vector<std::string> calls() {
     const std::lock_guard<std::mutex> lock(mutex);
     return journal;
 }
 
-void add(int line, int mode, Registration registration) {
+int add(int line, int mode, Registration registration) {
     note("register " + std::to_string(line) + " " + std::to_string(mode));
     const std::lock_guard<std::mutex> lock(mutex);
+    if (registrationFails) {
+        return -1;
+    }
+    level = levelAtRegistration.value_or(level);
     for (const Registration& known : registrations) {
         if (known.context == registration.context) {
-            return;
+            return 0;
         }
     }
     registrations.push_back(registration);
+    return 0;
 }
 
 void close() {
@@ -105,8 +123,7 @@ extern "C" __attribute__((visibility("default"))) int gpioport_get_inout_value(i
 extern "C" __attribute__((visibility("default"))) int gpioport_irq_func_register(int line, int mode,
                                                                                  void (*callback)(void*),
                                                                                  void* context) {
-    fake::add(line, mode, {callback, context});
-    return 0;
+    return fake::add(line, mode, {callback, context});
 }
 
 extern "C" __attribute__((visibility("default"))) int gpioport_exit() {

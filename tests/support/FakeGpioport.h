@@ -14,6 +14,9 @@ void reset();
 void setLevel(int level);
 /// Sets the level and runs the registered callbacks on a thread of their own, waiting for their end.
 void edge(int level);
+/// From now on a registration fails, or succeeds while the level changes just before it.
+void failRegistrations();
+void moveBeforeRegistration(int level);
 /// Every call but level reads: "request 0", "register 87 3", "exit".
 std::vector<std::string> calls();
 

@@ -1,0 +1,149 @@
+// An application that ends in one of many ways; its argument says how. See ways below.
+
+#include <sys/wait.h>
+#include <unistd.h>
+#include <vehicle/VehicleClient.h>
+
+#include <atomic>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <future>
+#include <map>
+#include <stdexcept>
+#include <string>
+#include <thread>
+
+using namespace qvn::platform::vehicle;
+
+namespace {
+
+constexpr int kDoor = 0x21400E20;
+constexpr int kSpeed = 0x21600E1F;
+constexpr int kCommand = 0x21403033;
+constexpr int kExitCode = 7;
+
+using Callback = void (*)(VehiclePropValue, PropertyType);
+
+std::promise<void> firstValue;
+std::promise<void> mainHasEnded;  // nobody fulfils it
+std::atomic<int> valuesSeen{0};
+
+bool isFirst() {
+    return valuesSeen++ == 0;
+}
+
+void setCommand() {
+    std::vector<int> value = {1};
+    VehicleClient::getInstance()->setInt32Property(kCommand, value);
+}
+
+void tell(VehiclePropValue, PropertyType) {
+    if (isFirst()) {
+        firstValue.set_value();
+    }
+}
+
+void exitInCallback(VehiclePropValue, PropertyType) {
+    std::exit(kExitCode);
+}
+
+void beSlow(VehiclePropValue value, PropertyType type) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    tell(std::move(value), type);
+}
+
+void waitForMain(VehiclePropValue value, PropertyType type) {
+    tell(std::move(value), type);
+    mainHasEnded.get_future().wait();
+}
+
+/// Values arrive at this callback until the process ends, and it must see none after.
+void subscribe(Callback changed, bool waits = true) {
+    VehicleClient::getInstance()->subscribe(changed, {kDoor, kSpeed}, nullptr);
+    if (waits) {
+        firstValue.get_future().wait();
+    }
+}
+
+int exitOnThread() {
+    subscribe(&tell);
+    std::thread([] { std::exit(kExitCode); }).detach();
+    for (;;) {
+        pause();
+    }
+}
+
+int exitInACallback() {
+    subscribe(&exitInCallback, false);
+    for (;;) {
+        pause();
+    }
+}
+
+/// As a shell does it, for a program that is not there.
+int forkAChildThatCannotExec() {
+    subscribe(&tell);
+    const pid_t child = fork();
+    if (child == 0) {
+        execl("/nonexistent", "nonexistent", nullptr);
+        std::exit(127);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    return WIFEXITED(status) && WEXITSTATUS(status) == 127 ? kExitCode : 1;
+}
+
+int leaveManySetsOnTheWay() {
+    subscribe(&tell);
+    std::puts("ready");  // time to stop the service
+    std::fflush(stdout);
+    std::getchar();
+    for (int i = 0; i < 20000; ++i) {
+        setCommand();
+    }
+    return kExitCode;
+}
+
+/// Made before the client, so gone after it.
+struct SetterInADestructor {
+    ~SetterInADestructor() {
+        if (atTheEnd) {
+            setCommand();
+        }
+    }
+    bool atTheEnd = false;
+} setterInADestructor;
+
+int setInADestructor() {
+    subscribe(&tell);
+    setterInADestructor.atTheEnd = true;
+    return kExitCode;
+}
+
+const std::map<std::string, int (*)()> ways = {
+    {"return", [] { return subscribe(&tell), kExitCode; }},
+    {"return-without-service", [] { return subscribe(&tell, false), kExitCode; }},
+    {"exit-on-thread", &exitOnThread},
+    {"exit-in-callback", &exitInACallback},
+    {"slow-callback", [] { return subscribe(&beSlow), kExitCode; }},
+    {"callback-waits-for-main", [] { return subscribe(&waitForMain), kExitCode; }},
+    {"fork-and-fail-to-exec", &forkAChildThatCannotExec},
+    {"many-sets", &leaveManySetsOnTheWay},
+    {"set-in-destructor", &setInADestructor},
+};
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    const auto way = argc == 2 ? ways.find(argv[1]) : ways.end();
+    if (way == ways.end()) {
+        std::fputs("usage: ending_application WAY, one of:", stderr);
+        for (const auto& known : ways) {
+            std::fprintf(stderr, " %s", known.first.c_str());
+        }
+        std::fputs("\n", stderr);
+        return 2;
+    }
+    return way->second();
+}

@@ -1,0 +1,66 @@
+#include <gtest/gtest.h>
+
+#include <csignal>
+
+#include "e2e/Process.h"
+#include "support/Scale.h"
+
+namespace {
+
+using namespace qvn::e2e;
+using Seconds = std::chrono::duration<double>;
+
+constexpr int kExitCode = 7;
+
+/// A service that sends values all the time, and applications that end.
+class ProcessEnd : public ::testing::Test {
+protected:
+    std::unique_ptr<Process> application(const std::string& way) const {
+        return std::make_unique<Process>(std::vector<std::string>{QVN_ENDING_APPLICATION, way},
+                                         Process::Environment{{"QVN_HOST_DIR", desk.directory()}});
+    }
+    Desk::Result run(const std::string& way) const { return desk.run({QVN_ENDING_APPLICATION, way}); }
+
+    const Desk desk;
+    const std::string trace =
+        desk.file("values.trace", "(0) ESP_FD2_VehSpd=4.5 every 0.002\n(0) BCM1_DrvDoorSts=1 every 0.003\n");
+    std::unique_ptr<Process> service = desk.simulator({"--play", trace});
+};
+
+TEST_F(ProcessEnd, IsCleanOnEveryWayOutUnderTraffic) {
+    for (const char* way : {"return", "return-without-service", "exit-on-thread", "exit-in-callback", "slow-callback",
+                            "fork-and-fail-to-exec", "set-in-destructor"}) {
+        for (int i = 0; i < qvn::test::scaled(20); ++i) {
+            const Desk::Result result = run(way);
+            ASSERT_EQ(result.exitCode, kExitCode) << way << ", run " << i << ": " << result.errors;
+            ASSERT_EQ(result.output, "") << way;
+        }
+    }
+}
+
+TEST_F(ProcessEnd, IsCleanWithoutAService) {
+    service.reset();
+    for (int i = 0; i < qvn::test::scaled(20); ++i) {
+        const Desk::Result result = run("return-without-service");
+        ASSERT_EQ(result.exitCode, kExitCode) << result.errors;
+    }
+}
+
+TEST_F(ProcessEnd, DoesNotWaitForeverForACallbackThatWaitsForMain) {
+    const auto begin = std::chrono::steady_clock::now();
+    const Desk::Result result = run("callback-waits-for-main");
+    EXPECT_EQ(result.exitCode, kExitCode);
+    EXPECT_NE(result.errors.find("a callback of the application is still running"), std::string::npos) << result.errors;
+    EXPECT_GE(Seconds(std::chrono::steady_clock::now() - begin).count(), 1.9);
+}
+
+TEST_F(ProcessEnd, DoesNotWaitForAServiceThatIsStopped) {
+    const std::unique_ptr<Process> sender = application("many-sets");
+    ASSERT_TRUE(sender->waitForOutput("ready\n"));
+    service->signal(SIGSTOP);
+    sender->write("\n");
+    EXPECT_EQ(sender->wait(), kExitCode) << sender->errors();
+    service->signal(SIGCONT);
+}
+
+}  // namespace
