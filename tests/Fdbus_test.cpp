@@ -156,6 +156,15 @@ public:
     std::promise<void> release;
 };
 
+class Job : public CBaseJob {
+public:
+    explicit Job(std::function<void()> task) : mTask(std::move(task)) {}
+    void run(CBaseWorker*, Ptr&) override { mTask(); }
+
+private:
+    std::function<void()> mTask;
+};
+
 class FdbusTest : public testing::Test {
 protected:
     FdbusTest() {
@@ -378,6 +387,28 @@ TEST_F(FdbusTest, LargePayloadsAndBlockedReceivers) {
     EXPECT_EQ("19", received[40]);
 }
 
+// A job that waits for what it has sent to arrive stands for an application's callback that takes long.
+TEST_F(FdbusTest, FramesLeaveWhileTheLoopIsBusy) {
+    Server server(&serverWorker);
+    server.bind(kUrl);
+    Client client(&clientWorker, {1});
+    client.connect(kUrl);
+    client.broadcasts.waitFor(1);
+    clientWorker.sendSync(new Job([&] {
+        for (int i = 0; i < 9; ++i) {
+            client.send(5, "set", 3);
+        }
+        EXPECT_EQ(9u, server.received.waitFor(9).size());
+    }));
+    const std::string large(1 << 20, 'x');  // more than the socket holds
+    serverWorker.sendSync(new Job([&] {
+        for (int i = 0; i < 9; ++i) {
+            server.broadcast(1, large.data(), static_cast<int32_t>(large.size()));
+        }
+        EXPECT_EQ(10u, client.broadcasts.waitFor(10).size());
+    }));
+}
+
 TEST_F(FdbusTest, ClientThatFallsTooFarBehindIsCutOffAndComesBack) {
     Server server(&serverWorker);
     server.bind(kUrl);
@@ -436,15 +467,6 @@ TEST_F(FdbusTest, ExceptionsOfCallbacksAreSwallowed) {
     client.connect(kUrl);
     EXPECT_EQ(2u, client.broadcasts.waitFor(2).size());
 }
-
-class Job : public CBaseJob {
-public:
-    explicit Job(std::function<void()> task) : mTask(std::move(task)) {}
-    void run(CBaseWorker*, Ptr&) override { mTask(); }
-
-private:
-    std::function<void()> mTask;
-};
 
 TEST(FdbusWorkerTest, JobsRunInOrderOnTheWorker) {
     CBaseWorker worker("jobs", 3);

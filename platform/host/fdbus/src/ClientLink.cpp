@@ -126,13 +126,8 @@ void ClientLink::tryConnect() {
     if (!isSameUser(fd.get(), label)) {
         return;
     }
-    std::shared_ptr<Connection> connection;
-    try {
-        Connection::Socket socket(mLoop->context(), asio::local::stream_protocol(), fd.get());
-        fd.release();
-        connection = std::make_shared<Connection>(*mLoop, std::move(socket), label);
-    } catch (const std::system_error& error) {
-        errno = error.code().value();
+    const std::shared_ptr<Connection> connection = Connection::open(*mLoop, std::move(fd), label);
+    if (!connection) {
         retryLater("connect");
         return;
     }

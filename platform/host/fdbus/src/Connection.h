@@ -2,11 +2,10 @@
 
 #include "EventLoop.h"
 #include "Frame.h"
+#include "Output.h"
 
-#include <sync/Mutex.h>
-#include <asio/local/stream_protocol.hpp>
+#include <asio/posix/stream_descriptor.hpp>
 
-#include <chrono>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -24,42 +23,33 @@ public:
     virtual void onClosed() = 0;
 };
 
-/// One stream of frames between a client and a server.
-///
-/// The loop's thread reads; any thread may send. A lone frame is written at once by the thread that sends it. Frames
-/// that follow each other closely are gathered: the loop, or the sender of the frame that fills the batch, writes them
-/// together. What the peer does not take waits in a queue of bounded size; a peer that overruns it is disconnected.
+/// One stream of frames between a client and a server. The loop's thread reads; any thread may send.
 class Connection : public std::enable_shared_from_this<Connection> {
 public:
-    using Socket = asio::local::stream_protocol::socket;
+    using Descriptor = std::unique_ptr<asio::posix::stream_descriptor>;
 
-    /// @param label names the other side in log lines
-    Connection(EventLoop& loop, Socket socket, std::string label);
+    /// Takes over a connected socket; `label` names the other side in log lines. Null, with errno set, when the system
+    /// is short of something.
+    static std::shared_ptr<Connection> open(EventLoop& loop, UniqueFd socket, const std::string& label);
+
+    /// Of open().
+    Connection(Descriptor input, UniqueFd output, const std::string& label);
 
     /// Starts to read. Call it on the loop.
     void start(std::weak_ptr<ConnectionHandler> handler);
     /// False when the connection has ended.
-    bool send(std::string_view frame);
-    /// Ends the connection; the handler is not told. What the kernel does not take at once is dropped.
+    bool send(std::string_view frame) { return mOutput->send(frame); }
+    /// Ends the connection; the handler is not told. What the kernel does not take at once is dropped. Call it on the
+    /// loop, or between two handlers of it.
     void close();
 
 private:
-    using Clock = std::chrono::steady_clock;
-
     void read();
     void onRead(const std::error_code& error, size_t bytes);
     bool dispatch(ConnectionHandler& handler);
     void end(const char* reason);
 
-    size_t queuedBytes() const QVN_REQUIRES(mMutex) { return mGathered.size() + mInFlight.size() - mInFlightSent; }
-    bool writeDirect(std::string_view frame) QVN_REQUIRES(mMutex);
-    void scheduleFlush() QVN_REQUIRES(mMutex);
-    void flush() QVN_REQUIRES(mMutex);
-    void awaitWritable() QVN_REQUIRES(mMutex);
-    void breakOff() QVN_REQUIRES(mMutex);
-
-    EventLoop& mLoop;
-    Socket mSocket;
+    const Descriptor mInput;
     const std::string mLabel;
     std::weak_ptr<ConnectionHandler> mHandler;
 
@@ -68,15 +58,8 @@ private:
     size_t mReadBegin = 0;
     size_t mReadEnd = 0;
 
-    qvn::sync::Mutex mMutex;
-    bool mClosed QVN_GUARDED_BY(mMutex) = false;
-    std::vector<char> mGathered QVN_GUARDED_BY(mMutex);  // frames that wait for the next write
-    std::vector<char> mInFlight QVN_GUARDED_BY(mMutex);  // frames of the write that is under way
-    size_t mInFlightSent QVN_GUARDED_BY(mMutex) = 0;
-    bool mWriting QVN_GUARDED_BY(mMutex) = false;         // a thread is in flush() without the lock
-    bool mAwaitsWritable QVN_GUARDED_BY(mMutex) = false;  // the kernel's buffer is full
-    bool mFlushScheduled QVN_GUARDED_BY(mMutex) = false;
-    Clock::time_point mLastSend QVN_GUARDED_BY(mMutex);
+    // Has a descriptor of its own, since the Writer may use it when the loop, and this with it, is gone.
+    const std::shared_ptr<Output> mOutput;
 };
 
 }  // namespace fdb

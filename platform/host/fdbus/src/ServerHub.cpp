@@ -143,15 +143,11 @@ void ServerHub::openSession(UniqueFd fd) {
     if (!isSameUser(fd.get(), label)) {
         return;
     }
-    Connection::Socket socket(mLoop->context());
-    std::error_code error;
-    socket.assign(asio::local::stream_protocol(), fd.get(), error);
-    if (error) {
-        lgklog_print(1, "fdbus: %s: %s", label.c_str(), error.message().c_str());
+    const std::shared_ptr<Connection> connection = Connection::open(*mLoop, std::move(fd), label);
+    if (!connection) {
+        lgklog_print(1, "fdbus: cannot serve %s: %s", label.c_str(), std::strerror(errno));
         return;
     }
-    fd.release();
-    const auto connection = std::make_shared<Connection>(*mLoop, std::move(socket), label);
     const auto session = std::make_shared<ServerSession>(weak_from_this(), id, connection);
     const bool first = mSessions.empty();
     mSessions.emplace(id, session);
