@@ -81,6 +81,8 @@ CanService::CanService(std::string name, Observer observer)
 
 CanService::~CanService() {
     goDown();
+    worker_.exit();
+    worker_.join();
 }
 
 bool CanService::goUp() {
@@ -88,9 +90,7 @@ bool CanService::goUp() {
         return true;
     }
     auto server = std::make_unique<Server>(*this);
-    if (!isValidFdbId(server->bind(("svc://" + name_).c_str()))) {
-        return false;
-    }
+    server->bind(("svc://" + name_).c_str());
     server_ = std::move(server);
     return true;
 }
