@@ -34,9 +34,7 @@ int main(int argc, char** argv) {
     CBaseWorker worker("service");
     worker.start();
     Service service(&worker);
-    if (!isValidFdbId(service.bind("svc://fdbus_can_service"))) {
-        return 1;
-    }
+    service.bind("svc://fdbus_can_service");
     while (!shared.ready) {
         usleep(1000);
     }
@@ -67,6 +65,9 @@ int main(int argc, char** argv) {
     for (int i = 0; shared.received != options.count && i < 30000; ++i) {
         usleep(1000);
     }
+    service.prepareDestroy();
+    worker.exit();
+    worker.join();
     if (paced) {
         std::printf("{\"program\": \"service\", \"broadcast_p50_us\": %.2f}\n", bench::percentileUs(broadcasts, 50));
     }
