@@ -1,12 +1,15 @@
 #include <common_base/fdbus.h>
 #include <gtest/gtest.h>
 
+#include <dlfcn.h>
+#include <pthread.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
 #include <unistd.h>
 
 #include <atomic>
+#include <cerrno>
 #include <chrono>
 #include <condition_variable>
 #include <cstdlib>
@@ -19,6 +22,15 @@
 #include <string>
 #include <thread>
 #include <vector>
+
+std::atomic<bool> refuseThreads{false};
+
+/// Stands before the system's own, which it can hide.
+extern "C" int pthread_create(pthread_t* thread, const pthread_attr_t* attributes, void* (*run)(void*),
+                              void* argument) {
+    static const auto system = reinterpret_cast<decltype(&pthread_create)>(dlsym(RTLD_NEXT, "pthread_create"));
+    return refuseThreads ? EAGAIN : system(thread, attributes, run, argument);
+}
 
 namespace {
 
@@ -175,7 +187,13 @@ protected:
         serverWorker.start();
         clientWorker.start();
     }
-    ~FdbusTest() override { std::filesystem::remove_all(mDir); }
+    ~FdbusTest() override {
+        for (CBaseWorker* const worker : {&serverWorker, &clientWorker}) {
+            worker->exit();
+            worker->join();
+        }
+        std::filesystem::remove_all(mDir);
+    }
 
     /// A raw connection to the service, as a peer that does not know the protocol would make it.
     int connectRaw() const {
@@ -446,9 +464,10 @@ TEST_F(FdbusTest, ObjectsMayGoWhileTrafficFlows) {
         Client orphan(&ending);
         orphan.connect(kUrl);
         if (round % 3 == 0) {
-            ending.exit();
-            ending.join();
+            orphan.prepareDestroy();
         }
+        ending.exit();
+        ending.join();
     }
     stop = true;
     traffic.join();
@@ -468,42 +487,78 @@ TEST_F(FdbusTest, ExceptionsOfCallbacksAreSwallowed) {
     EXPECT_EQ(2u, client.broadcasts.waitFor(2).size());
 }
 
-TEST(FdbusWorkerTest, JobsRunInOrderOnTheWorker) {
+TEST(FdbusWorkerTest, RunsJobsInOrderFromStartToExit) {
     CBaseWorker worker("jobs", 3);
+    EXPECT_FALSE(worker.sendAsync(new Job([] {}))) << "nothing waits for a start";
+    EXPECT_FALSE(worker.flush());
+    std::promise<void> reached, opened;
+    EXPECT_TRUE(worker.start());
+    EXPECT_TRUE(worker.sendSync(new Job([&] {
+        EXPECT_TRUE(worker.isSelf());
+        EXPECT_FALSE(worker.join()) << "a worker cannot wait for itself";
+        EXPECT_FALSE(worker.flush());
+    })));
+    EXPECT_TRUE(worker.sendAsync(new Job([&] {
+        reached.set_value();
+        opened.get_future().wait();
+    })));
+    reached.get_future().wait();
     std::vector<int> ran;
     for (int i = 0; i < 3; ++i) {
-        EXPECT_TRUE(worker.sendAsync(new Job([&, i] {
-            EXPECT_TRUE(worker.isSelf());
-            ran.push_back(i);
-        })));
+        EXPECT_TRUE(worker.sendAsync(new Job([&, i] { ran.push_back(i); })));
     }
     EXPECT_FALSE(worker.sendAsync(new Job([] {}))) << "the queue holds three";
-    EXPECT_FALSE(worker.flush(1)) << "nothing runs before start";
-    EXPECT_TRUE(worker.start());
-    EXPECT_TRUE(worker.start()) << "a second start is harmless";
-    while (!worker.flush()) {  // refused while the queue is full
-        std::this_thread::yield();
-    }
-    EXPECT_EQ((std::vector<int>{0, 1, 2}), ran);
-    EXPECT_TRUE(worker.sendSync(new Job([&] {
-        EXPECT_FALSE(worker.join()) << "a worker cannot wait for itself";
-        EXPECT_TRUE(worker.flush()) << "nor block itself";
-    })));
     worker.exit();
+    opened.set_value();
     EXPECT_TRUE(worker.join());
-    EXPECT_FALSE(worker.flush()) << "the loop has ended";
+    EXPECT_EQ((std::vector<int>{0, 1, 2}), ran) << "exit() lets the jobs before it run";
+    EXPECT_FALSE(worker.sendAsync(new Job([] {})));
+    EXPECT_FALSE(worker.flush());
+}
+
+TEST(FdbusWorkerTest, StartsOnce) {
+    CBaseWorker worker("once");
+    EXPECT_TRUE(worker.start());
+    EXPECT_FALSE(worker.start());
+    worker.exit();
+    worker.join();
+    EXPECT_FALSE(worker.start());
+}
+
+TEST(FdbusWorkerTest, ReportsAThreadThatRunsAtItsDestruction) {
+    testing::internal::CaptureStderr();
+    {
+        CBaseWorker worker("left alone");
+        worker.start();
+    }
+    const std::string log = testing::internal::GetCapturedStderr();
+    EXPECT_NE(log.find("worker 'left alone' is destroyed while its thread runs"), std::string::npos) << log;
+}
+
+TEST(FdbusWorkerTest, SaysWhenThereIsNoThreadToStart) {
+    CBaseWorker worker("starved");
+    refuseThreads = true;
+    EXPECT_FALSE(worker.start());
+    refuseThreads = false;
+    EXPECT_FALSE(worker.flush()) << "nothing waits for a loop that does not run";
+    EXPECT_TRUE(worker.start()) << "it may be tried again";
+    EXPECT_TRUE(worker.flush());
+    worker.exit();
+    worker.join();
 }
 
 TEST(FdbusWorkerTest, LoopMayRunInPlace) {
     CBaseWorker worker("here");
-    const std::thread::id self = std::this_thread::get_id();
-    std::thread::id ranOn;
-    worker.sendAsync(new Job([&] {
-        ranOn = std::this_thread::get_id();
-        worker.exit();
-    }));
+    std::thread other([&] {
+        while (!worker.sendAsync(new Job([&] {
+            EXPECT_TRUE(worker.isSelf());
+            worker.exit();
+        }))) {
+            std::this_thread::yield();
+        }
+    });
     EXPECT_TRUE(worker.start(FDB_WORKER_EXE_IN_PLACE));
-    EXPECT_EQ(self, ranOn);
+    other.join();
 }
 
 }  // namespace

@@ -45,8 +45,12 @@ CBaseWorker::CBaseWorker(const char* thread_name, uint32_t normal_queue_size, ui
       mLoop(std::make_shared<fdb::EventLoop>()) {}
 
 CBaseWorker::~CBaseWorker() {
-    mLoop->stop();
-    mLoop->join(0);
+    if (mLoop->running()) {
+        lgklog_print(0, "fdbus: worker '%s' is destroyed while its thread runs; call exit() and join() before",
+                     mName.c_str());
+        mLoop->stop();
+        mLoop->join(0);
+    }
 }
 
 bool CBaseWorker::start(uint32_t flag) {
@@ -54,7 +58,9 @@ bool CBaseWorker::start(uint32_t flag) {
 }
 
 void CBaseWorker::exit(int32_t /*code*/) {
-    mLoop->stop();
+    if (mLoop->running()) {
+        mLoop->post([loop = mLoop.get()] { loop->stop(); });
+    }
 }
 
 bool CBaseWorker::join(uint32_t ms) {
@@ -71,7 +77,7 @@ bool CBaseWorker::sendAsync(CBaseJob* job) {
 }
 
 bool CBaseWorker::sendAsync(CBaseJob::Ptr& job) {
-    if (!job || (mQueueSize != 0 && mQueued->load() >= mQueueSize)) {
+    if (!job || !mLoop->running() || (mQueueSize != 0 && mQueued->load() >= mQueueSize)) {
         return false;
     }
     ++*mQueued;
@@ -88,12 +94,8 @@ bool CBaseWorker::sendSync(CBaseJob* job, int32_t ms) {
 }
 
 bool CBaseWorker::sendSync(CBaseJob::Ptr& job, int32_t ms) {
-    if (!job) {
+    if (!job || isSelf()) {
         return false;
-    }
-    if (isSelf()) {
-        runGuarded(*job, this, job);
-        return true;
     }
     const auto done = std::make_shared<std::atomic<bool>>(false);
     CBaseJob::Ptr wrapped = std::make_shared<SyncJob>(job, done);

@@ -1,11 +1,13 @@
 #include "EventLoop.h"
 
+#include <lgklog/lgklog.h>
 #include <pthread.h>
 
 #include <asio/steady_timer.hpp>
 
 #include <cerrno>
 #include <chrono>
+#include <exception>
 
 namespace fdb {
 
@@ -43,24 +45,30 @@ std::unique_ptr<asio::posix::stream_descriptor> EventLoop::adopt(UniqueFd fd) {
 bool EventLoop::start(const std::string& threadName, bool inPlace) {
     {
         const MutexLock lock(mMutex);
-        if (mRunning) {
-            return true;
+        if (mStarted) {
+            return false;
         }
-        if (mThread.joinable()) {
-            mThread.join();  // a loop that has ended before
-        }
-        mContext.restart();
-        mRunning = true;
+        mStarted = mRunning = true;
         if (!inPlace) {
-            mThread = std::thread([self = shared_from_this(), threadName] {
-                pthread_setname_np(pthread_self(), threadName.substr(0, 15).c_str());
-                self->run();
-            });
-            return true;
+            return startThread(threadName);
         }
     }
     run();
     return true;
+}
+
+bool EventLoop::startThread(const std::string& name) {
+    try {
+        mThread = std::thread([self = shared_from_this(), name] {
+            pthread_setname_np(pthread_self(), name.substr(0, 15).c_str());
+            self->run();
+        });
+        return true;
+    } catch (const std::exception& error) {
+        mStarted = mRunning = false;
+        lgklog_print(0, "fdbus: cannot start the thread of worker '%s': %s", name.c_str(), error.what());
+        return false;
+    }
 }
 
 void EventLoop::run() {
@@ -82,7 +90,7 @@ bool EventLoop::join(uint32_t milliseconds) {
         return false;
     }
     MutexLock lock(mMutex);
-    const auto ended = [this]() QVN_REQUIRES(mMutex) { return !mRunning; };
+    const auto ended = [this] { return !mRunning; };
     if (milliseconds == 0) {
         mChanged.wait(lock.native(), ended);
     } else if (!mChanged.wait_for(lock.native(), std::chrono::milliseconds(milliseconds), ended)) {
@@ -117,7 +125,7 @@ void EventLoop::runExclusive(const std::function<void()>& task) {
 
 bool EventLoop::waitForSignal(const std::atomic<bool>& done, int32_t milliseconds) {
     MutexLock lock(mMutex);
-    const auto over = [&]() QVN_REQUIRES(mMutex) { return done || !mRunning; };
+    const auto over = [&] { return done || !mRunning; };
     if (milliseconds > 0) {
         mChanged.wait_for(lock.native(), std::chrono::milliseconds(milliseconds), over);
     } else {

@@ -32,8 +32,11 @@ public:
     /// the system has no room for it.
     std::unique_ptr<asio::posix::stream_descriptor> adopt(UniqueFd fd);
 
-    /// Runs the loop on a new thread, or on the calling one until stop(). True also when it runs already.
+    /// Runs the loop on a new thread, or on the calling one until stop(). False when it was started before, and, with a
+    /// log line, when there is no thread to be had.
     bool start(const std::string& threadName, bool inPlace);
+    /// From start() until the loop has ended.
+    bool running() const { return mRunning; }
     /// Lets the loop end after the handler that is running now.
     void stop();
     /// Waits for the loop's thread; `milliseconds` 0 is without limit. False on that thread, and when time is over.
@@ -60,6 +63,7 @@ private:
         bool done = false;
     };
 
+    bool startThread(const std::string& name) QVN_REQUIRES(mMutex);
     void run();
     void runTasksLocked() QVN_REQUIRES(mMutex);
 
@@ -70,7 +74,8 @@ private:
     qvn::sync::Mutex mMutex;
     std::condition_variable mChanged;
     std::deque<Task*> mTasks QVN_GUARDED_BY(mMutex);
-    bool mRunning QVN_GUARDED_BY(mMutex) = false;
+    std::atomic<bool> mRunning{false};  // changed under mMutex, so that a wait for it misses nothing
+    bool mStarted QVN_GUARDED_BY(mMutex) = false;
     std::thread mThread QVN_GUARDED_BY(mMutex);
 };
 

@@ -21,23 +21,24 @@ public:
     /// @param normal_queue_size most jobs that may wait; 0 is unlimited
     /// @param urgent_queue_size accepted for the interface; there is one queue
     explicit CBaseWorker(const char* thread_name = "", uint32_t normal_queue_size = 0, uint32_t urgent_queue_size = 0);
-    /// Ends the loop and waits for its thread. Jobs that have not run are dropped.
+    /// Call exit() and join() first. A thread that still runs is reported at level 0, ended and waited for.
     ~CBaseWorker() override;
     CBaseWorker(const CBaseWorker&) = delete;
     CBaseWorker& operator=(const CBaseWorker&) = delete;
 
-    /// Starts the loop (flags: FDB_WORKER_...). True also when it runs already.
+    /// Starts the loop (flags: FDB_WORKER_...), once: false when it was started before, even if it has ended since.
+    /// False also, with a log line at level 0, when the system has no thread to give.
     bool start(uint32_t flag = FDB_WORKER_DEFAULT);
-    /// Asks the loop to end after the job that is running now.
+    /// Asks the loop to end after the jobs that were sent before.
     void exit(int32_t code = 1);
     bool join(uint32_t ms = 0) override;
     bool isSelf() const override;
 
-    /// Queues a job; the raw form takes ownership. False when the queue is full.
+    /// Queues a job; the raw form takes ownership. False when the loop is not running or the queue is full.
     bool sendAsync(CBaseJob* job);
     bool sendAsync(CBaseJob::Ptr& job);
-    /// Queues a job and waits until it has run: at most `ms` milliseconds, 0 without limit. On the worker's own thread
-    /// the job runs at once. False when the queue is full, the loop is not running or the time is over.
+    /// Queues a job and waits until it has run: at most `ms` milliseconds, 0 without limit. False when the loop is not
+    /// running, the queue is full or the time is over, and on the worker's own thread, which cannot wait for itself.
     bool sendSync(CBaseJob* job, int32_t ms = 0);
     bool sendSync(CBaseJob::Ptr& job, int32_t ms = 0);
     /// Waits until every job that was sent before has run; as sendSync().
