@@ -13,7 +13,10 @@
 namespace qvn::test {
 
 struct DoubleWorker {
-    DoubleWorker() { serviceWorker.start(); }
+    DoubleWorker() {
+        FDB_CONTEXT->start();
+        serviceWorker.start();
+    }
     CBaseWorker serviceWorker;
 };
 
