@@ -36,6 +36,7 @@ namespace {
 
 constexpr std::chrono::seconds kDeadline(20);
 const char kUrl[] = "svc://test_service";
+constexpr int kUnsubscribed = 99;
 
 /// Values that callbacks add on a worker's thread and a test waits for.
 template <typename T>
@@ -84,6 +85,12 @@ private:
     std::string mText;
 };
 
+class CountingParser : public IFdbMsgParser {
+public:
+    bool parse(const uint8_t*, int32_t) override { return ++calls > 0; }
+    int calls = 0;
+};
+
 class Server : public CBaseServer {
 public:
     explicit Server(CBaseWorker* worker) : CBaseServer("test_service", worker) {}
@@ -99,9 +106,11 @@ protected:
     void onInvoke(CBaseJob::Ptr& job) override {
         const std::string payload = payloadOf(job);
         received.add(payload);
-        if (payload == "ask") {
-            Text answer("answer");
-            CFdbMessage::reply(job, answer);
+        Text answer("answer");
+        if (payload == "plain") {
+            EXPECT_FALSE(CFdbMessage::reply(job, answer)) << "nobody expects one";
+        } else if (payload == "ask") {
+            EXPECT_TRUE(CFdbMessage::reply(job, answer));
         } else if (payload == "refuse") {
             CFdbMessage::status(job, 17, "refused");
         }
@@ -111,7 +120,8 @@ protected:
         const CFdbMsgSubscribeItem* item;
         FDB_BEGIN_FOREACH_SIGNAL(message, item)
         Text current("current " + std::to_string(item->msg_code()));
-        message->broadcast(item->msg_code(), current);
+        message->broadcast(item->msg_code(), current, item->filter().c_str());
+        message->broadcast(kUnsubscribed, current);
         subscribed.add(item->msg_code());
         FDB_END_FOREACH_SIGNAL();
     }
@@ -141,6 +151,9 @@ protected:
     void onOffline(FdbSessionId_t, bool) override { state.add("offline"); }
     void onBroadcast(CBaseJob::Ptr& job) override {
         const std::string payload = payloadOf(job);
+        CountingParser parser;
+        EXPECT_EQ(!payload.empty(), castToMessage<CFdbMessage*>(job)->deserialize(parser));
+        EXPECT_EQ(payload.empty() ? 0 : 1, parser.calls) << "no parser sees an empty payload";
         if (worker() && worker()->isSelf()) {
             ranOn = worker();
         }
@@ -213,9 +226,9 @@ protected:
 
 TEST_F(FdbusTest, ClientMayConnectBeforeOrAfterTheServerBinds) {
     Client early(&clientWorker);
-    ASSERT_TRUE(isValidFdbId(early.connect(kUrl)));
+    EXPECT_EQ(FDB_INVALID_ID, early.connect(kUrl)) << "it says nothing about what comes of it";
     Server server(&serverWorker);
-    ASSERT_TRUE(isValidFdbId(server.bind(kUrl)));
+    EXPECT_EQ(FDB_INVALID_ID, server.bind(kUrl));
     Client late(nullptr);
     late.connect(kUrl);
 
@@ -243,6 +256,7 @@ TEST_F(FdbusTest, BroadcastsReachSubscribersOfTheCodeInOrder) {
         Text other("other code");
         ASSERT_TRUE(server.broadcast(3, other));
     }
+    server.broadcast(1);
     Text left("on the left");
     server.broadcast(1, left, "left");
 
@@ -250,17 +264,43 @@ TEST_F(FdbusTest, BroadcastsReachSubscribersOfTheCodeInOrder) {
     for (int i = 0; i < kCount; ++i) {
         expected.push_back(std::to_string(i));
     }
+    expected.push_back("");
     expected.push_back("on the left");
     EXPECT_EQ(expected, one.broadcasts.waitFor(expected.size()));
     EXPECT_EQ((std::vector<std::string>{"current 1", "on the left"}), topical.broadcasts.waitFor(2));
 }
 
-TEST_F(FdbusTest, SendInvokeReplyAndStatus) {
+TEST_F(FdbusTest, SubscriptionsAreRepeatedAndEnded) {
     Server server(&serverWorker);
     server.bind(kUrl);
+    Client client(&clientWorker, {1});
+    client.connect(kUrl);
+    client.broadcasts.waitFor(1);
+    CFdbMsgSubscribeList list;
+    CFdbBaseObject::addNotifyItem(list, 1);
+    CFdbBaseObject::addNotifyItem(list, 2, "left");
+    EXPECT_TRUE(client.subscribe(list));
+    server.subscribed.waitFor(3);
+    server.broadcast(1, "once", 4);
+    CFdbMsgSubscribeList ended;
+    CFdbBaseObject::addNotifyItem(ended, 2);
+    EXPECT_TRUE(client.unsubscribe(ended));
+    client.send(5, "mark", 4);
+    server.received.waitFor(1);
+    server.broadcast(2, "ended", 5, "left");
+    server.broadcast(1, "end", 3);
+    EXPECT_EQ((std::vector<std::string>{"current 1", "current 1", "current 2", "once", "end"}),
+              client.broadcasts.waitFor(5));
+}
+
+TEST_F(FdbusTest, SendInvokeReplyAndStatus) {
+    Server server(&serverWorker);
     Client client(&clientWorker);
     Text early("early");
-    EXPECT_FALSE(client.send(5, early)) << "nothing is sent while offline";
+    EXPECT_TRUE(client.send(5, early)) << "it is lost, and nobody is told";
+    EXPECT_TRUE(client.invoke(5, early));
+    EXPECT_EQ("-2 the service is not there", client.replies.waitFor(1).at(0));
+    server.bind(kUrl);
     client.connect(kUrl);
     client.state.waitFor(1);
 
@@ -268,11 +308,11 @@ TEST_F(FdbusTest, SendInvokeReplyAndStatus) {
     EXPECT_TRUE(client.send(5, plain));
     EXPECT_TRUE(client.send(5, "raw", 3));
     EXPECT_TRUE(client.invoke(6, ask));
-    EXPECT_EQ((std::vector<std::string>{"answer"}), client.replies.waitFor(1));
+    EXPECT_EQ("answer", client.replies.waitFor(2).at(1));
     EXPECT_TRUE(client.invoke(6, refuse));
-    EXPECT_EQ("17 refused", client.replies.waitFor(2).at(1));
+    EXPECT_EQ("17 refused", client.replies.waitFor(3).at(2));
     EXPECT_TRUE(client.invoke(6, silent, 20));
-    EXPECT_EQ("-1 no reply in time", client.replies.waitFor(3).at(2));
+    EXPECT_EQ("-1 no reply in time", client.replies.waitFor(4).at(3));
     EXPECT_EQ((std::vector<std::string>{"plain", "raw", "ask", "refuse", "silent"}), server.received.waitFor(5));
 }
 
@@ -281,10 +321,11 @@ TEST_F(FdbusTest, ClientComesBackWithTheService) {
     client.connect(kUrl);
     for (size_t round = 1; round <= 20; ++round) {
         Server server(&serverWorker);
-        ASSERT_TRUE(isValidFdbId(server.bind(kUrl)));
+        server.bind(kUrl);
         ASSERT_EQ(2 * round, client.broadcasts.waitFor(2 * round).size());
         server.prepareDestroy();
         ASSERT_EQ("offline", client.state.waitFor(2 * round).back());
+        EXPECT_TRUE(client.send(5, "lost", 4));
     }
     client.disconnect();
     EXPECT_FALSE(client.connected());
@@ -309,19 +350,27 @@ TEST_F(FdbusTest, RuntimeDirectoryMayVanish) {
 }
 
 TEST_F(FdbusTest, NamesAndFoldersThatCannotBeUsed) {
+    const auto logOf = [](const std::function<void()>& action) {
+        testing::internal::CaptureStderr();
+        action();
+        return testing::internal::GetCapturedStderr();
+    };
+    const auto expectLog = [](const std::string& log, const char* text) {
+        EXPECT_NE(log.find(text), std::string::npos) << log;
+    };
     Server server(&serverWorker);
-    EXPECT_FALSE(isValidFdbId(server.bind("tcp://elsewhere")));
-    EXPECT_FALSE(isValidFdbId(server.bind("svc://")));
-    EXPECT_FALSE(isValidFdbId(server.bind("svc://../up")));
-    ASSERT_TRUE(isValidFdbId(server.bind(kUrl)));
+    for (const char* const url : {"tcp://elsewhere", "svc://", "svc://../up"}) {
+        expectLog(logOf([&] { server.bind(url); }), "is no service address");
+    }
+    EXPECT_EQ("", logOf([&] { server.bind(kUrl); }));
     Server second(&serverWorker);
-    EXPECT_FALSE(isValidFdbId(second.bind(kUrl))) << "the name is taken";
+    expectLog(logOf([&] { second.bind(kUrl); }), "another server has this name");
 
     setenv("QVN_HOST_DIR", "/proc/no_such_folder", 1);
     Server nowhere(&serverWorker);
-    EXPECT_FALSE(isValidFdbId(nowhere.bind(kUrl)));
+    expectLog(logOf([&] { nowhere.bind(kUrl); }), "cannot offer 'test_service'");
     Client client(&clientWorker);
-    EXPECT_FALSE(isValidFdbId(client.connect(kUrl)));
+    expectLog(logOf([&] { client.connect(kUrl); }), "cannot reach 'test_service'");
 }
 
 TEST_F(FdbusTest, StaleAndForeignSocketFilesGiveWay) {
@@ -330,7 +379,7 @@ TEST_F(FdbusTest, StaleAndForeignSocketFilesGiveWay) {
     Client client(&clientWorker);
     client.connect(kUrl);
     Server server(&serverWorker);
-    ASSERT_TRUE(isValidFdbId(server.bind(kUrl)));
+    server.bind(kUrl);
     EXPECT_EQ(2u, client.broadcasts.waitFor(2).size());
     struct stat status;
     ASSERT_EQ(0, lstat(path.c_str(), &status));
@@ -545,6 +594,25 @@ TEST(FdbusWorkerTest, SaysWhenThereIsNoThreadToStart) {
     EXPECT_TRUE(worker.flush());
     worker.exit();
     worker.join();
+}
+
+// In a process of its own: a context starts once.
+TEST(FdbusContextTest, NothingIsSentBeforeAndAfterIt) {
+    testing::GTEST_FLAG(death_test_style) = "threadsafe";
+    EXPECT_EXIT(
+        {
+            Client client(nullptr);
+            Server server(nullptr);
+            Text text("text");
+            client.connect(kUrl);
+            bool sends = client.send(5, text) || client.invoke(5, text) || server.broadcast(5, text);
+            FDB_CONTEXT->start();
+            sends = sends || !client.send(5, text) || !client.invoke(5, text) || !server.broadcast(5, text);
+            FDB_CONTEXT->destroy();
+            sends = sends || client.send(5, text) || client.invoke(5, text) || server.broadcast(5, text);
+            std::exit(sends ? 1 : 0);
+        },
+        testing::ExitedWithCode(0), "needs the context");
 }
 
 TEST(FdbusWorkerTest, LoopMayRunInPlace) {

@@ -116,7 +116,7 @@ TEST(HostilePeer, PeersWithHalfAFrameDoNotStopAService) {
 TEST(HostilePeer, APeerOfManyTopicsDoesNotStopAService) {
     const Desk desk;
     const auto simulator = desk.simulator();
-    std::string topics;
+    std::string topics = {'\xD0', '\x02', '\x19', '\x03', '\0', '\0'};  // every topic: this one is answered
     for (int i = 0; i < 300'000; ++i) {
         const std::string topic = std::to_string(1'000'000 + i);
         topics += {'\xD0', '\x02', '\x19', '\x03', static_cast<char>(topic.size()), '\0'};  // kByteCode, length

@@ -21,7 +21,10 @@ CBaseClient::~CBaseClient() {
 
 FdbSessionId_t CBaseClient::connect(const char* url) {
     const std::string service = fdb::serviceName(url, name());
-    return !service.empty() && link(mEndpoint).connect(service) ? fdb::nextSessionId() : FDB_INVALID_ID;
+    if (!service.empty() && fdb::contextRunsFor(service)) {
+        link(mEndpoint).connect(service);
+    }
+    return FDB_INVALID_ID;
 }
 
 void CBaseClient::disconnect(FdbSessionId_t /*session*/) {

@@ -21,7 +21,10 @@ CBaseServer::~CBaseServer() {
 
 FdbSocketId_t CBaseServer::bind(const char* url) {
     const std::string service = fdb::serviceName(url, name());
-    return !service.empty() && hub(mEndpoint).bind(service) ? fdb::nextSessionId() : FDB_INVALID_ID;
+    if (!service.empty() && fdb::contextRunsFor(service)) {
+        hub(mEndpoint).bind(service);
+    }
+    return FDB_INVALID_ID;
 }
 
 void CBaseServer::unbind() {

@@ -59,6 +59,18 @@ std::shared_ptr<EventLoop> loopOf(CBaseWorker* worker) {
     return (worker ? worker : FDB_CONTEXT)->loop();
 }
 
+bool contextRuns() {
+    return FDB_CONTEXT->loop()->running();
+}
+
+bool contextRunsFor(const std::string& service) {
+    if (!contextRuns()) {
+        lgklog_print(0, "fdbus: service '%s' needs the context: call FDB_CONTEXT->start() before", service.c_str());
+        return false;
+    }
+    return true;
+}
+
 FdbSessionId_t nextSessionId() {
     static std::atomic<FdbSessionId_t> next(1);
     return next++;

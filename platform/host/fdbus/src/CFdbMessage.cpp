@@ -1,19 +1,19 @@
 #include <common_base/CFdbMessage.h>
 
-#include "Connection.h"
 #include "Frame.h"
+#include "ServerHub.h"
 
 #include <cstring>
 
 CFdbMessage::CFdbMessage(const fdb::FrameView& frame, FdbSessionId_t session,
-                         const std::shared_ptr<fdb::Connection>& connection)
+                         const std::shared_ptr<fdb::ServerSession>& peer)
     : mCode(frame.code),
       mSession(session),
       mSerial(frame.serial),
       mSize(frame.size),
       mPayload(mSmall),
       mTopic(frame.topic),
-      mConnection(connection) {
+      mPeer(peer) {
     const auto size = static_cast<size_t>(frame.size);
     if (size > sizeof(mSmall)) {
         mLarge.reset(new uint8_t[size]);
@@ -25,9 +25,16 @@ CFdbMessage::CFdbMessage(const fdb::FrameView& frame, FdbSessionId_t session,
 CFdbMessage::~CFdbMessage() = default;
 
 bool CFdbMessage::broadcast(FdbMsgCode_t code, IFdbMsgBuilder& builder, const char* topic) {
-    const std::shared_ptr<fdb::Connection> connection = mConnection.lock();
     fdb::FrameBuilder frame(fdb::FrameKind::Broadcast, code, 0, topic);
-    return connection && frame.append(builder) && connection->send(frame.bytes());
+    if (!frame.append(builder) || !fdb::contextRuns()) {
+        return false;
+    }
+    const std::shared_ptr<fdb::ServerSession> peer = mPeer.lock();
+    const std::shared_ptr<fdb::ServerHub> hub = peer ? peer->hub.lock() : nullptr;
+    if (hub) {
+        hub->answer(*peer, code, topic, frame);
+    }
+    return true;
 }
 
 bool CFdbMessage::reply(CBaseJob::Ptr& request, IFdbMsgBuilder& builder) {
@@ -35,9 +42,8 @@ bool CFdbMessage::reply(CBaseJob::Ptr& request, IFdbMsgBuilder& builder) {
     if (!message) {
         return false;
     }
-    const std::shared_ptr<fdb::Connection> connection = message->mConnection.lock();
     fdb::FrameBuilder frame(fdb::FrameKind::Reply, message->mCode, message->mSerial, nullptr);
-    return connection && frame.append(builder) && connection->send(frame.bytes());
+    return frame.append(builder) && message->answer(frame);
 }
 
 bool CFdbMessage::status(CBaseJob::Ptr& request, int32_t error, const char* text) {
@@ -45,7 +51,16 @@ bool CFdbMessage::status(CBaseJob::Ptr& request, int32_t error, const char* text
     if (!message) {
         return false;
     }
-    const std::shared_ptr<fdb::Connection> connection = message->mConnection.lock();
     fdb::FrameBuilder frame(fdb::FrameKind::Status, error, message->mSerial, nullptr);
-    return connection && frame.append(text, text ? std::strlen(text) : 0) && connection->send(frame.bytes());
+    return frame.append(text, text ? std::strlen(text) : 0) && message->answer(frame);
+}
+
+bool CFdbMessage::answer(fdb::FrameBuilder& frame) const {
+    if (mSerial == 0 || !fdb::contextRuns()) {
+        return false;
+    }
+    if (const std::shared_ptr<fdb::ServerSession> peer = mPeer.lock()) {
+        peer->connection->send(frame.bytes());
+    }
+    return true;
 }

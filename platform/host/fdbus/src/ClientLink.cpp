@@ -25,11 +25,11 @@ FrameView emptyReply(FdbMsgCode_t code, uint32_t serial) {
 
 }  // namespace
 
-bool ClientLink::connect(const std::string& service) {
+void ClientLink::connect(const std::string& service) {
     std::string error;
     if (!qvn::host::ensureRuntimeDir(&error)) {
         lgklog_print(0, "fdbus: cannot reach '%s': %s", service.c_str(), error.c_str());
-        return false;
+        return;
     }
     mLoop->post([weak = weak_from_this(), service] {
         const auto self = weak.lock();
@@ -40,7 +40,6 @@ bool ClientLink::connect(const std::string& service) {
             self->look();
         }
     });
-    return true;
 }
 
 void ClientLink::disconnect() {
@@ -211,25 +210,23 @@ bool ClientLink::subscription(FrameKind kind, const CFdbMsgSubscribeList& list) 
 }
 
 bool ClientLink::send(FrameBuilder& frame) {
-    const std::shared_ptr<Connection> connection = current();
-    return connection && connection->send(frame.bytes());
+    if (!contextRuns()) {
+        return false;
+    }
+    if (const std::shared_ptr<Connection> connection = current()) {
+        connection->send(frame.bytes());
+    }
+    return true;
 }
 
 bool ClientLink::invoke(FdbMsgCode_t code, IFdbMsgBuilder& builder, int32_t timeout) {
     const uint32_t serial = mNextSerial++;
-    if (!connected()) {
+    FrameBuilder frame(FrameKind::Invoke, code, serial, nullptr);
+    if (!frame.append(builder) || !contextRuns()) {
         return false;
     }
     // The request is entered on the loop before its answer can be read there.
-    std::string request;
-    {
-        FrameBuilder frame(FrameKind::Invoke, code, serial, nullptr);
-        if (!frame.append(builder)) {
-            return false;
-        }
-        request = frame.bytes();
-    }
-    mLoop->post([weak = weak_from_this(), serial, code, timeout, request = std::move(request)] {
+    mLoop->post([weak = weak_from_this(), serial, code, timeout, request = std::string(frame.bytes())] {
         const auto self = weak.lock();
         if (!self || !self->mOwner) {
             return;
@@ -237,7 +234,7 @@ bool ClientLink::invoke(FdbMsgCode_t code, IFdbMsgBuilder& builder, int32_t time
         self->awaitReply(serial, code, timeout);
         const std::shared_ptr<Connection> connection = self->current();
         if (!connection || !connection->send(request)) {
-            self->failRequest(serial, FDB_ST_OFFLINE, "the service went away");
+            self->failRequest(serial, FDB_ST_OFFLINE, "the service is not there");
         }
     });
     return true;

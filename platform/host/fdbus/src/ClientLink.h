@@ -21,8 +21,8 @@ class ClientLink : public Endpoint, public ConnectionHandler, public std::enable
 public:
     using Endpoint::Endpoint;
 
-    /// False, with a log line, when the runtime directory cannot be used.
-    bool connect(const std::string& service);
+    /// A log line says when the runtime directory cannot be used.
+    void connect(const std::string& service);
     void disconnect();
     bool connected() const { return mOnline; }
 

@@ -6,10 +6,12 @@
 #include "Frame.h"
 
 #include <memory>
+#include <string>
 
 namespace fdb {
 
-/// What stands behind a CFdbBaseObject. An operation that its side does not have fails.
+/// What stands behind a CFdbBaseObject. An operation that its side does not have fails; the others return whether the
+/// context runs.
 class Endpoint {
 public:
     explicit Endpoint(std::shared_ptr<EventLoop> loop, CFdbBaseObject* owner) : mLoop(std::move(loop)), mOwner(owner) {}
@@ -50,6 +52,11 @@ struct Callbacks {
 
 /// The loop that serves an object: its worker's, else the context's.
 std::shared_ptr<EventLoop> loopOf(CBaseWorker* worker);
+
+/// Whether the context's thread runs, without which the bus carries nothing.
+bool contextRuns();
+/// The same before the use of a service; a log line says when not.
+bool contextRunsFor(const std::string& service);
 
 /// A session id that no other session of this process has.
 FdbSessionId_t nextSessionId();

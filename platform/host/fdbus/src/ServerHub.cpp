@@ -21,37 +21,24 @@ constexpr std::chrono::milliseconds kRetryPause(100);
 
 }  // namespace
 
-/// One client of a server.
-class ServerSession : public ConnectionHandler {
-public:
-    ServerSession(std::weak_ptr<ServerHub> owner, FdbSessionId_t sessionId, std::shared_ptr<Connection> peer)
-        : hub(std::move(owner)), id(sessionId), connection(std::move(peer)) {}
+bool ServerSession::onFrame(const FrameView& frame) {
+    const std::shared_ptr<ServerHub> server = hub.lock();
+    return server && server->onFrame(shared_from_this(), frame);
+}
 
-    bool onFrame(const FrameView& frame) override {
-        const std::shared_ptr<ServerHub> server = hub.lock();
-        return server && server->onFrame(*this, frame);
+void ServerSession::onClosed() {
+    if (const std::shared_ptr<ServerHub> server = hub.lock()) {
+        server->onClosed(id);
     }
+}
 
-    void onClosed() override {
-        if (const std::shared_ptr<ServerHub> server = hub.lock()) {
-            server->onClosed(id);
-        }
-    }
-
-    const std::weak_ptr<ServerHub> hub;
-    const FdbSessionId_t id;
-    const std::shared_ptr<Connection> connection;
-};
-
-bool ServerHub::bind(const std::string& service) {
-    bool bound = false;
+void ServerHub::bind(const std::string& service) {
     mLoop->runExclusive([&] {
         if (mOwner && !mSocket) {
             mService = service;
-            bound = publish();
+            publish();
         }
     });
-    return bound;
 }
 
 void ServerHub::unbind() {
@@ -191,8 +178,8 @@ void ServerHub::retryLater(const char* what, Action action) {
     });
 }
 
-bool ServerHub::onFrame(ServerSession& session, const FrameView& frame) {
-    const auto job = std::make_shared<CFdbMessage>(frame, session.id, session.connection);
+bool ServerHub::onFrame(const std::shared_ptr<ServerSession>& session, const FrameView& frame) {
+    const auto job = std::make_shared<CFdbMessage>(frame, session->id, session);
     CBaseJob::Ptr ref = job;
     CFdbMsgSubscribeList list;
     switch (frame.kind) {
@@ -200,7 +187,7 @@ bool ServerHub::onFrame(ServerSession& session, const FrameView& frame) {
             if (!readSubscribeList(frame, list)) {
                 return false;
             }
-            subscribe(session, list);
+            subscribe(*session, list);
             job->subscribeList(std::move(list));
             Callbacks::subscribe(mOwner, ref);
             return true;
@@ -208,7 +195,7 @@ bool ServerHub::onFrame(ServerSession& session, const FrameView& frame) {
             if (!readSubscribeList(frame, list)) {
                 return false;
             }
-            unsubscribe(session, list);
+            unsubscribe(*session, list);
             return true;
         case FrameKind::Send:
         case FrameKind::Invoke:
@@ -257,11 +244,12 @@ void ServerHub::unsubscribe(const ServerSession& session, const CFdbMsgSubscribe
         if (code == mSubscribers.end()) {
             continue;
         }
-        const auto topic = code->second.find(item.filter());
-        if (topic != code->second.end()) {
-            leave(code->second, topic, session.connection);
+        Topics& topics = code->second;
+        for (auto topic = topics.begin(); topic != topics.end();) {
+            const bool named = !item.has_filter() || topic->first == item.filter();
+            topic = named ? leave(topics, topic, session.connection) : std::next(topic);
         }
-        if (code->second.empty()) {
+        if (topics.empty()) {
             mSubscribers.erase(code);
         }
     }
@@ -278,7 +266,26 @@ void ServerHub::forget(const std::shared_ptr<Connection>& connection) {
     }
 }
 
+void ServerHub::answer(const ServerSession& session, FdbMsgCode_t code, const char* topic, FrameBuilder& frame) {
+    const qvn::sync::MutexLock lock(mMutex);
+    const auto found = mSubscribers.find(code);
+    if (found == mSubscribers.end()) {
+        return;
+    }
+    const auto isSubscribed = [&](std::string_view name) {
+        const auto subscribers = found->second.find(name);
+        return subscribers != found->second.end() &&
+               std::count(subscribers->second.begin(), subscribers->second.end(), session.connection) != 0;
+    };
+    if (isSubscribed("") || (topic && isSubscribed(topic))) {
+        session.connection->send(frame.bytes());
+    }
+}
+
 bool ServerHub::broadcast(FdbMsgCode_t code, const char* topic, FrameBuilder& frame) {
+    if (!contextRuns()) {
+        return false;
+    }
     const qvn::sync::MutexLock lock(mMutex);
     const auto found = mSubscribers.find(code);
     if (found == mSubscribers.end()) {

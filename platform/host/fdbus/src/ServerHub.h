@@ -19,7 +19,21 @@
 
 namespace fdb {
 
-class ServerSession;
+class ServerHub;
+
+/// One client of a server.
+class ServerSession : public ConnectionHandler, public std::enable_shared_from_this<ServerSession> {
+public:
+    ServerSession(std::weak_ptr<ServerHub> owner, FdbSessionId_t sessionId, std::shared_ptr<Connection> peer)
+        : hub(std::move(owner)), id(sessionId), connection(std::move(peer)) {}
+
+    bool onFrame(const FrameView& frame) override;
+    void onClosed() override;
+
+    const std::weak_ptr<ServerHub> hub;
+    const FdbSessionId_t id;
+    const std::shared_ptr<Connection> connection;
+};
 
 /// A server's sessions, and who of them subscribed what.
 ///
@@ -28,14 +42,16 @@ class ServerHub : public Endpoint, public std::enable_shared_from_this<ServerHub
 public:
     using Endpoint::Endpoint;
 
-    /// False, with a log line, when the service cannot be offered.
-    bool bind(const std::string& service);
+    /// A log line says when the service cannot be offered.
+    void bind(const std::string& service);
     void unbind();
 
     bool broadcast(FdbMsgCode_t code, const char* topic, FrameBuilder& frame) override;
+    /// A broadcast to one session, if that has subscribed it.
+    void answer(const ServerSession& session, FdbMsgCode_t code, const char* topic, FrameBuilder& frame);
 
     // On the loop's thread, by the sessions.
-    bool onFrame(ServerSession& session, const FrameView& frame);
+    bool onFrame(const std::shared_ptr<ServerSession>& session, const FrameView& frame);
     void onClosed(FdbSessionId_t session);
 
 private:

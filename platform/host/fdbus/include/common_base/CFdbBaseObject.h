@@ -23,19 +23,24 @@ public:
 
     static void addNotifyItem(CFdbMsgSubscribeList& list, FdbMsgCode_t code, const char* topic = nullptr);
 
+    // The operations below return whether the message could be built and the context runs. True does not say that the
+    // message arrives: while a client is offline, what it sends is lost.
+
     /// Client: asks for broadcasts of the listed codes; a code without topic covers every topic. Subscriptions end with
-    /// the session. False while the client is offline. Nothing answers a subscribe, so `timeout` has no effect.
+    /// the session: subscribe in onOnline(). Subscribing again does not double the broadcasts, but repeats the current
+    /// values. Nothing answers a subscribe, so `timeout` has no effect.
     bool subscribe(CFdbMsgSubscribeList& list, int32_t timeout = 0);
+    /// Client: a code without topic ends all its topics.
     bool unsubscribe(CFdbMsgSubscribeList& list);
 
-    /// Client: a one-way message to the server's onInvoke(). False while the client is offline.
+    /// Client: a one-way message to the server's onInvoke().
     bool send(FdbMsgCode_t code, IFdbMsgBuilder& builder, EFdbQOS qos = FDB_QOS_RELIABLE);
     bool send(FdbMsgCode_t code, const void* buffer = nullptr, int32_t size = 0, EFdbQOS qos = FDB_QOS_RELIABLE);
-    /// Client: a request. onReply() gets the answer; onStatus() an error, or FDB_ST_TIMEOUT after `timeout`
-    /// milliseconds (0: no limit). False while the client is offline.
+    /// Client: a request. onReply() gets the answer; onStatus() an error, FDB_ST_TIMEOUT after `timeout` milliseconds
+    /// (0: no limit), or FDB_ST_OFFLINE when there is no service or it goes away.
     bool invoke(FdbMsgCode_t code, IFdbMsgBuilder& builder, int32_t timeout = 0);
 
-    /// Server: a message to every session that subscribed the code. True also when there is none.
+    /// Server: a message to every session that subscribed the code.
     bool broadcast(FdbMsgCode_t code, IFdbMsgBuilder& builder, const char* topic = nullptr);
     bool broadcast(FdbMsgCode_t code, const void* buffer = nullptr, int32_t size = 0, const char* topic = nullptr);
 
@@ -43,9 +48,9 @@ public:
     CBaseWorker* worker() const { return mWorker; }
     const std::string& name() const { return mName; }
 
-    /// Ends all traffic of the object: when it returns, no callback of it runs or will run. On the thread of the
-    /// callbacks it does not wait for the one that is running. A class that overrides callbacks calls it first thing in
-    /// its destructor, before its members go.
+    /// Ends all traffic of the object: when it returns, no callback of it runs or will run. Every object needs it
+    /// before it goes; a class that overrides callbacks calls it first thing in its destructor. Not to be called in a
+    /// callback: it would wait for itself on the bus that this one stands for.
     virtual void prepareDestroy();
 
     /// Whether a client that lost its service connects again by itself; on by default.

@@ -8,7 +8,8 @@
 #include <vector>
 
 namespace fdb {
-class Connection;
+class FrameBuilder;
+class ServerSession;
 struct FrameView;
 }  // namespace fdb
 
@@ -34,9 +35,8 @@ typedef CFdbMsgTable CFdbMsgTriggerList;
 /// A message that arrived. It owns its payload: a copy of the job pointer keeps it valid after the callback.
 class FDB_API CFdbMessage : public CBaseJob {
 public:
-    /// Made by the bus, from a frame that it received on `connection`.
-    CFdbMessage(const fdb::FrameView& frame, FdbSessionId_t session,
-                const std::shared_ptr<fdb::Connection>& connection);
+    /// Made by the bus from a frame that it received. `peer` is where a server's answers go, null in a client.
+    CFdbMessage(const fdb::FrameView& frame, FdbSessionId_t session, const std::shared_ptr<fdb::ServerSession>& peer);
     ~CFdbMessage() override;
 
     FdbMsgCode_t code() const { return mCode; }
@@ -45,13 +45,15 @@ public:
     const std::string& topic() const { return mTopic; }
     uint8_t* getPayloadBuffer() const { return mPayload; }
     int32_t getPayloadSize() const { return mSize; }
-    /// False when the payload is not what the parser expects.
-    bool deserialize(IFdbMsgParser& parser) const { return parser.parse(mPayload, mSize); }
+    /// False when the payload is not what the parser expects. Also false, without asking the parser, when there is no
+    /// payload: a protobuf message of default values arrives like that.
+    bool deserialize(IFdbMsgParser& parser) const { return mSize != 0 && parser.parse(mPayload, mSize); }
 
-    /// Sends a broadcast to the one session that this message came from. False when that session has ended.
+    /// Sends a broadcast to the one session that this message came from, if that has subscribed the code and topic.
+    /// True says only that the context runs.
     bool broadcast(FdbMsgCode_t code, IFdbMsgBuilder& builder, const char* topic = nullptr);
-    /// Answers an invoke(): the caller's onReply() gets the payload, or onStatus() the error. False when the session
-    /// has ended or the job is no message.
+    /// Answers an invoke(): the caller's onReply() gets the payload, or onStatus() the error. False when the job is no
+    /// message, or one that nobody expects an answer to. True does not say that the session still lives.
     static bool reply(CBaseJob::Ptr& request, IFdbMsgBuilder& builder);
     static bool status(CBaseJob::Ptr& request, int32_t error, const char* text = nullptr);
 
@@ -60,6 +62,8 @@ public:
     void subscribeList(CFdbMsgSubscribeList&& list) { mSubscribeList = std::move(list); }
 
 private:
+    bool answer(fdb::FrameBuilder& frame) const;
+
     FdbMsgCode_t mCode;
     FdbSessionId_t mSession;
     FdbMsgSn_t mSerial;
@@ -68,7 +72,7 @@ private:
     uint8_t mSmall[32];  // a CAN signal's payload needs no allocation of its own
     std::unique_ptr<uint8_t[]> mLarge;
     std::string mTopic;
-    std::weak_ptr<fdb::Connection> mConnection;
+    std::weak_ptr<fdb::ServerSession> mPeer;
     CFdbMsgSubscribeList mSubscribeList;
 };
 

@@ -11,13 +11,8 @@ typedef int32_t FdbEventCode_t;
 typedef uint32_t FdbObjectId_t;
 typedef uint32_t FdbMsgSn_t;
 
-/// The value of an identifier that names nothing.
+/// The value of an identifier that names nothing; compare with it.
 #define FDB_INVALID_ID (~0)
-
-template <typename Id>
-inline bool isValidFdbId(Id id) {
-    return id != static_cast<Id>(FDB_INVALID_ID);
-}
 
 /// Delivery classes. A unix-domain stream is always reliable, so both mean the same on this host.
 enum EFdbQOS { FDB_QOS_RELIABLE, FDB_QOS_BEST_EFFORTS };
