@@ -596,6 +596,28 @@ TEST(FdbusWorkerTest, SaysWhenThereIsNoThreadToStart) {
     worker.join();
 }
 
+/// Goes when the main thread's own objects have gone.
+struct SendsAfterMain {
+    ~SendsAfterMain() {
+        if (client) {
+            client->send(5, "late", 4);
+        }
+    }
+    std::unique_ptr<Client> client;
+} sendsAfterMain;
+
+TEST(FdbusExitTest, AStaticObjectMaySend) {
+    testing::GTEST_FLAG(death_test_style) = "threadsafe";
+    EXPECT_EXIT(
+        {
+            FDB_CONTEXT->start();
+            sendsAfterMain.client = std::make_unique<Client>(nullptr);
+            sendsAfterMain.client->send(5, "early", 5);
+            std::exit(0);
+        },
+        testing::ExitedWithCode(0), "");
+}
+
 // In a process of its own: a context starts once.
 TEST(FdbusContextTest, NothingIsSentBeforeAndAfterIt) {
     testing::GTEST_FLAG(death_test_style) = "threadsafe";

@@ -7,15 +7,16 @@
 namespace fdb {
 namespace {
 
+/// The memory of a larger frame is not kept.
 constexpr size_t kKeptBytes = size_t{64} * 1024;
 
-std::vector<char>& threadBuffer() {
-    thread_local std::vector<char> buffer;
-    if (buffer.capacity() > kKeptBytes) {
-        buffer = std::vector<char>();  // an unusually large frame does not stay in memory
-    }
-    return buffer;
-}
+thread_local bool threadEnds = false;
+
+/// Memory that no builder of this thread uses. Destructors of static objects may send when it is gone.
+thread_local struct Spare {
+    ~Spare() { threadEnds = true; }
+    std::vector<char> memory;
+} spare;
 
 template <typename T>
 void appendNumber(std::vector<char>& bytes, T value) {
@@ -60,7 +61,10 @@ FrameResult readFrame(const uint8_t* data, size_t size, FrameView& frame, size_t
     return FrameResult::Complete;
 }
 
-FrameBuilder::FrameBuilder(FrameKind kind, int32_t code, uint32_t serial, const char* topic) : mBytes(threadBuffer()) {
+FrameBuilder::FrameBuilder(FrameKind kind, int32_t code, uint32_t serial, const char* topic) {
+    if (!threadEnds) {
+        mBytes.swap(spare.memory);
+    }
     constexpr size_t kMaxTopic = std::numeric_limits<uint16_t>::max();
     const size_t topicLength = topic ? std::min(std::strlen(topic), kMaxTopic) : 0;
     const FrameHeader header{0, static_cast<uint16_t>(kind), static_cast<uint16_t>(topicLength), code, serial};
@@ -68,6 +72,12 @@ FrameBuilder::FrameBuilder(FrameKind kind, int32_t code, uint32_t serial, const 
     std::memcpy(mBytes.data(), &header, sizeof(header));
     if (topicLength != 0) {
         std::memcpy(mBytes.data() + sizeof(header), topic, topicLength);
+    }
+}
+
+FrameBuilder::~FrameBuilder() {
+    if (!threadEnds && mBytes.capacity() <= kKeptBytes) {
+        mBytes.swap(spare.memory);
     }
 }
 

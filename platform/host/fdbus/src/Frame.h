@@ -50,21 +50,24 @@ enum class FrameResult { Complete, Incomplete, Malformed };
 /// Incomplete: `used` is what the frame needs in all, as far as known.
 FrameResult readFrame(const uint8_t* data, size_t size, FrameView& frame, size_t& used);
 
-/// A frame in the making, in memory that the calling thread uses again for its next one.
+/// A frame in the making, in memory that its thread keeps for the next one.
 class FrameBuilder {
 public:
     FrameBuilder(FrameKind kind, int32_t code, uint32_t serial, const char* topic);
+    ~FrameBuilder();
+    FrameBuilder(const FrameBuilder&) = delete;
+    FrameBuilder& operator=(const FrameBuilder&) = delete;
 
     /// Append the payload; false when it cannot be built or is too large.
     bool append(IFdbMsgBuilder& builder);
     bool append(const void* data, size_t size);
     bool append(const CFdbMsgSubscribeList& list);
 
-    /// The whole frame, valid until the calling thread builds another.
+    /// The whole frame, valid while the builder lives.
     std::string_view bytes();
 
 private:
-    std::vector<char>& mBytes;
+    std::vector<char> mBytes;
 };
 
 /// The payload of a Subscribe or Unsubscribe frame; false when it is malformed.
