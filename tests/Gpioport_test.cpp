@@ -1,6 +1,7 @@
 #include <gpioport/gpioport_client.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -211,6 +212,46 @@ TEST_F(Gpioport, SeesAnEdgeLaterThatNoDescriptorWasLeftFor) {
         EXPECT_EQ(gpioport_get_inout_value(kLine), -1);
     }
     ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &usual), 0);
+    EXPECT_EQ(recorder.levels(1), (Levels{0}));
+}
+
+TEST_F(Gpioport, MayBeOpenedWhileNoDescriptorIsLeft) {
+    drive("1");
+    rlimit usual{};
+    ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &usual), 0);
+    const rlimit none{3, usual.rlim_max};
+    const fs::path next = host_.path() / "gpio" / "next";
+    writeFile(next, "0");
+    testing::internal::CaptureStderr();
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
+    EXPECT_EQ(gpioport_request(0), 0);
+    Recorder& recorder = watch(kFalling);
+    fs::rename(next, file());
+    ASSERT_EQ(gpioport_exit(), 0) << "nor does it keep the port from closing";
+    Recorder& another = watch(kFalling);
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &usual), 0);
+    EXPECT_EQ(another.levels(1), (Levels{0}));
+    drive("1");
+    settle();
+    drive("0");
+    EXPECT_EQ(another.levels(2), (Levels{0, 0}));
+    EXPECT_EQ(recorder.levels(0), Levels{});
+    const std::string log = testing::internal::GetCapturedStderr();
+    EXPECT_NE(log.find("cannot watch the GPIO lines: Too many open files; trying again"), std::string::npos) << log;
+}
+
+TEST_F(Gpioport, IsLeftAloneByAChildThatEnds) {
+    Recorder& recorder = watch(kBothEdges);
+    const pid_t child = fork();
+    if (child == 0) {
+        alarm(20);
+        const bool leftAlone = gpioport_exit() == 0 && gpioport_request(0) != 0 && gpioport_exit() == 0;
+        _exit(leftAlone ? 0 : 1);
+    }
+    int status = 0;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
+    drive("0");
     EXPECT_EQ(recorder.levels(1), (Levels{0}));
 }
 

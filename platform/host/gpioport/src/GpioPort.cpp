@@ -50,7 +50,15 @@ int GpioPort::level(int line) {
     return oneDigit && (text[0] == '0' || text[0] == '1') ? text[0] - '0' : kUnknown;
 }
 
+bool GpioPort::ofParent() const {
+    const pid_t process = process_;
+    return process != 0 && process != ::getpid();
+}
+
 bool GpioPort::open() {
+    if (ofParent()) {
+        return false;
+    }
     if (onPortThread) {
         return !closing();
     }
@@ -59,6 +67,9 @@ bool GpioPort::open() {
 }
 
 bool GpioPort::watchLine(int line, int edges, Callback callback, void* context) {
+    if (ofParent()) {
+        return false;
+    }
     if (onPortThread) {
         return add(line, edges, callback, context);
     }
@@ -67,6 +78,9 @@ bool GpioPort::watchLine(int line, int edges, Callback callback, void* context) 
 }
 
 void GpioPort::close() {
+    if (ofParent()) {
+        return;  // its thread is not here, its descriptors are shared, and its mutexes may be locked for ever
+    }
     if (onPortThread) {
         const sync::MutexLock lock(mutex_);
         registrations_.clear();
@@ -80,11 +94,16 @@ void GpioPort::close() {
         const sync::MutexLock lock(mutex_);
         closing_ = true;
         registrations_.clear();
+        wake();
     }
-    eventfd_write(wakeFd_, 1);
     thread_.join();
-    release();
+    process_ = 0;
+    watch_.close();
     const sync::MutexLock lock(mutex_);
+    if (wakeFd_ >= 0) {
+        ::close(wakeFd_);
+        wakeFd_ = -1;
+    }
     closing_ = false;
 }
 
@@ -97,28 +116,14 @@ bool GpioPort::start() {
         lgklog_print(kLogError, "[%s][%d]%s", __func__, __LINE__, error.c_str());
         return false;
     }
-    wakeFd_ = eventfd(0, EFD_CLOEXEC);
-    if (wakeFd_ < 0 || !watch_.open(runtimeDir() + "/" + kLinesDir)) {
-        lgklog_print(kLogError, "[%s][%d]cannot watch the GPIO lines: %s", __func__, __LINE__, std::strerror(errno));
-        release();
-        return false;
-    }
     try {
         thread_ = std::thread(&GpioPort::run, this);
     } catch (const std::system_error& problem) {
         lgklog_print(kLogError, "[%s][%d]cannot start the GPIO thread: %s", __func__, __LINE__, problem.what());
-        release();
         return false;
     }
+    process_ = ::getpid();
     return true;
-}
-
-void GpioPort::release() {
-    watch_.close();
-    if (wakeFd_ >= 0) {
-        ::close(wakeFd_);
-        wakeFd_ = -1;
-    }
 }
 
 bool GpioPort::add(int line, int edges, Callback callback, void* context) {
@@ -133,6 +138,9 @@ bool GpioPort::add(int line, int edges, Callback callback, void* context) {
         same->callback = callback;
     } else {
         registrations_.push_back({line, edges, callback, context, level(line), false});
+        if (registrations_.back().level == kUnknown) {
+            wake();  // the thread reads it again until it is known
+        }
     }
     return true;
 }
@@ -146,17 +154,53 @@ void GpioPort::run() {
     onPortThread = true;
     blockSignals();
     pthread_setname_np(pthread_self(), "gpioport");
-    pollfd sources[] = {{watch_.fd(), POLLIN, 0}, {wakeFd_, POLLIN, 0}};
-    bool allRead = true;
-    while (!closing()) {
-        // Nothing reports the end of what may keep a level from being read, such as a lack of descriptors.
-        const int ready = ::poll(sources, 2, allRead ? -1 : kRetryMilliseconds);
-        if (ready == 0 || (ready > 0 && sources[0].revents != 0)) {
-            // Which names changed does not matter: a level that is the same as before is no edge.
-            watch_.drain();
-            allRead = sample();
-            callPending();
+    bool complained = false;
+    for (;;) {
+        const bool watching = openSources();
+        if (!watching && !complained) {
+            lgklog_print(kLogError, "[%s][%d]cannot watch the GPIO lines: %s; trying again", __func__, __LINE__,
+                         std::strerror(errno));
+            complained = true;
         }
+        const int wakeFd = takeWakeUps();
+        if (closing()) {
+            return;
+        }
+        if (watching) {
+            watch_.drain();  // which names changed does not matter: a level that is the same as before is no edge
+        }
+        const bool allRead = sample();
+        callPending();
+        // Nothing reports the end of what may keep a line from being watched or read, such as a lack of descriptors.
+        pollfd sources[] = {{watch_.fd(), POLLIN, 0}, {wakeFd, POLLIN, 0}};
+        ::poll(sources, 2, watching && allRead ? -1 : kRetryMilliseconds);
+    }
+}
+
+bool GpioPort::openSources() {
+    {
+        const sync::MutexLock lock(mutex_);
+        if (wakeFd_ < 0) {
+            wakeFd_ = eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC);
+        }
+        if (wakeFd_ < 0) {
+            return false;
+        }
+    }
+    return watch_.fd() >= 0 || watch_.open(runtimeDir() + "/" + kLinesDir);
+}
+
+/** Returns the descriptor to wait on for more of them. */
+int GpioPort::takeWakeUps() {
+    const sync::MutexLock lock(mutex_);
+    eventfd_t ignored = 0;
+    eventfd_read(wakeFd_, &ignored);
+    return wakeFd_;
+}
+
+void GpioPort::wake() {
+    if (wakeFd_ >= 0) {
+        eventfd_write(wakeFd_, 1);
     }
 }
 

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <sys/types.h>
+
+#include <atomic>
 #include <thread>
 #include <vector>
 
@@ -10,9 +13,11 @@ namespace qvn {
 namespace host {
 
 /**
- * The process's GPIO port: a thread that samples the registered lines whenever their directory changes.
+ * The process's GPIO port: a thread that samples the registered lines whenever their directory changes, and from time
+ * to time while the system is short of what it takes to watch or read them.
  *
- * Members may be called from any thread, callbacks included.
+ * Members may be called from any thread, callbacks included. In a child of fork() the port of its parent cannot be
+ * used; close() does nothing there.
  */
 class GpioPort {
 public:
@@ -37,9 +42,13 @@ private:
     };
 
     bool start() QVN_REQUIRES(lifecycleMutex_);
-    void release() QVN_REQUIRES(lifecycleMutex_);
+    bool ofParent() const;
     bool add(int line, int edges, Callback callback, void* context);
     void run();
+    /// Opens what is not open yet. False when the system is short of something; errno tells of what.
+    bool openSources();
+    int takeWakeUps();
+    void wake() QVN_REQUIRES(mutex_);
     /// Looks for edges. False when a level could not be read.
     bool sample();
     void callPending();
@@ -48,14 +57,15 @@ private:
     // Held while the thread is started and joined. The thread itself never takes it.
     sync::Mutex lifecycleMutex_;
     std::thread thread_ QVN_GUARDED_BY(lifecycleMutex_);
-    // Changed only while there is no thread; the thread itself reads them without a lock.
-    DirectoryWatch watch_;
-    int wakeFd_ = -1;
+    std::atomic<pid_t> process_{0};  // whose port is open
+
+    DirectoryWatch watch_;  // the thread's own
 
     // Never held across a callback.
     sync::Mutex mutex_;
     std::vector<Registration> registrations_ QVN_GUARDED_BY(mutex_);
     bool closing_ QVN_GUARDED_BY(mutex_) = false;
+    int wakeFd_ QVN_GUARDED_BY(mutex_) = -1;  // an eventfd; -1 while there is none
 };
 
 }  // namespace host

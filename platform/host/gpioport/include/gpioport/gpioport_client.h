@@ -7,6 +7,9 @@
  *
  * A process has one port: gpioport_exit() ends it for every user in the process. All functions may be called from
  * any thread, also from an interrupt callback.
+ *
+ * While the system is short of something, such as descriptors, an open port tries again by itself: edges are reported
+ * late, but not lost. A child of fork() cannot use the port of its parent, and gpioport_exit() leaves it alone there.
  */
 #ifndef GPIOPORT_GPIOPORT_CLIENT_H
 #define GPIOPORT_GPIOPORT_CLIENT_H
@@ -25,7 +28,7 @@ extern "C" {
  * Opens the port: makes the line files' directory and starts the interrupt thread. Harmless on an open port.
  *
  * @param port  port number; there is one port, every number opens it
- * @return 0 on success; non-zero when the directory cannot be made or watched, which is also logged
+ * @return 0 on success; non-zero when the directory cannot be made or there is no thread, which is also logged
  */
 GPIOPORT_API int gpioport_request(int port);
 
@@ -37,7 +40,8 @@ GPIOPORT_API int gpioport_request(int port);
 GPIOPORT_API int gpioport_get_inout_value(int line);
 
 /**
- * Calls back on edges of a line, starting from its present level; opens the port when it is closed.
+ * Calls back on edges of a line, starting from its present level; opens the port when it is closed. Where the present
+ * level cannot be read, the first one that can counts as an edge.
  *
  * The callback runs on the library's own thread, one callback at a time. It should return soon: edges of all
  * lines wait for it, and a level that comes and goes meanwhile is not reported. It must not throw. Registering the same
