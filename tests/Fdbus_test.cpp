@@ -6,6 +6,7 @@
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -635,6 +636,36 @@ TEST(FdbusContextTest, NothingIsSentBeforeAndAfterIt) {
             std::exit(sends ? 1 : 0);
         },
         testing::ExitedWithCode(0), "needs the context");
+}
+
+// What a child does not use itself must neither keep it from ending nor be disturbed by that.
+TEST_F(FdbusTest, AChildOfForkEndsWithoutAMark) {
+    auto server = std::make_unique<Server>(&serverWorker);
+    server->bind(kUrl);
+    auto client = std::make_unique<Client>(&clientWorker);
+    client->connect(kUrl);
+    client->broadcasts.waitFor(2);
+    auto worker = std::make_unique<CBaseWorker>("parent's");
+    worker->start();
+    const pid_t child = fork();
+    if (child == 0) {  // as the destructors of static objects would
+        alarm(20);
+        client.reset();
+        server.reset();
+        worker.reset();
+        FDB_CONTEXT->destroy();
+        _exit(0);
+    }
+    int status = 0;
+    ASSERT_EQ(child, waitpid(child, &status, 0));
+    EXPECT_EQ(0, status);
+    server->broadcast(1, "live", 4);
+    EXPECT_EQ("live", client->broadcasts.waitFor(3).back());
+    Client late(&clientWorker);
+    late.connect(kUrl);
+    EXPECT_EQ(2u, late.broadcasts.waitFor(2).size()) << "the service can still be found";
+    worker->exit();
+    worker->join();
 }
 
 TEST(FdbusWorkerTest, LoopMayRunInPlace) {

@@ -16,7 +16,7 @@ CBaseClient::CBaseClient(const char* name, CBaseWorker* worker) : CBaseEndpoint(
 }
 
 CBaseClient::~CBaseClient() {
-    mEndpoint->shutdown();
+    fdb::Endpoint::retire(std::move(mEndpoint));
 }
 
 FdbSessionId_t CBaseClient::connect(const char* url) {

@@ -16,7 +16,7 @@ CBaseServer::CBaseServer(const char* name, CBaseWorker* worker) : CBaseEndpoint(
 }
 
 CBaseServer::~CBaseServer() {
-    mEndpoint->shutdown();
+    fdb::Endpoint::retire(std::move(mEndpoint));
 }
 
 FdbSocketId_t CBaseServer::bind(const char* url) {

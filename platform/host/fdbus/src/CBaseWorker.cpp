@@ -45,6 +45,10 @@ CBaseWorker::CBaseWorker(const char* thread_name, uint32_t normal_queue_size, ui
       mLoop(std::make_shared<fdb::EventLoop>()) {}
 
 CBaseWorker::~CBaseWorker() {
+    if (mLoop->isForeign()) {
+        fdb::EventLoop::abandon(mLoop);
+        return;
+    }
     if (mLoop->running()) {
         lgklog_print(0, "fdbus: worker '%s' is destroyed while its thread runs; call exit() and join() before",
                      mName.c_str());

@@ -23,6 +23,14 @@ public:
     virtual bool broadcast(FdbMsgCode_t /*code*/, const char* /*topic*/, FrameBuilder& /*frame*/) { return false; }
     virtual void enableReconnect(bool /*enable*/) {}
 
+    /// Called last by the owner, which goes.
+    static void retire(std::shared_ptr<Endpoint> endpoint) {
+        endpoint->shutdown();
+        if (endpoint->mLoop->isForeign()) {
+            EventLoop::abandon(std::move(endpoint));
+        }
+    }
+
     /// Ends all traffic; when it returns, the owner is not called any more.
     void shutdown() {
         mLoop->runExclusive([this] {

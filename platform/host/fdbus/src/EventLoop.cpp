@@ -8,10 +8,21 @@
 #include <cerrno>
 #include <chrono>
 #include <exception>
+#include <vector>
 
 namespace fdb {
 
 using qvn::sync::MutexLock;
+
+namespace {
+
+/// How many forks lie between the program's start and this process.
+/// A process id would tell the same, at the price of a system call for every message.
+std::atomic<int> generation{0};
+
+[[maybe_unused]] const int counted = pthread_atfork(nullptr, nullptr, [] { ++generation; });
+
+}  // namespace
 
 EventLoop::EventLoop() {
     mWork.emplace(mContext.get_executor());
@@ -42,13 +53,27 @@ std::unique_ptr<asio::posix::stream_descriptor> EventLoop::adopt(UniqueFd fd) {
     return descriptor;
 }
 
+bool EventLoop::isForeign() const {
+    const int itsOwn = mGeneration;
+    return itsOwn >= 0 && itsOwn != generation;
+}
+
+void EventLoop::abandon(std::shared_ptr<void> ofForeignLoop) {
+    static auto& abandoned = *new std::vector<std::shared_ptr<void>>;
+    abandoned.push_back(std::move(ofForeignLoop));
+}
+
 bool EventLoop::start(const std::string& threadName, bool inPlace) {
+    if (isForeign()) {
+        return false;
+    }
     {
         const MutexLock lock(mMutex);
         if (mStarted) {
             return false;
         }
         mStarted = mRunning = true;
+        mGeneration = generation.load();
         if (!inPlace) {
             return startThread(threadName);
         }
@@ -86,7 +111,7 @@ void EventLoop::stop() {
 }
 
 bool EventLoop::join(uint32_t milliseconds) {
-    if (isSelf()) {
+    if (isForeign() || isSelf()) {
         return false;
     }
     MutexLock lock(mMutex);
@@ -105,6 +130,9 @@ bool EventLoop::join(uint32_t milliseconds) {
 }
 
 void EventLoop::runExclusive(const std::function<void()>& task) {
+    if (isForeign()) {
+        return;
+    }
     if (isSelf()) {
         task();
         return;

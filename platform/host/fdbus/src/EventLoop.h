@@ -22,6 +22,9 @@
 namespace fdb {
 
 /// An io_context with at most one thread in it at a time.
+///
+/// In a child of fork() the loops that its parent has started are foreign: they do not run, and are not to be touched.
+/// Their threads are not there, their descriptors are shared, and their mutexes may be locked for ever.
 class EventLoop : public std::enable_shared_from_this<EventLoop> {
 public:
     EventLoop();
@@ -36,7 +39,10 @@ public:
     /// log line, when there is no thread to be had.
     bool start(const std::string& threadName, bool inPlace);
     /// From start() until the loop has ended.
-    bool running() const { return mRunning; }
+    bool running() const { return mRunning && !isForeign(); }
+    bool isForeign() const;
+    /// Keeps something of a foreign loop from its destructor.
+    static void abandon(std::shared_ptr<void> ofForeignLoop);
     /// Lets the loop end after the handler that is running now.
     void stop();
     /// Waits for the loop's thread; `milliseconds` 0 is without limit. False on that thread, and when time is over.
@@ -45,11 +51,14 @@ public:
 
     template <typename Handler>
     void post(Handler&& handler) {
-        asio::post(mContext, std::forward<Handler>(handler));
+        if (!isForeign()) {
+            asio::post(mContext, std::forward<Handler>(handler));
+        }
     }
 
     /// Runs `task` when no handler is running, and returns when it has run: between two handlers of the loop, or here
-    /// when the loop is not running or this is its own thread. The task must not call out of the bus.
+    /// when the loop is not running or this is its own thread. On a foreign loop it never runs. The task must not call
+    /// out of the bus.
     void runExclusive(const std::function<void()>& task);
 
     /// Waits until `done` is set by a thread that then calls signal(); at most `milliseconds`, where positive. False
@@ -76,6 +85,7 @@ private:
     std::deque<Task*> mTasks QVN_GUARDED_BY(mMutex);
     std::atomic<bool> mRunning{false};  // changed under mMutex, so that a wait for it misses nothing
     bool mStarted QVN_GUARDED_BY(mMutex) = false;
+    std::atomic<int> mGeneration{-1};  // of the process that started it
     std::thread mThread QVN_GUARDED_BY(mMutex);
 };
 
