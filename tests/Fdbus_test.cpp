@@ -367,11 +367,18 @@ TEST_F(FdbusTest, NamesAndFoldersThatCannotBeUsed) {
     Server second(&serverWorker);
     expectLog(logOf([&] { second.bind(kUrl); }), "another server has this name");
 
-    setenv("QVN_HOST_DIR", "/proc/no_such_folder", 1);
-    Server nowhere(&serverWorker);
-    expectLog(logOf([&] { nowhere.bind(kUrl); }), "cannot offer 'test_service'");
-    Client client(&clientWorker);
-    expectLog(logOf([&] { client.connect(kUrl); }), "cannot reach 'test_service'");
+    const struct {
+        std::string folder;
+        const char* complaint;
+    } folders[] = {{"/proc/no_such_folder", "'test_service': cannot make the directory /proc/no_such_folder"},
+                   {mDir + "/" + std::string(100, 'd'), "bytes that a socket's may have; set QVN_HOST_DIR to a"}};
+    for (const auto& unusable : folders) {
+        setenv("QVN_HOST_DIR", unusable.folder.c_str(), 1);
+        Server nowhere(&serverWorker);
+        expectLog(logOf([&] { nowhere.bind(kUrl); }), unusable.complaint);
+        Client client(&clientWorker);
+        expectLog(logOf([&] { client.connect(kUrl); }), unusable.complaint);
+    }
 }
 
 TEST_F(FdbusTest, StaleAndForeignSocketFilesGiveWay) {

@@ -1,13 +1,16 @@
 #include <gtest/gtest.h>
 #include <poll.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <functional>
 
 #include "host/DirectoryWatch.h"
 #include "host/RuntimeDir.h"
+#include "host/ServiceSocket.h"
 #include "support/HostDir.h"
 
 namespace fs = std::filesystem;
@@ -137,6 +140,38 @@ TEST(RuntimeDir, NamesThePlaceThatCannotBeMade) {
     EXPECT_EQ(error.rfind("cannot make the directory /proc/self/qvn/run: ", 0), 0U) << error;
     EXPECT_NE(error.find("set QVN_HOST_DIR"), std::string::npos) << error;
     ::unsetenv("QVN_HOST_DIR");
+}
+
+TEST(ServiceSocket, HasAPathThatFits) {
+    const std::string longest(sizeof(sockaddr_un::sun_path) - 1 - std::string("/x.sock").size(), 'd');
+    std::string path, error;
+    ::setenv("QVN_HOST_DIR", ("/" + longest.substr(1)).c_str(), 1);
+    EXPECT_TRUE(qvn::host::serviceSocketPath("x", &path, &error)) << error;
+    EXPECT_EQ(path, "/" + longest.substr(1) + "/x.sock");
+    EXPECT_FALSE(qvn::host::serviceSocketPath("xx", &path, &error));
+    EXPECT_EQ(error, "the path /" + longest.substr(1) +
+                         "/xx.sock is longer than the 107 bytes that a socket's may have; "
+                         "set QVN_HOST_DIR to a folder with a shorter path");
+    EXPECT_EQ(qvn::host::serviceHolder("xx"), 0);
+    EXPECT_EQ(errno, ENAMETOOLONG);
+    ::unsetenv("QVN_HOST_DIR");
+}
+
+TEST(ServiceSocket, IsHeldByTheProcessThatListens) {
+    const HostDir host;
+    fs::create_directories(host.path());
+    EXPECT_EQ(qvn::host::serviceHolder("x"), 0);
+    EXPECT_EQ(errno, ENOENT);
+    std::string path;
+    sockaddr_un address;
+    ASSERT_TRUE(qvn::host::serviceSocketPath("x", &path, nullptr) && qvn::host::socketAddress(path, &address));
+    const int listener = ::socket(AF_UNIX, SOCK_STREAM, 0);
+    ASSERT_EQ(::bind(listener, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+    ASSERT_EQ(::listen(listener, 1), 0);
+    EXPECT_EQ(qvn::host::serviceHolder("x"), ::getpid());
+    ::close(listener);
+    EXPECT_EQ(qvn::host::serviceHolder("x"), 0);
+    EXPECT_EQ(errno, ECONNREFUSED) << "a socket file that a process has left behind";
 }
 
 TEST(DirectoryWatch, ReportsNamesThatComeChangeAndGo) {

@@ -3,6 +3,7 @@
 #include "ServiceAddress.h"
 
 #include <host/RuntimeDir.h>
+#include <host/ServiceSocket.h>
 #include <lgklog/lgklog.h>
 
 #include <fcntl.h>
@@ -27,7 +28,7 @@ FrameView emptyReply(FdbMsgCode_t code, uint32_t serial) {
 
 void ClientLink::connect(const std::string& service) {
     std::string error;
-    if (!qvn::host::ensureRuntimeDir(&error)) {
+    if (!qvn::host::ensureRuntimeDir(&error) || !qvn::host::serviceSocketPath(service, nullptr, &error)) {
         lgklog_print(0, "fdbus: cannot reach '%s': %s", service.c_str(), error.c_str());
         return;
     }
@@ -108,13 +109,14 @@ void ClientLink::awaitDirectory() {
 void ClientLink::onDirectoryChange() {
     const qvn::host::DirectoryWatch::Changes changes = mWatch.drain();
     awaitDirectory();
-    if (changes.rescan || std::count(changes.names.begin(), changes.names.end(), socketFileName(mService)) != 0) {
+    if (changes.rescan ||
+        std::count(changes.names.begin(), changes.names.end(), qvn::host::serviceSocketName(mService)) != 0) {
         look();
     }
 }
 
 void ClientLink::tryConnect() {
-    UniqueFd fd = connectToService(mService);
+    UniqueFd fd(qvn::host::connectToService(mService));
     if (!fd) {
         if (errno != ENOENT && errno != ECONNREFUSED) {
             retryLater("connect");

@@ -21,7 +21,7 @@ class ClientLink : public Endpoint, public ConnectionHandler, public std::enable
 public:
     using Endpoint::Endpoint;
 
-    /// A log line says when the runtime directory cannot be used.
+    /// A log line says when the service can never be reached.
     void connect(const std::string& service);
     void disconnect();
     bool connected() const { return mOnline; }

@@ -1,6 +1,7 @@
 #include "ServiceAddress.h"
 
 #include <host/RuntimeDir.h>
+#include <host/ServiceSocket.h>
 #include <lgklog/lgklog.h>
 
 #include <fcntl.h>
@@ -19,21 +20,10 @@ namespace {
 const char kScheme[] = "svc://";
 constexpr int kBacklog = 128;
 
-bool toAddress(const std::string& path, sockaddr_un& address) {
-    address = sockaddr_un();
-    address.sun_family = AF_UNIX;
-    if (path.size() >= sizeof(address.sun_path)) {
-        errno = ENAMETOOLONG;
-        return false;
-    }
-    std::memcpy(address.sun_path, path.c_str(), path.size() + 1);
-    return true;
-}
-
 UniqueFd listenAt(const std::string& path) {
     sockaddr_un address;
     UniqueFd fd(::socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
-    if (!fd || !toAddress(path, address)) {
+    if (!fd || !qvn::host::socketAddress(path, &address)) {
         return UniqueFd();
     }
     ::unlink(path.c_str());
@@ -58,10 +48,6 @@ std::string serviceName(const char* url, const std::string& fallback) {
     return name;
 }
 
-std::string socketFileName(const std::string& service) {
-    return service + ".sock";
-}
-
 ServiceSocket::~ServiceSocket() {
     if (isPublished()) {
         ::unlink(mPath.c_str());
@@ -69,8 +55,8 @@ ServiceSocket::~ServiceSocket() {
 }
 
 bool ServiceSocket::open(const std::string& service) {
-    std::string error;
-    if (!qvn::host::ensureRuntimeDir(&error)) {
+    std::string path, error;
+    if (!qvn::host::ensureRuntimeDir(&error) || !qvn::host::serviceSocketPath(service, &path, &error)) {
         lgklog_print(0, "fdbus: cannot offer '%s': %s", service.c_str(), error.c_str());
         return false;
     }
@@ -82,7 +68,6 @@ bool ServiceSocket::open(const std::string& service) {
         return false;
     }
     const std::string temporary = base + ".new";
-    const std::string path = base + ".sock";
     UniqueFd fd = listenAt(temporary);
     struct stat status;
     if (!fd || ::stat(temporary.c_str(), &status) != 0 || ::rename(temporary.c_str(), path.c_str()) != 0) {
@@ -99,16 +84,6 @@ bool ServiceSocket::isPublished() const {
     struct stat status;
     return !mPath.empty() && ::lstat(mPath.c_str(), &status) == 0 && S_ISSOCK(status.st_mode) &&
            status.st_ino == mInode;
-}
-
-UniqueFd connectToService(const std::string& service) {
-    sockaddr_un address;
-    UniqueFd fd(::socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
-    if (!fd || !toAddress(qvn::host::runtimeDir() + "/" + socketFileName(service), address) ||
-        ::connect(fd.get(), reinterpret_cast<const sockaddr*>(&address), sizeof(address)) != 0) {
-        return UniqueFd();
-    }
-    return fd;
 }
 
 bool isSameUser(int fd, const std::string& label) {

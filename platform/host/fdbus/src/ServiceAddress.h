@@ -10,9 +10,6 @@ namespace fdb {
 /// The name in `svc://NAME`; `fallback` where there is no URL. Empty, with a log line, when it names no service.
 std::string serviceName(const char* url, const std::string& fallback);
 
-/// The file name of a service's socket, without its folder.
-std::string socketFileName(const std::string& service);
-
 /// A service's name while it is taken: the lock that keeps other servers away, and the listening socket.
 ///
 /// The lock is the kernel's, on the file NAME.lock: it ends with the process, however that ends. The socket is bound
@@ -35,9 +32,6 @@ private:
     std::string mPath;
     unsigned long mInode = 0;
 };
-
-/// Connects to a service's socket without waiting. errno tells why the result is empty.
-UniqueFd connectToService(const std::string& service);
 
 /// Whether the process at the other end has this one's user id; a log line says when not.
 bool isSameUser(int fd, const std::string& label);
