@@ -112,7 +112,9 @@ TEST(BadInput, ASecondSimulatorOfTheSameNameIsRefused) {
     const auto first = desk.simulator();
     const auto second = desk.runSimulator({});
     EXPECT_EQ(second.exitCode, 1);
-    EXPECT_NE(second.errors.find("can-service-sim: service 'fdbus_can_service' is already running"), std::string::npos)
+    EXPECT_NE(second.errors.find("can-service-sim: service 'fdbus_can_service' is already running (process " +
+                                 std::to_string(first->pid()) + ")\n"),
+              std::string::npos)
         << second.errors;
     EXPECT_EQ(desk.runVehiclectl({"get", "ESP_FD2_VehSpd"}).exitCode, 0) << "the first one goes on";
     EXPECT_EQ(desk.simulator({"--name", "another"})->output().find("service down"), std::string::npos);

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "common/DeskPlatform.h"
 #include "ipc_common_soc/CanServiceWire.h"
 
 namespace qvn::tools {
@@ -81,16 +82,23 @@ CanService::CanService(std::string name, Observer observer)
 
 CanService::~CanService() {
     goDown();
+    // Neither thread may outlive its object, and that of the context is the bus's own static one.
     worker_.exit();
     worker_.join();
+    FDB_CONTEXT->exit();
+    FDB_CONTEXT->join();
 }
 
-bool CanService::goUp() {
+bool CanService::goUp(std::string* error) {
     if (server_) {
         return true;
     }
     auto server = std::make_unique<Server>(*this);
+    // What bind() returns tells nothing: with a naming service the name is asked for in the background.
     server->bind(("svc://" + name_).c_str());
+    if (!offersService(name_, error)) {
+        return false;
+    }
     server_ = std::move(server);
     return true;
 }

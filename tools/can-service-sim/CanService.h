@@ -27,8 +27,8 @@ public:
     CanService(const CanService&) = delete;
     CanService& operator=(const CanService&) = delete;
 
-    /// Offers the service. False when that is not possible, usually because a service of the name is running.
-    bool goUp();
+    /// Offers the service. False when that is known to have failed; `error` is one sentence for the user then.
+    bool goUp(std::string* error);
     /// Withdraws the service; every client goes offline.
     void goDown();
     bool isUp() const { return server_ != nullptr; }

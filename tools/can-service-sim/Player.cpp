@@ -174,16 +174,26 @@ void Player::report(std::uint32_t message, bool timedOut) {
 }
 
 void Player::moveReverseLine(bool engaged) {
-    journal_.note(engaged ? "reverse engaged" : "reverse released");
     std::string error;
-    if (!writeReverseLine(engaged, &error)) {
-        fail(error);
+    switch (writeReverseLine(engaged, &error)) {
+        case LineWrite::Done:
+            journal_.note(engaged ? "reverse engaged" : "reverse released");
+            break;
+        case LineWrite::RealHardware:
+            if (!std::exchange(toldOfHardware_, true)) {
+                journal_.note(error);
+            }
+            break;
+        case LineWrite::Failed:
+            fail(error);
+            break;
     }
 }
 
 bool Player::moveService(bool up) {
-    if (up && !service_.goUp()) {
-        fail("service '" + options_.serviceName + "' is already running, or its name cannot be used here");
+    std::string error;
+    if (up && !service_.goUp(&error)) {
+        fail(error);
         return false;
     }
     if (!up) {

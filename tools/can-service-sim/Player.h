@@ -76,6 +76,7 @@ private:
     EventLoop::Clock::time_point start_;
     EventLoop::Clock::time_point endOfScheduled_;
     EventLoop::Clock::time_point supervisionAt_ = EventLoop::Clock::time_point::max();
+    bool toldOfHardware_ = false;
     bool failed_ = false;
 };
 

@@ -9,7 +9,17 @@ namespace qvn::tools {
 /// Checks that services can be offered and reached here at all. On failure `error` is one sentence for the user.
 bool prepareDesk(std::string* error);
 
-/// Moves the reverse line; 1 engaged (line low). On failure `error` is one sentence for the user.
-bool writeReverseLine(bool engaged, std::string* error);
+/// Whether a service that this process has bound goes by its name here. A bus with a naming service answers that in the
+/// background if at all: there it is taken for granted. On failure `error` is one sentence for the user.
+bool offersService(const std::string& name, std::string* error);
+
+enum class LineWrite {
+    Done,
+    RealHardware,  ///< the line cannot be moved from here
+    Failed
+};
+
+/// Moves the reverse line; 1 engaged (line low). Unless it is done, `error` is one sentence for the user.
+LineWrite writeReverseLine(bool engaged, std::string* error);
 
 }  // namespace qvn::tools

@@ -6,9 +6,13 @@ bool prepareDesk(std::string*) {
     return true;
 }
 
-bool writeReverseLine(bool, std::string* error) {
+bool offersService(const std::string&, std::string*) {
+    return true;
+}
+
+LineWrite writeReverseLine(bool, std::string* error) {
     *error = "the reverse line is real hardware with these platform libraries; move it there";
-    return false;
+    return LineWrite::RealHardware;
 }
 
 }  // namespace qvn::tools
