@@ -41,7 +41,7 @@ TEST(BadInput, VehiclectlTellsWhatIsWrong) {
          "vehiclectl: no value of ESP_FD2_VehSpd within 0.1 s; is the CAN service running?\n"},
         {{"set", "HUT6_CarMdlDispCmd", "1", "--timeout", "0.1"},
          3,
-         "vehiclectl: the CAN service did not report within 0.1 s; nothing was set\n"},
+         "vehiclectl: the CAN service did not appear within 0.1 s; nothing was set\n"},
     };
     for (const Case& c : cases) {
         const auto result = desk.runVehiclectl(c.arguments);

@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
 #include <fstream>
 #include <nlohmann/json.hpp>
 #include <sstream>
@@ -77,6 +78,31 @@ TEST(Tools, GetShowsValueStatusAndAge) {
     EXPECT_EQ(state["value"], 0);
 }
 
+TEST(Tools, GetShowsOnlyWhatTheServiceSays) {
+    const Desk desk;
+    const auto alone = desk.runVehiclectl({"get", "PEPS2_SysPowerMod", "--timeout", "0.3"});
+    EXPECT_EQ(alone.exitCode, 3);
+    EXPECT_EQ(alone.output, "") << "the client makes this value itself while there is no service";
+
+    const std::string trace =
+        desk.file("a.trace", "(0) PEPS2_SysPowerMod=1\n(0) BCM8_PASWorkCmd=3\n(0) ESP_FD2_VehSpd=9 every 0.01\n");
+    const auto simulator = desk.simulator({"--no-initial", "--play", trace, "-"});
+    const auto start = std::chrono::steady_clock::now();
+    for (int run = 0; run < 20; ++run) {
+        const auto values = desk.runVehiclectl(
+            {"get", "--json", "PEPS2_SysPowerMod", "BCM8_PASWorkCmd", "ESP_FD2_VehSpd", "--timeout", "20"});
+        EXPECT_EQ(lastOf(values.output, "PEPS2_SysPowerMod")["value"], 1) << values.errors;
+        EXPECT_EQ(lastOf(values.output, "BCM8_PASWorkCmd")["value"], 3) << values.errors;
+        EXPECT_EQ(lastOf(values.output, "ESP_FD2_VehSpd")["value"], 9) << values.errors;
+    }
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(kDeadlineSeconds))
+        << "a signal that never pauses must not hold it up";
+
+    const auto none = desk.runVehiclectl({"get", "BCM1_TrunkSts", "--timeout", "0.3"});
+    EXPECT_EQ(none.exitCode, 3);
+    EXPECT_EQ(none.errors, "vehiclectl: no value of BCM1_TrunkSts within 0.3 s; the CAN service has none\n");
+}
+
 TEST(Tools, ListNamesEveryProperty) {
     const Desk desk;
     const auto list = objects(desk.runVehiclectl({"list", "--json"}).output);
@@ -105,6 +131,20 @@ TEST(Tools, ASetIsDecodedAndAnsweredByItsRule) {
     EXPECT_EQ(unanswered.exitCode, 3);
     EXPECT_EQ(unanswered.errors, "vehiclectl: HAP_FD2_CarMdlDispSts is 1 after 0.2 s, not 2\n");
     EXPECT_TRUE(simulator->waitForOutput("set HUT32_XLvl=300  (012C)"));
+}
+
+TEST(Tools, ASetNeedsNoValueOfTheServiceAndSeesAPulse) {
+    const Desk desk;
+    const std::string rules = desk.file("pulse.rules",
+                                        "HUT32_XLvl=1 -> ESP_FD2_VehSpd=9\n"
+                                        "HUT32_XLvl=1 -> ESP_FD2_VehSpd=0 after 0.02\n");
+    const auto simulator = desk.simulator({"--no-initial", "--rules", rules});
+    const auto pulse = desk.runVehiclectl({"set", "HUT32_XLvl", "1", "--wait-for", "ESP_FD2_VehSpd=9"});
+    EXPECT_EQ(pulse.exitCode, 0) << pulse.errors;
+
+    const auto invented =
+        desk.runVehiclectl({"set", "HUT32_XLvl", "2", "--wait-for", "PEPS2_SysPowerMod=2", "--timeout", "0.2"});
+    EXPECT_EQ(invented.errors, "vehiclectl: PEPS2_SysPowerMod is - after 0.2 s, not 2\n");
 }
 
 TEST(Tools, ACycleThatStopsTimesItsMessageOut) {

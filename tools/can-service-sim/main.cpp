@@ -22,7 +22,7 @@ struct CommandLine {
     std::string trace;
     std::string input;
     std::string rules;
-    std::string name = "fdbus_can_service";
+    std::string name = kCanService;
     double speed = 1.0;
     bool loop = false;
     bool exitAtEnd = false;

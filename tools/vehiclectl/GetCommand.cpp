@@ -3,13 +3,14 @@
 
 #include "vehiclectl/Commands.h"
 #include "vehiclectl/PropertyState.h"
+#include "vehiclectl/ServiceLink.h"
 #include "vehiclectl/Waiting.h"
 
 namespace qvn::tools {
 namespace {
 
 // The CAN service reports time-outs right after the values: the last value waits that long for its status.
-constexpr double kQuietSeconds = 0.05;
+constexpr double kStatusSeconds = 0.005;
 
 void print(const PropertyState& state, bool json) {
     if (json) {
@@ -20,6 +21,26 @@ void print(const PropertyState& state, bool json) {
     }
 }
 
+/// Takes in what the service reports until every property has a value and its status has had time to follow.
+Awaited collect(PropertyStates& states, const StopSignals& stop, double timeout) {
+    PropertyFeed& feed = PropertyFeed::instance();
+    Clock::time_point deadline = inSeconds(timeout);
+    bool complete = false;
+    Awaited what = Awaited::Updates;
+    while ((what = await(feed, stop, deadline)) == Awaited::Updates) {
+        for (Update& update : feed.take()) {
+            if (update.origin != Update::Origin::ReverseLine) {
+                states.apply(std::move(update));
+            }
+        }
+        if (!complete && states.complete()) {
+            complete = true;
+            deadline = std::min(deadline, inSeconds(kStatusSeconds));
+        }
+    }
+    return what;
+}
+
 }  // namespace
 
 int getCommand(const GetOptions& options, const StopSignals& stop) {
@@ -28,29 +49,18 @@ int getCommand(const GetOptions& options, const StopSignals& stop) {
     if (!startFeed(states.ids())) {
         return kFailed;
     }
-    PropertyFeed& feed = PropertyFeed::instance();
-    const auto hasValue = [&](const PropertyInfo* property) { return states.of(*property).value.has_value(); };
-    const auto complete = [&] { return std::all_of(wanted.begin(), wanted.end(), hasValue); };
-    const Clock::time_point deadline = inSeconds(options.timeout);
-    for (;;) {
-        const Awaited what = await(feed, stop, complete() ? std::min(deadline, inSeconds(kQuietSeconds)) : deadline);
-        if (what == Awaited::Stop) {
-            return kFailed;
-        }
-        if (what == Awaited::Deadline) {
-            break;
-        }
-        for (Update& update : feed.take()) {
-            states.apply(std::move(update));
-        }
+    const ServiceLink service(wanted);
+    if (collect(states, stop, options.timeout) == Awaited::Stop) {
+        return kFailed;
     }
     int result = kDone;
     for (const PropertyInfo* const property : wanted) {
-        if (hasValue(property)) {
-            print(states.of(*property), options.json);
+        const PropertyState& state = states.of(*property);
+        if (numberOf(state)) {
+            print(state, options.json);
         } else {
-            printError("no value of " + property->name + " within " + formatNumber(options.timeout) +
-                       " s; is the CAN service running?");
+            printError("no value of " + property->name + " within " + formatNumber(options.timeout) + " s; " +
+                       (service.online() ? "the CAN service has none" : "is the CAN service running?"));
             result = kTimedOut;
         }
     }

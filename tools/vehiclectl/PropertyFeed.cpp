@@ -6,6 +6,16 @@ namespace qvn::tools {
 
 using namespace platform::vehicle;
 
+namespace {
+
+Update valueUpdate(VehiclePropValue value, PropertyType type) {
+    const auto origin = value.areaId == 0 ? Update::Origin::ReverseLine : Update::Origin::Service;
+    const int property = value.prop;
+    return {Update::Kind::Value, origin, property, std::move(value), type};
+}
+
+}  // namespace
+
 PropertyFeed& PropertyFeed::instance() {
     // Never destroyed: the client's threads may report until the process has ended.
     static auto* const feed = new PropertyFeed;
@@ -14,11 +24,10 @@ PropertyFeed& PropertyFeed::instance() {
 
 bool PropertyFeed::subscribe(const std::vector<int>& properties) {
     const auto changed = [](VehiclePropValue value, PropertyType type) {
-        const int property = value.prop;
-        instance().push({Update::Kind::Value, property, std::move(value), type, VEHICLE_PROPERTY_STATUS_AVAILABLE});
+        instance().push(valueUpdate(std::move(value), type));
     };
     const auto statusChanged = [](int property, VehiclePropertyStatus status) {
-        instance().push({Update::Kind::Status, property, {}, PROPERTY_TYPE_UNKNOWN, status});
+        instance().push({Update::Kind::Status, Update::Origin::Service, property, {}, PROPERTY_TYPE_UNKNOWN, status});
     };
     VehicleClient& client = *VehicleClient::getInstance();
     if (!client.subscribe(changed, properties, statusChanged)) {
@@ -28,8 +37,7 @@ bool PropertyFeed::subscribe(const std::vector<int>& properties) {
     for (const int property : properties) {
         VehiclePropValue value;
         if (client.getPropValue(property, &value) && value.timestamp != 0) {
-            push({Update::Kind::Value, property, std::move(value), client.getPropertyType(property),
-                  VEHICLE_PROPERTY_STATUS_AVAILABLE});
+            push(valueUpdate(std::move(value), client.getPropertyType(property)));
         }
     }
     return true;

@@ -9,20 +9,26 @@
 
 namespace qvn::tools {
 
-/// One call of the vehicle client's callbacks.
+/// Something new about a property.
 struct Update {
     enum class Kind { Value, Status };
+    enum class Origin {
+        Service,      ///< the CAN service, through the vehicle client
+        ReverseLine,  ///< the vehicle client made the value itself
+        Link          ///< the CAN service, through the tool's own ServiceLink
+    };
 
     Kind kind = Kind::Value;
+    Origin origin = Origin::Service;
     int property = 0;
     platform::vehicle::VehiclePropValue value;  ///< of a Value
     platform::vehicle::PropertyType type = platform::vehicle::PROPERTY_TYPE_UNKNOWN;
     platform::vehicle::VehiclePropertyStatus status = platform::vehicle::VEHICLE_PROPERTY_STATUS_AVAILABLE;
 };
 
-/// Carries what the vehicle client reports on its own threads over to the main thread, without loss and in order; only
-/// a value that was there before the subscription may come after a newer one.
-/// There is one for the process, since the client's callbacks are plain functions.
+/// Carries what is reported on the bus's and the client's threads over to the main thread, without loss and in order;
+/// only a value that was there before the subscription may come after a newer one. There is one for the process, since
+/// the client's callbacks are plain functions.
 class PropertyFeed {
 public:
     static PropertyFeed& instance();
@@ -36,9 +42,13 @@ public:
     /// Takes all updates that wait.
     std::vector<Update> take();
 
+    /// Adds an update; from any thread.
+    void push(Update update);
+    /// Makes fd() readable without one; from any thread.
+    void wake() { wakeUp_.notify(); }
+
 private:
     PropertyFeed() = default;
-    void push(Update update);
 
     sync::Mutex mutex_;
     std::vector<Update> updates_ QVN_GUARDED_BY(mutex_);

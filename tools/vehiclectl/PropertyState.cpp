@@ -1,5 +1,6 @@
 #include "vehiclectl/PropertyState.h"
 
+#include <algorithm>
 #include <ctime>
 #include <utility>
 
@@ -108,6 +109,10 @@ const PropertyState* PropertyStates::apply(Update update) {
     }
     state.changedAt = monotonicNow();
     return &state;
+}
+
+bool PropertyStates::complete() const {
+    return std::all_of(states_.begin(), states_.end(), [](const auto& entry) { return numberOf(entry.second); });
 }
 
 std::vector<int> PropertyStates::ids() const {

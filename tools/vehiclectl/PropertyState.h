@@ -44,6 +44,9 @@ public:
     /// Takes an update in. The state that it changed, or null: of another property, nothing new, or outdated.
     const PropertyState* apply(Update update);
 
+    /// Whether every property has a value.
+    bool complete() const;
+
     const PropertyState& of(const PropertyInfo& property) const { return states_.at(static_cast<int>(property.id)); }
 
     /// The identifiers, as VehicleClient takes them.

@@ -6,6 +6,7 @@
 #include "common/SignalNames.h"
 #include "vehiclectl/Commands.h"
 #include "vehiclectl/PropertyState.h"
+#include "vehiclectl/ServiceLink.h"
 #include "vehiclectl/Waiting.h"
 
 namespace qvn::tools {
@@ -16,14 +17,9 @@ using platform::vehicle::VehicleClient;
 // A set is one way: nothing tells when the bus has taken it, so the process stays that long after handing it over.
 constexpr double kDeliverySeconds = 0.1;
 
-// The client makes values of these two from the reverse line, with or without a CAN service.
-constexpr std::uint32_t kParkingWorkCommand = 0x2140307A;
-constexpr std::uint32_t kSystemPowerMode = 0x21403837;
-
-bool comesFromService(const Update& update) {
-    const auto id = static_cast<std::uint32_t>(update.property);
-    return update.kind == Update::Kind::Status || (id != kParkingWorkCommand && id != kSystemPowerMode);
-}
+// The tool's own link and the vehicle client reach the service one after the other. A service that has values shows
+// when the client has; for one without, the client gets that long.
+constexpr double kClientSeconds = 0.05;
 
 struct Goal {
     const PropertyInfo* property = nullptr;
@@ -55,41 +51,85 @@ double readValue(const PropertyInfo& property, const std::string& text) {
     return value;
 }
 
+bool reached(const PropertyStates& states, const Goal& goal) {
+    // Floats carry one step of a CAN signal at best; the comparison only forgives their rounding.
+    constexpr double kTolerance = 1e-3;
+    const std::optional<double> number = numberOf(states.of(*goal.property));
+    return number && std::fabs(*number - goal.value) < kTolerance;
+}
+
 /// Follows the updates until a condition holds.
 class Follower {
 public:
     Follower(PropertyStates& states, const StopSignals& stop) : states_(states), stop_(stop) {}
 
-    /// True once the service has reported anything.
-    bool online() const { return online_; }
+    /// True once the service has reported anything to the vehicle client.
+    bool clientOnline() const { return clientOnline_; }
+
+    /// From now on every update is looked at, so that a value which is there only for a moment counts.
+    void lookFor(const Goal& goal) {
+        goal_ = goal;
+        goalReached_ = reached(states_, goal);
+    }
+    bool goalReached() const { return goalReached_; }
+
+    const PropertyState& stateOf(const PropertyInfo& property) const { return states_.of(property); }
 
     template <class Condition>
-    Awaited until(Condition condition, double timeout) {
-        const Clock::time_point deadline = inSeconds(timeout);
+    Awaited until(Condition condition, Clock::time_point deadline) {
         while (!condition()) {
             const Awaited what = await(PropertyFeed::instance(), stop_, deadline);
             if (what != Awaited::Updates) {
                 return what;
             }
             for (Update& update : PropertyFeed::instance().take()) {
-                online_ = online_ || comesFromService(update);
-                states_.apply(std::move(update));
+                take(std::move(update));
             }
         }
         return Awaited::Updates;
     }
 
 private:
+    void take(Update update) {
+        if (update.origin == Update::Origin::ReverseLine) {
+            return;
+        }
+        clientOnline_ = clientOnline_ || update.origin == Update::Origin::Service;
+        states_.apply(std::move(update));
+        goalReached_ = goalReached_ || (goal_ && reached(states_, *goal_));
+    }
+
     PropertyStates& states_;
     const StopSignals& stop_;
-    bool online_ = false;
+    std::optional<Goal> goal_;
+    bool clientOnline_ = false;
+    bool goalReached_ = false;
 };
 
-bool reached(const PropertyStates& states, const Goal& goal) {
-    // Floats carry one step of a CAN signal at best; the comparison only forgives their rounding.
-    constexpr double kTolerance = 1e-3;
-    const std::optional<double> number = numberOf(states.of(*goal.property));
-    return number && std::fabs(*number - goal.value) < kTolerance;
+/// Waits until a set can be expected to arrive.
+Awaited awaitService(Follower& follower, const ServiceLink& service, double timeout) {
+    const auto clientOnline = [&] { return follower.clientOnline(); };
+    const Awaited what = follower.until([&] { return clientOnline() || service.online(); }, inSeconds(timeout));
+    if (what != Awaited::Updates) {
+        return what;
+    }
+    return follower.until(clientOnline, inSeconds(kClientSeconds)) == Awaited::Stop ? Awaited::Stop : Awaited::Updates;
+}
+
+/// Stays until the set has gone out and, where there is a goal, has had its effect.
+int follow(Follower& follower, const std::optional<Goal>& goal, double timeout) {
+    const Clock::time_point delivered = inSeconds(kDeliverySeconds);
+    const auto done = [&] { return !goal || follower.goalReached(); };
+    const Awaited what = follower.until(done, inSeconds(timeout));
+    if (what == Awaited::Stop || follower.until([] { return false; }, delivered) == Awaited::Stop) {
+        return kFailed;
+    }
+    if (what == Awaited::Updates) {
+        return kDone;
+    }
+    printError(goal->property->name + " is " + valueText(follower.stateOf(*goal->property)) + " after " +
+               formatNumber(timeout) + " s, not " + formatNumber(goal->value));
+    return kTimedOut;
 }
 
 }  // namespace
@@ -99,44 +139,32 @@ int setCommand(const SetOptions& options, const StopSignals& stop) {
     std::vector<int> value{static_cast<int>(readValue(property, options.value))};
     const std::optional<Goal> goal = readGoal(options.waitFor);
 
-    // The client drops a set while the service is away. Its values, which it reports when it is reached, tell.
     PropertyStates states(receivedProperties());
     if (!startFeed(states.ids())) {
         return kFailed;
     }
+    // A set is lost while the service is away, and nothing tells that it was.
+    using Properties = std::vector<const PropertyInfo*>;
+    const ServiceLink service(goal ? Properties{goal->property} : Properties{});
     Follower follower(states, stop);
-    switch (follower.until([&] { return follower.online(); }, options.timeout)) {
+    switch (awaitService(follower, service, options.timeout)) {
         case Awaited::Updates:
             break;
         case Awaited::Stop:
             return kFailed;
         case Awaited::Deadline:
-            printError("the CAN service did not report within " + formatNumber(options.timeout) +
+            printError("the CAN service did not appear within " + formatNumber(options.timeout) +
                        " s; nothing was set");
             return kTimedOut;
+    }
+    if (goal) {
+        follower.lookFor(*goal);
     }
     if (!VehicleClient::getInstance()->setInt32Property(static_cast<int>(property.id), value)) {
         printError("the vehicle client refused to set " + property.name);
         return kFailed;
     }
-    const auto never = [] { return false; };
-    if (follower.until(never, kDeliverySeconds) == Awaited::Stop) {
-        return kFailed;
-    }
-    if (!goal) {
-        return kDone;
-    }
-    switch (follower.until([&] { return reached(states, *goal); }, options.timeout)) {
-        case Awaited::Updates:
-            return kDone;
-        case Awaited::Stop:
-            return kFailed;
-        case Awaited::Deadline:
-            break;
-    }
-    printError(goal->property->name + " is " + valueText(states.of(*goal->property)) + " after " +
-               formatNumber(options.timeout) + " s, not " + formatNumber(goal->value));
-    return kTimedOut;
+    return follow(follower, goal, options.timeout);
 }
 
 }  // namespace qvn::tools
