@@ -1,6 +1,7 @@
 qvn_add_test(NAME e2e_test
     SOURCES e2e/Process.cpp e2e/RawSocket.cpp e2e/BadInput_test.cpp e2e/Faults_test.cpp e2e/HostilePeer_test.cpp
-            e2e/ProcessEnd_test.cpp e2e/Restart_test.cpp e2e/Security_test.cpp e2e/Tools_test.cpp
+            e2e/Output_test.cpp e2e/ProcessEnd_test.cpp e2e/Restart_test.cpp e2e/Security_test.cpp
+            e2e/Tools_test.cpp
     LIBS nlohmann_json::nlohmann_json
     LABELS e2e)
 target_compile_definitions(e2e_test PRIVATE

@@ -13,8 +13,7 @@ void Journal::print(Detail least, const std::string& text) const {
         return;
     }
     const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start_;
-    std::printf("%9.3f  %s\n", elapsed.count(), text.c_str());
-    std::fflush(stdout);
+    output_.print("%9.3f  %s\n", elapsed.count(), text.c_str());
 }
 
 }  // namespace qvn::tools

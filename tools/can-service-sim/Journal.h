@@ -3,6 +3,8 @@
 #include <chrono>
 #include <string>
 
+#include "common/Output.h"
+
 namespace qvn::tools {
 
 /// What the simulator tells on standard output: one line an event, with the seconds since its start.
@@ -14,7 +16,7 @@ public:
         All      ///< also every signal value and subscription
     };
 
-    explicit Journal(Detail detail) : detail_(detail) {}
+    Journal(Output& output, Detail detail) : output_(output), detail_(detail) {}
 
     void note(const std::string& text) const { print(Detail::Normal, text); }
     void detail(const std::string& text) const { print(Detail::All, text); }
@@ -25,6 +27,7 @@ public:
 private:
     void print(Detail least, const std::string& text) const;
 
+    Output& output_;
     Detail detail_;
     std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
 };

@@ -1,9 +1,10 @@
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
-#include <cstdio>
 #include <exception>
 #include <fstream>
+#include <iostream>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -11,6 +12,7 @@
 #include "can-service-sim/Player.h"
 #include "common/BadInput.h"
 #include "common/DeskPlatform.h"
+#include "common/Output.h"
 #include "common/PhysicalValue.h"
 #include "common/SignalNames.h"
 #include "tables/MessageCatalogue.h"
@@ -89,15 +91,15 @@ Player::Options playerOptions(const CommandLine& line) {
     return options;
 }
 
-void listNames() {
+void listNames(Output& output) {
     for (const tables::DecodingRow& row : tables::kDecodingRules) {
         const PhysicalRange range = physicalRange(row.rule);
-        std::printf("%-40s %s  %s, %s to %s\n", signalName(row.code).c_str(), hexText(row.code).c_str(),
-                    ruleText(row.rule), formatNumber(range.low).c_str(), formatNumber(range.high).c_str());
+        output.print("%-40s %s  %s, %s to %s\n", signalName(row.code).c_str(), hexText(row.code).c_str(),
+                     ruleText(row.rule), formatNumber(range.low).c_str(), formatNumber(range.high).c_str());
     }
     for (const tables::MessageRow& row : tables::kMessages) {
-        std::printf("%-40s %s  message of %zu signals\n", signalName(row.code).c_str(), hexText(row.code).c_str(),
-                    row.signalCount);
+        output.print("%-40s %s  message of %zu signals\n", signalName(row.code).c_str(), hexText(row.code).c_str(),
+                     row.signalCount);
     }
 }
 
@@ -152,7 +154,7 @@ private:
     bool failed_ = false;
 };
 
-int serve(const CommandLine& line) {
+int serve(const CommandLine& line, const StopSignals& stop, Output& output) {
     std::vector<TraceEvent> trace = readTraceOf(line);
     Player::Options options = playerOptions(line);
     std::string error;
@@ -160,11 +162,10 @@ int serve(const CommandLine& line) {
         Journal::error(error);
         return kFailed;
     }
-    const StopSignals stop;
     EventLoop loop(stop);
-    const Journal journal(line.quiet     ? Journal::Detail::Quiet
-                          : line.verbose ? Journal::Detail::All
-                                         : Journal::Detail::Normal);
+    const Journal journal(output, line.quiet     ? Journal::Detail::Quiet
+                                  : line.verbose ? Journal::Detail::All
+                                                 : Journal::Detail::Normal);
     Player player(loop, journal, std::move(options));
     if (!player.start(std::move(trace))) {
         return kFailed;
@@ -180,20 +181,35 @@ int serve(const CommandLine& line) {
     return player.failed() ? kFailed : kDone;
 }
 
-int run(int argc, char** argv) {
+int run(int argc, char** argv, const StopSignals& stop, Output& output) {
     CLI::App app("The CAN service for a desk: plays traces, answers sets, moves the reverse line.", "can-service-sim");
     CommandLine line;
     declare(app, line);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
-        return app.exit(error) == 0 ? kDone : kUsage;
+        std::ostringstream help;
+        const int result = app.exit(error, help, std::cerr);
+        output.write(help.str());
+        return result == 0 ? kDone : kUsage;
     }
     if (line.list) {
-        listNames();
+        listNames(output);
         return kDone;
     }
-    return serve(line);
+    return serve(line, stop, output);
+}
+
+int runToTheEnd(int argc, char** argv) {
+    const StopSignals stop;
+    Output output(stop);
+    const int result = run(argc, argv, stop, output);
+    std::string complaint;
+    const bool written = output.finish(&complaint);
+    if (!complaint.empty()) {
+        Journal::error(complaint);
+    }
+    return written ? result : kFailed;
 }
 
 }  // namespace
@@ -202,7 +218,7 @@ int run(int argc, char** argv) {
 int main(int argc, char** argv) {
     using namespace qvn::tools;
     try {
-        return run(argc, argv);
+        return runToTheEnd(argc, argv);
     } catch (const BadInput& error) {
         Journal::error(error.what());
         return kUsage;

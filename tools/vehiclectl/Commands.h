@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "common/BadInput.h"
+#include "common/Output.h"
 #include "common/StopSignals.h"
 
 namespace qvn::tools {
@@ -15,7 +16,7 @@ struct ListOptions {
     bool json = false;
 };
 
-int listCommand(const ListOptions& options);
+int listCommand(const ListOptions& options, Output& output);
 
 struct GetOptions {
     std::vector<std::string> properties;
@@ -23,7 +24,7 @@ struct GetOptions {
     bool json = false;
 };
 
-int getCommand(const GetOptions& options, const StopSignals& stop);
+int getCommand(const GetOptions& options, const StopSignals& stop, Output& output);
 
 struct WatchOptions {
     std::vector<std::string> properties;  ///< none: all that are received
@@ -32,7 +33,7 @@ struct WatchOptions {
     bool json = false;
 };
 
-int watchCommand(const WatchOptions& options, const StopSignals& stop);
+int watchCommand(const WatchOptions& options, const StopSignals& stop, Output& output);
 
 struct SetOptions {
     std::string property;

@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <cstdio>
 
 #include "vehiclectl/Commands.h"
 #include "vehiclectl/PropertyState.h"
@@ -12,12 +11,12 @@ namespace {
 // The CAN service reports time-outs right after the values: the last value waits that long for its status.
 constexpr double kStatusSeconds = 0.005;
 
-void print(const PropertyState& state, bool json) {
+void print(Output& output, const PropertyState& state, bool json) {
     if (json) {
-        std::printf("%s\n", jsonText(state).c_str());
+        output.write(jsonText(state) + "\n");
     } else {
-        std::printf("%-36s %-12s %-9s  %.3f s\n", state.info->name.c_str(), valueText(state).c_str(), statusText(state),
-                    std::max(ageOf(state, monotonicNow()), 0.0));
+        output.print("%-36s %-12s %-9s  %.3f s\n", state.info->name.c_str(), valueText(state).c_str(),
+                     statusText(state), std::max(ageOf(state, monotonicNow()), 0.0));
     }
 }
 
@@ -43,7 +42,7 @@ Awaited collect(PropertyStates& states, const StopSignals& stop, double timeout)
 
 }  // namespace
 
-int getCommand(const GetOptions& options, const StopSignals& stop) {
+int getCommand(const GetOptions& options, const StopSignals& stop, Output& output) {
     const std::vector<const PropertyInfo*> wanted = receivedProperties(options.properties);
     PropertyStates states(wanted);
     if (!startFeed(states.ids())) {
@@ -57,7 +56,7 @@ int getCommand(const GetOptions& options, const StopSignals& stop) {
     for (const PropertyInfo* const property : wanted) {
         const PropertyState& state = states.of(*property);
         if (numberOf(state)) {
-            print(state, options.json);
+            print(output, state, options.json);
         } else {
             printError("no value of " + property->name + " within " + formatNumber(options.timeout) + " s; " +
                        (service.online() ? "the CAN service has none" : "is the CAN service running?"));

@@ -1,4 +1,3 @@
-#include <cstdio>
 #include <string>
 
 #include "common/PropertyNames.h"
@@ -31,16 +30,16 @@ std::string joined(const PropertyInfo& property, const std::string& separator) {
 
 }  // namespace
 
-int listCommand(const ListOptions& options) {
+int listCommand(const ListOptions& options, Output& output) {
     for (const PropertyInfo& property : properties()) {
         const std::string id = hexText(property.id);
         if (options.json) {
-            std::printf(R"({"id":"%s","type":"%s","direction":"%s","signals":["%s"]})"
-                        "\n",
-                        id.c_str(), typeText(property), directionText(property), joined(property, "\",\"").c_str());
+            output.print(R"({"id":"%s","type":"%s","direction":"%s","signals":["%s"]})"
+                         "\n",
+                         id.c_str(), typeText(property), directionText(property), joined(property, "\",\"").c_str());
         } else {
-            std::printf("%s  %-5s  %-7s  %s\n", id.c_str(), typeText(property), directionText(property),
-                        joined(property, " ").c_str());
+            output.print("%s  %-5s  %-7s  %s\n", id.c_str(), typeText(property), directionText(property),
+                         joined(property, " ").c_str());
         }
     }
     return kDone;

@@ -11,7 +11,7 @@
 
 namespace qvn::tools {
 
-Awaited await(const PropertyFeed& feed, const StopSignals& stop, std::optional<Clock::time_point> deadline) {
+Awaited await(const PropertyFeed& feed, const StopSignals& stop, std::optional<Clock::time_point> deadline, int gone) {
     for (;;) {
         timespec timeout{};
         if (deadline) {
@@ -20,10 +20,10 @@ Awaited await(const PropertyFeed& feed, const StopSignals& stop, std::optional<C
             timeout.tv_sec = seconds.count();
             timeout.tv_nsec = std::chrono::nanoseconds(left - seconds).count();
         }
-        pollfd fds[] = {{stop.fd(), POLLIN, 0}, {feed.fd(), POLLIN, 0}};
-        const int ready = ppoll(fds, 2, deadline ? &timeout : nullptr, nullptr);
+        pollfd fds[] = {{stop.fd(), POLLIN, 0}, {feed.fd(), POLLIN, 0}, {gone, POLLIN, 0}};
+        const int ready = ppoll(fds, 3, deadline ? &timeout : nullptr, nullptr);
         if (ready > 0) {
-            return fds[0].revents != 0 ? Awaited::Stop : Awaited::Updates;
+            return fds[0].revents != 0 || fds[2].revents != 0 ? Awaited::Stop : Awaited::Updates;
         }
         if (ready == 0) {
             return Awaited::Deadline;

@@ -15,8 +15,10 @@ using Clock = std::chrono::steady_clock;
 
 enum class Awaited { Updates, Stop, Deadline };
 
-/// Waits until updates arrive, the user stops the tool or the deadline passes.
-Awaited await(const PropertyFeed& feed, const StopSignals& stop, std::optional<Clock::time_point> deadline);
+/// Waits until updates arrive, the user stops the tool or the deadline passes. `gone` is readable when nobody wants the
+/// result any more, which is a Stop, too.
+Awaited await(const PropertyFeed& feed, const StopSignals& stop, std::optional<Clock::time_point> deadline,
+              int gone = -1);
 
 /// The point in time so many seconds from now.
 Clock::time_point inSeconds(double seconds);

@@ -23,13 +23,13 @@ double secondsSince(Clock::time_point start) {
 /// One `watch` from its start to its summary.
 class Watch {
 public:
-    Watch(const WatchOptions& options, std::vector<const PropertyInfo*> properties)
-        : options_(options), states_(properties) {
+    Watch(const WatchOptions& options, Output& output, std::vector<const PropertyInfo*> properties)
+        : options_(options), output_(output), states_(properties) {
         if (options.duration) {
             end_ = inSeconds(*options.duration);
         }
         if (!options.json && isatty(STDOUT_FILENO) != 0) {
-            table_ = std::make_unique<WatchTable>(states_, std::move(properties));
+            table_ = std::make_unique<WatchTable>(output, states_, std::move(properties));
         }
     }
 
@@ -38,7 +38,7 @@ public:
     void run(const StopSignals& stop) {
         PropertyFeed& feed = PropertyFeed::instance();
         while (!finished()) {
-            const Awaited what = await(feed, stop, nextWake());
+            const Awaited what = await(feed, stop, nextWake(), output_.fd());
             if (what == Awaited::Stop) {
                 break;
             }
@@ -51,6 +51,10 @@ public:
             table_->draw();
             table_.reset();
         }
+        if (timeIsOver()) {
+            output_.hurry();
+        }
+        output_.drain();
     }
 
     void printSummary() const {
@@ -59,9 +63,11 @@ public:
     }
 
 private:
+    bool timeIsOver() const { return end_ && Clock::now() >= *end_; }
+
     bool finished() const {
         const bool counted = options_.count && changes_ >= *options_.count;
-        return counted || outputGone_ || (end_ && Clock::now() >= *end_);
+        return counted || timeIsOver();
     }
 
     std::optional<Clock::time_point> nextWake() const {
@@ -88,41 +94,44 @@ private:
 
     void printLine(const PropertyState& state) {
         if (options_.json) {
-            std::printf("%s\n", jsonText(state).c_str());
+            output_.write(jsonText(state) + "\n");
         } else {
-            std::printf("%9.3f  %-36s %-12s %s\n", secondsSince(start_), state.info->name.c_str(),
-                        valueText(state).c_str(), statusText(state));
+            output_.print("%9.3f  %-36s %-12s %s\n", secondsSince(start_), state.info->name.c_str(),
+                          valueText(state).c_str(), statusText(state));
         }
-        outputGone_ = std::fflush(stdout) != 0;
     }
 
-    /// Redraws at most every kRedrawInterval however fast values come, and now and then for the ages.
+    /// Redraws at most every kRedrawInterval however fast values come, and now and then for the ages; not before the
+    /// terminal has taken the last picture.
     void refresh() {
         const Clock::time_point now = Clock::now();
         if (!table_ || now < nextRedraw_ || (!redrawDue_ && now < nextRedraw_ + kAgeInterval)) {
             return;
         }
-        outputGone_ = !table_->draw();
-        redrawDue_ = false;
+        if (output_.idle()) {
+            table_->draw();
+            redrawDue_ = false;
+        }
         nextRedraw_ = now + kRedrawInterval;
     }
 
     const WatchOptions& options_;
+    Output& output_;
     PropertyStates states_;
     std::unique_ptr<WatchTable> table_;
     Clock::time_point start_ = Clock::now();
     std::optional<Clock::time_point> end_;
     Clock::time_point nextRedraw_ = start_;
     bool redrawDue_ = true;
-    bool outputGone_ = false;
     long changes_ = 0;
     std::set<const PropertyInfo*> changed_;
 };
 
 }  // namespace
 
-int watchCommand(const WatchOptions& options, const StopSignals& stop) {
-    Watch watch(options, options.properties.empty() ? receivedProperties() : receivedProperties(options.properties));
+int watchCommand(const WatchOptions& options, const StopSignals& stop, Output& output) {
+    Watch watch(options, output,
+                options.properties.empty() ? receivedProperties() : receivedProperties(options.properties));
     if (!startFeed(watch.ids())) {
         return kFailed;
     }

@@ -47,17 +47,16 @@ std::string rowText(const char* name, const char* value, const char* status, con
 
 }  // namespace
 
-WatchTable::WatchTable(const PropertyStates& states, std::vector<const PropertyInfo*> properties)
-    : states_(states), properties_(std::move(properties)) {
-    std::fputs(kHideCursor, stdout);
+WatchTable::WatchTable(Output& output, const PropertyStates& states, std::vector<const PropertyInfo*> properties)
+    : output_(output), states_(states), properties_(std::move(properties)) {
+    output_.write(kHideCursor);
 }
 
 WatchTable::~WatchTable() {
-    std::fputs(kShowCursor, stdout);
-    std::fflush(stdout);
+    output_.write(kShowCursor);
 }
 
-bool WatchTable::draw() {
+void WatchTable::draw() {
     const TerminalSize terminal = terminalSize();
     // The heading and the line on which the cursor rests take two.
     const std::vector<const PropertyState*> rows = shown(std::max<std::size_t>(terminal.rows, 4) - 2);
@@ -82,8 +81,7 @@ bool WatchTable::draw() {
     }
     text += kClearBelow;
     drawnLines_ = rows.size() + 1;
-    std::fputs(text.c_str(), stdout);
-    return std::fflush(stdout) == 0;
+    output_.write(std::move(text));
 }
 
 std::vector<const PropertyState*> WatchTable::shown(std::size_t most) const {

@@ -1,13 +1,13 @@
 #include <CLI/CLI.hpp>
-#include <cerrno>
-#include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <exception>
 #include <functional>
+#include <iostream>
+#include <sstream>
 #include <string>
 
 #include "common/BadInput.h"
+#include "common/Output.h"
 #include "common/StopSignals.h"
 #include "vehiclectl/Commands.h"
 #include "vehiclectl/Waiting.h"
@@ -32,7 +32,7 @@ struct CommandLine {
     GetOptions get;
     WatchOptions watch;
     SetOptions set;
-    std::function<int(const StopSignals&)> command;
+    std::function<int(const StopSignals&, Output&)> command;
 };
 
 void addTimeout(CLI::App& command, double& timeout) {
@@ -51,13 +51,16 @@ void declare(CLI::App& app, CommandLine& line) {
 
     auto* const list = app.add_subcommand("list", "Show all properties: identifier, type, direction, signals");
     list->add_flag("--json", line.list.json, "One JSON object a line");
-    list->callback([&] { line.command = [&](const StopSignals&) { return listCommand(line.list); }; });
+    list->callback(
+        [&] { line.command = [&](const StopSignals&, Output& output) { return listCommand(line.list, output); }; });
 
     auto* const get = app.add_subcommand("get", "Show the current value of properties");
     get->add_option("PROPERTY", line.get.properties)->required();
     get->add_flag("--json", line.get.json, "One JSON object a line");
     addTimeout(*get, line.get.timeout);
-    get->callback([&] { line.command = [&](const StopSignals& stop) { return getCommand(line.get, stop); }; });
+    get->callback([&] {
+        line.command = [&](const StopSignals& stop, Output& output) { return getCommand(line.get, stop, output); };
+    });
 
     auto* const watch = app.add_subcommand("watch", "Show properties as they change; all when none is named");
     watch->add_option("PROPERTY", line.watch.properties);
@@ -68,7 +71,9 @@ void declare(CLI::App& app, CommandLine& line) {
     watch->add_option("--count", line.watch.count, "Changes after which to end")
         ->check(CLI::Range(1L, 1'000'000'000L).description(""))
         ->type_name("N");
-    watch->callback([&] { line.command = [&](const StopSignals& stop) { return watchCommand(line.watch, stop); }; });
+    watch->callback([&] {
+        line.command = [&](const StopSignals& stop, Output& output) { return watchCommand(line.watch, stop, output); };
+    });
 
     auto* const set = app.add_subcommand("set", "Set a property; nothing confirms it unless --wait-for is given");
     set->add_option("PROPERTY", line.set.property)->required();
@@ -76,31 +81,39 @@ void declare(CLI::App& app, CommandLine& line) {
     set->add_option("--wait-for", line.set.waitFor, "End when this property has this value")
         ->type_name("PROPERTY=VALUE");
     addTimeout(*set, line.set.timeout);
-    set->callback([&] { line.command = [&](const StopSignals& stop) { return setCommand(line.set, stop); }; });
+    set->callback([&] { line.command = [&](const StopSignals& stop, Output&) { return setCommand(line.set, stop); }; });
 }
 
-int run(int argc, char** argv) {
+int run(int argc, char** argv, const StopSignals& stop, Output& output) {
     CLI::App app("Reads, watches and sets vehicle properties.", "vehiclectl");
     CommandLine line;
     declare(app, line);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
-        return app.exit(error) == 0 ? kDone : kUsage;
+        std::ostringstream help;
+        const int result = app.exit(error, help, std::cerr);
+        output.write(help.str());
+        return result == 0 ? kDone : kUsage;
     }
     if (!line.command) {
-        std::fputs(app.help().c_str(), stderr);
+        std::cerr << app.help();
         return kUsage;
     }
     chooseLogLevel(line.verbose);
+    return line.command(stop, output);
+}
+
+int runToTheEnd(int argc, char** argv) {
     const StopSignals stop;
-    const int result = line.command(stop);
-    // A reader that has gone away (`vehiclectl list | head`) is no failure.
-    if (std::fflush(stdout) != 0 && errno != EPIPE) {
-        printError(std::string("cannot write standard output: ") + std::strerror(errno));
-        return kFailed;
+    Output output(stop);
+    const int result = run(argc, argv, stop, output);
+    std::string complaint;
+    const bool written = output.finish(&complaint);
+    if (!complaint.empty()) {
+        printError(complaint);
     }
-    return result;
+    return written ? result : kFailed;
 }
 
 }  // namespace
@@ -109,7 +122,7 @@ int run(int argc, char** argv) {
 int main(int argc, char** argv) {
     using namespace qvn::tools;
     try {
-        return run(argc, argv);
+        return runToTheEnd(argc, argv);
     } catch (const BadInput& error) {
         printError(error.what());
         return kUsage;
