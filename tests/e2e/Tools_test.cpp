@@ -12,6 +12,7 @@
 #include <sstream>
 
 #include "e2e/Process.h"
+#include "support/Scale.h"
 
 namespace qvn::e2e {
 namespace {
@@ -269,22 +270,48 @@ TEST(Tools, TheSimulatorEndsWithItsInputOrASignal) {
     }
 }
 
+long peakKibibytes(const Process& process) {
+    std::ifstream status("/proc/" + std::to_string(process.pid()) + "/status");
+    long kibibytes = 0;
+    for (std::string word; status >> word;) {
+        if (word == "VmHWM:") {
+            status >> kibibytes;
+        }
+    }
+    return kibibytes;
+}
+
 TEST(Tools, AnApplicationStaysSmall) {
+    if (test::kSanitized) {
+        GTEST_SKIP() << "a sanitizer needs memory of its own";
+    }
     const Desk desk;
     const auto simulator = desk.simulator();
     const auto watch = desk.vehiclectl({"watch"});
     ASSERT_TRUE(watch->waitForOutput("BCM3_DoorLockSts"));
-    std::ifstream status("/proc/" + std::to_string(watch->pid()) + "/status");
-    long kilobytes = 0;
-    for (std::string word; status >> word;) {
-        if (word == "VmHWM:") {
-            status >> kilobytes;
-        }
+    EXPECT_LT(peakKibibytes(*watch), 12 * 1024);
+}
+
+TEST(Tools, ALoopedTraceDoesNotGrowTheSimulator) {
+    constexpr std::size_t kJournalOfARound = 60;
+    constexpr int kMostKibibytes = 512;
+    if (test::kSanitized) {
+        GTEST_SKIP() << "a sanitizer needs memory of its own";
     }
-#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
-    EXPECT_LT(kilobytes, 12 * 1024);
-#endif
-    EXPECT_GT(kilobytes, 0);
+    const Desk desk;
+    const std::string trace = desk.file("a.trace",
+                                        "(0) ESP_FD2_VehSpd=4.5 every 1000\n"
+                                        "(0) CSA2_SteerWheelAng=3 every 0.001 for 0.002\n"
+                                        "(0.02) BCM1_DrvDoorSts=1\n");
+    const auto simulator = desk.simulator({"--loop", "--speed", "100", "--play", trace});
+    const auto rounds = [&](std::size_t count) {
+        return simulator->waitForOutput(
+            [&](const std::string& journal) { return journal.size() > count * kJournalOfARound; });
+    };
+    ASSERT_TRUE(rounds(500));
+    const long before = peakKibibytes(*simulator);
+    ASSERT_TRUE(rounds(3500));
+    EXPECT_LT(peakKibibytes(*simulator), before + kMostKibibytes);
 }
 
 }  // namespace

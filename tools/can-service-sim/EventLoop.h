@@ -16,11 +16,13 @@ class EventLoop {
 public:
     using Clock = std::chrono::steady_clock;
     using Task = std::function<void()>;
+    using Timer = std::multimap<Clock::time_point, Task>::iterator;
 
     explicit EventLoop(const StopSignals& stop) : stop_(stop) {}
 
-    /// Runs the task at this time; tasks of the same time run in the order of the calls.
-    void at(Clock::time_point time, Task task) { timed_.emplace(time, std::move(task)); }
+    /// Runs the task at this time; tasks of the same time run in the order of the calls. The timer is valid until then.
+    Timer at(Clock::time_point time, Task task) { return timed_.emplace(time, std::move(task)); }
+    void cancel(Timer timer) { timed_.erase(timer); }
 
     /// Runs the task as soon as the loop gets to it.
     void post(Task task);

@@ -93,7 +93,7 @@ void Player::apply(const TraceAction& action) {
         put(*signal);
     } else if (const auto* const stop = std::get_if<StopEvent>(&action)) {
         journal_.detail(signalName(stop->code) + " stops");
-        cycles_.erase(stop->code);
+        endCycle(stop->code);
     } else if (const auto* const message = std::get_if<MessageEvent>(&action)) {
         supervisor_.setByHand(message->code, message->timedOut);
         report(message->code, message->timedOut);
@@ -120,23 +120,29 @@ void Player::put(const SignalEvent& event) {
 void Player::startCycle(std::uint32_t code, const std::string& raw, const Cycle& cycle) {
     const Clock::time_point now = Clock::now();
     const Clock::time_point end = cycle.duration ? now + scaled(*cycle.duration) : Clock::time_point::max();
-    cycles_[code] = {raw, cycle.period, end, ++cycleNumber_};
-    tick(code, cycleNumber_, now);
+    endCycle(code);
+    cycles_[code] = {raw, cycle.period, end, {}};
+    tick(code, now);
 }
 
-void Player::tick(std::uint32_t code, std::uint64_t number, Clock::time_point time) {
+void Player::endCycle(std::uint32_t code) {
     const auto found = cycles_.find(code);
-    if (found == cycles_.end() || found->second.number != number) {
-        return;
+    if (found != cycles_.end()) {
+        loop_.cancel(found->second.next);
+        cycles_.erase(found);
     }
-    const RunningCycle& cycle = found->second;
+}
+
+void Player::tick(std::uint32_t code, Clock::time_point time) {
+    const auto found = cycles_.find(code);
+    RunningCycle& cycle = found->second;
     if (time >= cycle.end) {
         cycles_.erase(found);
         return;
     }
     receive(code, cycle.raw, cycle.period);
     const Clock::time_point next = time + scaled(cycle.period);
-    loop_.at(next, [this, code, number, next] { tick(code, number, next); });
+    cycle.next = loop_.at(next, [this, code, next] { tick(code, next); });
 }
 
 void Player::receive(std::uint32_t code, const std::string& raw, double period) {
@@ -155,12 +161,14 @@ void Player::superviseLater() {
         return;
     }
     const Clock::time_point time(std::chrono::ceil<Clock::duration>(std::chrono::duration<double>(*deadline)));
-    if (time >= supervisionAt_) {
+    if (supervision_ && (*supervision_)->first <= time) {
         return;
     }
-    supervisionAt_ = time;
-    loop_.at(time, [this] {
-        supervisionAt_ = Clock::time_point::max();
+    if (supervision_) {
+        loop_.cancel(*supervision_);
+    }
+    supervision_ = loop_.at(time, [this] {
+        supervision_.reset();
         for (const std::uint32_t message : supervisor_.newlyTimedOut(secondsOf(Clock::now()))) {
             report(message, true);
         }

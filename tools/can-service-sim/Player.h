@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -47,7 +48,7 @@ private:
         std::string raw;
         double period = 0.0;  ///< as in the trace, before the speed is applied
         EventLoop::Clock::time_point end;
-        std::uint64_t number = 0;  ///< tells a cycle from one that replaced it
+        EventLoop::Timer next;
     };
 
     void playTrace(EventLoop::Clock::time_point start);
@@ -55,7 +56,8 @@ private:
     void put(const SignalEvent& event);
     void receive(std::uint32_t code, const std::string& raw, double period);
     void startCycle(std::uint32_t code, const std::string& raw, const Cycle& cycle);
-    void tick(std::uint32_t code, std::uint64_t number, EventLoop::Clock::time_point time);
+    void endCycle(std::uint32_t code);
+    void tick(std::uint32_t code, EventLoop::Clock::time_point time);
     void moveReverseLine(bool engaged);
     bool moveService(bool up);
     void report(std::uint32_t message, bool timedOut);
@@ -72,10 +74,9 @@ private:
     MessageSupervisor supervisor_;
     std::vector<TraceEvent> trace_;
     std::map<std::uint32_t, RunningCycle> cycles_;
-    std::uint64_t cycleNumber_ = 0;
     EventLoop::Clock::time_point start_;
     EventLoop::Clock::time_point endOfScheduled_;
-    EventLoop::Clock::time_point supervisionAt_ = EventLoop::Clock::time_point::max();
+    std::optional<EventLoop::Timer> supervision_;
     bool toldOfHardware_ = false;
     bool failed_ = false;
 };
