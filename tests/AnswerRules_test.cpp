@@ -19,7 +19,7 @@ AnswerRules read(const std::string& text) {
 
 TEST(AnswerRules, ReadsTheForms) {
     const AnswerRules rules = read(
-        "# comment\n"
+        "\xEF\xBB\xBF# comment\n"
         "HUT6_CarMdlDispCmd -> HAP_FD2_CarMdlDispSts\n"
         "QVN_SET_DMS_FD1_HeadYawAng=-75 -> ESP_FD2_VehSpd=4.5 after 0.2  # remark\n");
     ASSERT_EQ(rules.size(), 2U);

@@ -38,6 +38,8 @@ TEST(PhysicalValue, EncodesByTheRuleOfTheSignal) {
         {DecodingRule::VehicleSpeed, 112.5, bytes({7, 0xD0}), "112.5"},
         {DecodingRule::VehicleSpeed, 5, bytes({0, 89}), "5.00625"},  // the nearest step
         {DecodingRule::VehicleSpeed, 3686.34375, bytes({0xFF, 0xFF}), "3686.344"},
+        {DecodingRule::VehicleSpeed, 3686.344, bytes({0xFF, 0xFF}), "3686.344"},  // the limit as it is shown
+        {DecodingRule::WheelSpeed, 3686.344, bytes({0xFF, 0xFF}), "3686"},
         {DecodingRule::SteeringAngle, 30, bytes({1, 0x2C}), "30"},
         {DecodingRule::SteeringAngle, 180.5, bytes({7, 0x0D}), "180.5"},
         {DecodingRule::SteeringAngle, 6553.5, bytes({0xFF, 0xFF}), "6553.5"},

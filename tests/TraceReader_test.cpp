@@ -25,7 +25,7 @@ std::string errorOf(const std::string& text) {
 
 TEST(TraceReader, ReadsEveryKindOfEvent) {
     const auto events = read(
-        "# parking\n"
+        "\xEF\xBB\xBF# parking\n"
         "\n"
         "(0.000) BCM1_DrvDoorSts#00\n"
         "(0.500) ESP_FD2_VehSpd=4.5        physical value, encoded by the signal's own rule\n"

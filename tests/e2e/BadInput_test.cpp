@@ -49,8 +49,13 @@ TEST(BadInput, VehiclectlTellsWhatIsWrong) {
         EXPECT_EQ(result.errors, c.errors);
         EXPECT_EQ(result.output, "");
     }
-    for (const std::vector<std::string>& usage :
-         {std::vector<std::string>{}, {"get"}, {"fetch"}, {"watch", "--count", "0"}, {"get", "--timeout", "x", "y"}}) {
+    for (const std::vector<std::string>& usage : {std::vector<std::string>{},
+                                                  {"get"},
+                                                  {"fetch"},
+                                                  {"watch", "--count", "0"},
+                                                  {"get", "--timeout", "x", "y"},
+                                                  {"get", "ESP_FD2_VehSpd", "--timeout", "nan"},
+                                                  {"watch", "--duration", "nan"}}) {
         const auto result = desk.runVehiclectl(usage);
         EXPECT_EQ(result.exitCode, 2);
         EXPECT_NE(result.errors, "");
@@ -94,7 +99,7 @@ TEST(BadInput, SimulatorTellsWhatIsWrong) {
         EXPECT_EQ(result.output, "") << "a trace is checked as a whole before it plays";
     }
     for (const std::vector<std::string>& usage :
-         {std::vector<std::string>{"--loop"}, {"--speed", "0"}, {"--nonsense"}, {"-q", "-v"}}) {
+         {std::vector<std::string>{"--loop"}, {"--speed", "0"}, {"--speed", "nan"}, {"--nonsense"}, {"-q", "-v"}}) {
         EXPECT_EQ(desk.runSimulator(usage).exitCode, 2);
     }
 }
@@ -123,14 +128,18 @@ TEST(BadInput, ASecondSimulatorOfTheSameNameIsRefused) {
 TEST(BadInput, ARuntimeDirectoryThatCannotBeUsedIsNamed) {
     const Desk desk;
     const std::string below = desk.file("plain", "") + "/dir";
+    const std::string deep = desk.directory() + "/" + std::string(100, 'd');  // too long for the socket in it
     const std::pair<const char*, Desk::Result> results[] = {
         {"can-service-sim: ", desk.runSimulator({}, {{"QVN_HOST_DIR", below}})},
+        {"can-service-sim: ", desk.runSimulator({}, {{"QVN_HOST_DIR", deep}})},
         {"vehiclectl: ", desk.runVehiclectl({"get", "ESP_FD2_VehSpd"}, {{"QVN_HOST_DIR", below}})},
+        {"vehiclectl: ", desk.runVehiclectl({"get", "ESP_FD2_VehSpd"}, {{"QVN_HOST_DIR", deep}})},
     };
     for (const auto& [tool, result] : results) {
         EXPECT_EQ(result.exitCode, 1);
         EXPECT_EQ(result.errors.rfind(tool, 0), 0U) << result.errors;
-        EXPECT_NE(result.errors.find(below), std::string::npos) << result.errors;
+        EXPECT_NE(result.errors.find(desk.directory()), std::string::npos) << result.errors;
+        EXPECT_NE(result.errors.find("QVN_HOST_DIR"), std::string::npos) << result.errors;
         EXPECT_EQ(std::count(result.errors.begin(), result.errors.end(), '\n'), 1) << result.errors;
     }
 }

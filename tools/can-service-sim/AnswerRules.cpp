@@ -87,6 +87,7 @@ AnswerRules readRules(std::istream& input, const std::string& name) {
     AnswerRules rules;
     std::string line;
     for (int number = 1; std::getline(input, line); ++number) {
+        line = std::string(withoutByteOrderMark(line));
         line.erase(std::min(line.find('#'), line.size()));
         if (line.find_first_not_of(" \t\r") == std::string::npos) {
             continue;

@@ -145,7 +145,7 @@ Cycle readCycle(Words& words) {
 }  // namespace
 
 std::optional<TraceEvent> readTraceLine(std::string_view line) {
-    line = trimmed(line);
+    line = trimmed(withoutByteOrderMark(line));
     if (line.empty() || line[0] == '#') {
         return std::nullopt;
     }

@@ -12,6 +12,7 @@
 #include "can-service-sim/Player.h"
 #include "common/BadInput.h"
 #include "common/DeskPlatform.h"
+#include "common/NumberOption.h"
 #include "common/Output.h"
 #include "common/PhysicalValue.h"
 #include "common/SignalNames.h"
@@ -42,7 +43,7 @@ void declare(CLI::App& app, CommandLine& line) {
         ->check(CLI::IsMember({"-"}).description(""))
         ->type_name("");
     app.add_option("--speed", line.speed, "Play that many times faster, 0.001 to 1000")
-        ->check(CLI::Range(0.001, 1000.0).description(""))
+        ->check(numberFrom(0.001, 1000.0))
         ->type_name("X");
     auto* const loop = app.add_flag("--loop", line.loop, "Play the trace again and again")->needs("--play");
     app.add_flag("--exit-at-end", line.exitAtEnd, "End with the trace instead of serving on")
@@ -158,7 +159,7 @@ int serve(const CommandLine& line, const StopSignals& stop, Output& output) {
     std::vector<TraceEvent> trace = readTraceOf(line);
     Player::Options options = playerOptions(line);
     std::string error;
-    if (!prepareDesk(&error)) {
+    if (!prepareDesk(line.name, &error)) {
         Journal::error(error);
         return kFailed;
     }

@@ -43,6 +43,11 @@ double parseNumber(std::string_view text, std::string_view what) {
     return number;
 }
 
+std::string_view withoutByteOrderMark(std::string_view line) {
+    constexpr std::string_view kMark = "\xEF\xBB\xBF";
+    return line.substr(0, kMark.size()) == kMark ? line.substr(kMark.size()) : line;
+}
+
 std::string formatNumber(double number) {
     char text[32];
     std::snprintf(text, sizeof text, "%.7g", number);

@@ -22,6 +22,9 @@ std::string quoted(std::string_view text);
 /// @throws BadInput unless the whole text is one finite number
 double parseNumber(std::string_view text, std::string_view what);
 
+/// The line without the byte-order mark that some editors write at the start of a file.
+std::string_view withoutByteOrderMark(std::string_view line);
+
 /// Formats a number the way people write it: no exponent or trailing zeros where avoidable.
 std::string formatNumber(double number);
 

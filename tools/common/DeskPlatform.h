@@ -9,8 +9,9 @@ constexpr const char* kCanService = "fdbus_can_service";
 
 /// What differs between a host and a bench with the head unit's own platform libraries.
 
-/// Checks that services can be offered and reached here at all. On failure `error` is one sentence for the user.
-bool prepareDesk(std::string* error);
+/// Checks that a service of this name can be offered and reached here at all. On failure `error` is one sentence for
+/// the user.
+bool prepareDesk(const std::string& service, std::string* error);
 
 /// Whether a service that this process has bound goes by its name here. A bus with a naming service answers that in the
 /// background if at all: there it is taken for granted. On failure `error` is one sentence for the user.

@@ -15,12 +15,18 @@ namespace {
 
 constexpr const char* kReverseLine = "87";
 
+constexpr std::size_t kLongestSocketPath = sizeof(sockaddr_un::sun_path) - 1;
+
+std::string socketPath(const std::string& service) {
+    return host::runtimeDir() + "/" + service + ".sock";
+}
+
 /// The process whose socket listens under the name of a service; 0 when there is none.
 pid_t serviceHolder(const std::string& name) {
-    const std::string path = host::runtimeDir() + "/" + name + ".sock";
+    const std::string path = socketPath(name);
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
-    if (path.size() >= sizeof address.sun_path) {
+    if (path.size() > kLongestSocketPath) {
         return 0;
     }
     path.copy(address.sun_path, path.size());
@@ -35,7 +41,13 @@ pid_t serviceHolder(const std::string& name) {
 
 }  // namespace
 
-bool prepareDesk(std::string* error) {
+bool prepareDesk(const std::string& service, std::string* error) {
+    const std::string path = socketPath(service);
+    if (path.size() > kLongestSocketPath) {
+        *error = "the socket path " + path + " is longer than " + std::to_string(kLongestSocketPath) +
+                 " bytes; set QVN_HOST_DIR to a shorter folder";
+        return false;
+    }
     return host::ensureRuntimeDir(error);
 }
 

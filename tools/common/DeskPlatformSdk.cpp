@@ -2,7 +2,7 @@
 
 namespace qvn::tools {
 
-bool prepareDesk(std::string*) {
+bool prepareDesk(const std::string&, std::string*) {
     return true;
 }
 

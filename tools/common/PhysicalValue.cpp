@@ -82,6 +82,10 @@ const char* ruleText(DecodingRule rule) {
 
 std::string encodePhysical(DecodingRule rule, double value) {
     const PhysicalRange range = physicalRange(rule);
+    // The limit is shown rounded; what was copied from there is the limit.
+    if (value > range.high && formatNumber(value) == formatNumber(range.high)) {
+        value = range.high;
+    }
     const bool fits = value >= range.low && value <= range.high;
     const bool whole = value == std::floor(value);
     if (!fits || (range.step == 1.0 && !whole)) {

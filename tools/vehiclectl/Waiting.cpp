@@ -37,7 +37,7 @@ Clock::time_point inSeconds(double seconds) {
 
 bool startFeed(const std::vector<int>& ids) {
     std::string error;
-    if (!prepareDesk(&error)) {
+    if (!prepareDesk(kCanService, &error)) {
         printError(error);
         return false;
     }

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "common/BadInput.h"
+#include "common/NumberOption.h"
 #include "common/Output.h"
 #include "common/StopSignals.h"
 #include "vehiclectl/Commands.h"
@@ -37,7 +38,7 @@ struct CommandLine {
 
 void addTimeout(CLI::App& command, double& timeout) {
     command.add_option("--timeout", timeout, "Seconds to wait")
-        ->check(CLI::Range(0.0, 86400.0).description(""))
+        ->check(numberFrom(0.0, 86400.0))
         ->capture_default_str()
         ->type_name("S");
 }
@@ -66,7 +67,7 @@ void declare(CLI::App& app, CommandLine& line) {
     watch->add_option("PROPERTY", line.watch.properties);
     watch->add_flag("--json", line.watch.json, "One JSON object a line");
     watch->add_option("--duration", line.watch.duration, "Seconds after which to end")
-        ->check(CLI::Range(0.0, 1e6).description(""))
+        ->check(numberFrom(0.0, 1e6))
         ->type_name("S");
     watch->add_option("--count", line.watch.count, "Changes after which to end")
         ->check(CLI::Range(1L, 1'000'000'000L).description(""))
