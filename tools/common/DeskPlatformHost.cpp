@@ -1,5 +1,3 @@
-#include <sys/socket.h>
-#include <sys/un.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -9,50 +7,22 @@
 
 #include "common/DeskPlatform.h"
 #include "host/RuntimeDir.h"
+#include "host/ServiceSocket.h"
 
 namespace qvn::tools {
 namespace {
 
 constexpr const char* kReverseLine = "87";
 
-constexpr std::size_t kLongestSocketPath = sizeof(sockaddr_un::sun_path) - 1;
-
-std::string socketPath(const std::string& service) {
-    return host::runtimeDir() + "/" + service + ".sock";
-}
-
-/// The process whose socket listens under the name of a service; 0 when there is none.
-pid_t serviceHolder(const std::string& name) {
-    const std::string path = socketPath(name);
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    if (path.size() > kLongestSocketPath) {
-        return 0;
-    }
-    path.copy(address.sun_path, path.size());
-    const int fd = socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
-    ucred peer{};
-    socklen_t size = sizeof peer;
-    const bool known = connect(fd, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0 &&
-                       getsockopt(fd, SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0;
-    close(fd);
-    return known ? peer.pid : 0;
-}
-
 }  // namespace
 
 bool prepareDesk(const std::string& service, std::string* error) {
-    const std::string path = socketPath(service);
-    if (path.size() > kLongestSocketPath) {
-        *error = "the socket path " + path + " is longer than " + std::to_string(kLongestSocketPath) +
-                 " bytes; set QVN_HOST_DIR to a shorter folder";
-        return false;
-    }
-    return host::ensureRuntimeDir(error);
+    std::string path;
+    return host::serviceSocketPath(service, &path, error) && host::ensureRuntimeDir(error);
 }
 
 bool offersService(const std::string& name, std::string* error) {
-    const pid_t holder = serviceHolder(name);
+    const int holder = host::serviceHolder(name);
     if (holder == getpid()) {
         return true;
     }

@@ -5,8 +5,8 @@
 #include <string>
 #include <utility>
 
-#include "common.base.canservice.pb.h"
 #include "common/DeskPlatform.h"
+#include "ipc_common_soc/CanServiceWire.h"
 #include "vehiclectl/PropertyFeed.h"
 #include "vehiclectl/PropertyState.h"
 
@@ -69,8 +69,7 @@ protected:
         const auto* const message = castToMessage<CFdbMessage*>(job);
         const auto property = codes_.find(static_cast<std::uint32_t>(message->code()));
         can_service::BroadcastSignal signal;
-        // No payload is a signal without bytes.
-        if (property != codes_.end() && signal.ParseFromArray(message->getPayloadBuffer(), message->getPayloadSize())) {
+        if (property != codes_.end() && wire::read(*message, signal)) {
             PropertyFeed::instance().push(valueOf(property->second, signal.raw_value()));
         }
     }
