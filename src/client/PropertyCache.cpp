@@ -6,18 +6,14 @@ namespace vehicle {
 
 using RawValue = VehiclePropValue::RawValue;
 
-bool VehicleClientImpl::hasSubscription() {
-    const sync::MutexLock state(stateMutex);
-    return !subscribedIds.empty();
-}
-
 template <class Payload>
 bool VehicleClientImpl::readPayload(int property, Payload RawValue::*payload, Payload& out) {
     const sync::MutexLock lock(cacheMutex);
-    if (!hasSubscription()) {
+    const sync::MutexLock state(stateMutex);
+    if (subscribedIds.empty()) {
         return false;
     }
-    for (const VehicleClientProperty& record : records()) {
+    for (const VehicleClientProperty& record : propertyCache) {
         const Payload& values = record.propValue.value.*payload;
         if (record.propValue.prop == property && !values.empty()) {
             out = values;
@@ -29,7 +25,8 @@ bool VehicleClientImpl::readPayload(int property, Payload RawValue::*payload, Pa
 
 bool VehicleClientImpl::getPropValue(int property, VehiclePropValue* out) {
     const sync::MutexLock lock(cacheMutex);
-    for (const VehicleClientProperty& record : records()) {
+    const sync::MutexLock state(stateMutex);
+    for (const VehicleClientProperty& record : propertyCache) {
         if (record.propValue.prop == property) {
             *out = record.propValue;
             return true;
@@ -40,7 +37,8 @@ bool VehicleClientImpl::getPropValue(int property, VehiclePropValue* out) {
 
 PropertyType VehicleClientImpl::getPropertyType(int property) {
     const sync::MutexLock lock(cacheMutex);
-    for (const VehicleClientProperty& record : records()) {
+    const sync::MutexLock state(stateMutex);
+    for (const VehicleClientProperty& record : propertyCache) {
         if (record.propValue.prop == property) {
             return record.propertyType;
         }

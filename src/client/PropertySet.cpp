@@ -33,6 +33,15 @@ bool VehicleClientImpl::sendFirst(int property, const std::vector<T>& values) {
     return isGiven(property, values) && send(property, values[0]);
 }
 
+template <class Sent, class Given>
+bool VehicleClientImpl::offerFirst(int property, const std::vector<Given>& values) {
+    if (!isGiven(property, values)) {
+        return false;
+    }
+    send<Sent>(property, values[0]);
+    return true;
+}
+
 std::vector<PropertyType> VehicleClientImpl::cachedTypes(int property) {
     std::vector<PropertyType> types;
     const sync::MutexLock state(stateMutex);
@@ -57,39 +66,28 @@ bool VehicleClientImpl::setPropValue(int property, VehiclePropValue* value) {
     // Every record of the property sends once, and the result tells only that there is one.
     const VehiclePropValue::RawValue& raw = value->value;
     for (const PropertyType type : types) {
+        bool given = true;
         switch (type) {
             case PROPERTY_TYPE_BOOLEAN:
-                if (!isGiven(property, raw.bytes)) {
-                    return false;
-                }
-                send<int>(property, raw.bytes[0]);
+                given = offerFirst<int>(property, raw.bytes);
                 break;
             case PROPERTY_TYPE_INT32:
-                if (!isGiven(property, raw.int32Values)) {
-                    return false;
-                }
-                send(property, raw.int32Values[0]);
+                given = offerFirst<int>(property, raw.int32Values);
                 break;
             case PROPERTY_TYPE_INT64:
-                if (!isGiven(property, raw.int64Values)) {
-                    return false;
-                }
-                send(property, raw.int64Values[0]);
+                given = offerFirst<long>(property, raw.int64Values);
                 break;
             case PROPERTY_TYPE_FLOAT:
-                if (!isGiven(property, raw.floatValues)) {
-                    return false;
-                }
-                send(property, raw.floatValues[0]);
+                given = offerFirst<float>(property, raw.floatValues);
                 break;
             case PROPERTY_TYPE_BYTES:
-                if (!isGiven(property, raw.bytes)) {
-                    return false;
-                }
-                send(property, raw.bytes[0]);
+                given = offerFirst<unsigned char>(property, raw.bytes);
                 break;
             case PROPERTY_TYPE_UNKNOWN:
                 break;
+        }
+        if (!given) {
+            return false;
         }
     }
     return true;

@@ -23,8 +23,8 @@ namespace vehicle {
 /// The client core behind VehicleClient, and the FDBus worker that the CAN service connection runs on.
 ///
 /// Two locks: cacheMutex is held by getters, unsubscribe and dispatch, there also while the application's callback
-/// runs. stateMutex is a leaf: it guards the few words that subscribe, the replay and the set path share with a
-/// dispatch, and is never held across a call out. A cache record is written under both and read under either one.
+/// runs: it keeps them apart from each other. stateMutex is a leaf: it guards the cache and the few words that
+/// subscribe, the replay and the set path share with a dispatch, and is never held across a call out.
 class VehicleClientImpl : public CBaseWorker {
 public:
     VehicleClientImpl();
@@ -80,14 +80,12 @@ private:
     bool readPayload(int property, Payload VehiclePropValue::RawValue::*payload, Payload& out);
     template <class T>
     bool sendFirst(int property, const std::vector<T>& values);
+    /// False when there is no value; whether the one that there is could be sent is not told.
+    template <class Sent, class Given>
+    bool offerFirst(int property, const std::vector<Given>& values);
     template <class T>
     bool send(int property, T value);
-    /// The records, to read under cacheMutex alone: that they are written under both is more than the analysis can see.
-    const std::vector<VehicleClientProperty>& records() const QVN_REQUIRES(cacheMutex) QVN_UNCHECKED_LOCKING {
-        return propertyCache;
-    }
     std::vector<PropertyType> cachedTypes(int property);
-    bool hasSubscription();
 
 protected:
     PropertyChangedCallback propertyChangedCallback QVN_GUARDED_BY(stateMutex) = nullptr;
