@@ -9,9 +9,18 @@
 namespace qvn::tools {
 namespace {
 
-using tables::DecodingRule;
-using tables::SetEncoding;
+using tables::DecodingRow;
 using tables::SetRow;
+using tables::ValueKind;
+
+const DecodingRow kByte{1, ValueKind::Integer, 1, 1.0, 0, nullptr};
+const DecodingRow kWord{2, ValueKind::Integer, 2, 1.0, 0, nullptr};
+const DecodingRow kSwitch{3, ValueKind::Switch, 1, 1.0, 1003, nullptr};
+const DecodingRow kSpeed{4, ValueKind::Float, 2, 0.05625, 0, nullptr};
+const DecodingRow kAngle{5, ValueKind::Float, 2, 0.1, 0, nullptr};
+const DecodingRow kWheelSpeed{6, ValueKind::Integer, 2, 0.05625, 0, nullptr};
+const DecodingRow kHalves{7, ValueKind::Float, 1, 0.5, 0, nullptr};
+const DecodingRow kTens{8, ValueKind::Integer, 1, 10.0, 0, nullptr};
 
 std::string bytes(std::initializer_list<int> values) {
     std::string raw;
@@ -23,62 +32,65 @@ std::string bytes(std::initializer_list<int> values) {
 
 TEST(PhysicalValue, EncodesByTheRuleOfTheSignal) {
     struct Case {
-        DecodingRule rule;
+        DecodingRow row;
         double value;
         std::string raw;
         const char* decoded;
     };
     const Case cases[] = {
-        {DecodingRule::Byte, 0, bytes({0}), "0"},
-        {DecodingRule::Byte, 255, bytes({0xFF}), "255"},
-        {DecodingRule::Switch, 1, bytes({1}), "1"},
-        {DecodingRule::Word, 258, bytes({1, 2}), "258"},
-        {DecodingRule::Word, 65535, bytes({0xFF, 0xFF}), "65535"},
-        {DecodingRule::VehicleSpeed, 4.5, bytes({0, 80}), "4.5"},
-        {DecodingRule::VehicleSpeed, 112.5, bytes({7, 0xD0}), "112.5"},
-        {DecodingRule::VehicleSpeed, 5, bytes({0, 89}), "5.00625"},  // the nearest step
-        {DecodingRule::VehicleSpeed, 3686.34375, bytes({0xFF, 0xFF}), "3686.344"},
-        {DecodingRule::VehicleSpeed, 3686.344, bytes({0xFF, 0xFF}), "3686.344"},  // the limit as it is shown
-        {DecodingRule::WheelSpeed, 3686.344, bytes({0xFF, 0xFF}), "3686"},
-        {DecodingRule::SteeringAngle, 30, bytes({1, 0x2C}), "30"},
-        {DecodingRule::SteeringAngle, 180.5, bytes({7, 0x0D}), "180.5"},
-        {DecodingRule::SteeringAngle, 6553.5, bytes({0xFF, 0xFF}), "6553.5"},
-        {DecodingRule::WheelSpeed, 0, bytes({0, 0}), "0"},
-        {DecodingRule::WheelSpeed, 1, bytes({0, 18}), "1"},
-        {DecodingRule::WheelSpeed, 4, bytes({0, 72}), "4"},  // 71 is nearer, but would read 3
-        {DecodingRule::WheelSpeed, 9, bytes({0, 160}), "9"},
+        {kByte, 0, bytes({0}), "0"},
+        {kByte, 255, bytes({0xFF}), "255"},
+        {kSwitch, 1, bytes({1}), "1"},
+        {kWord, 258, bytes({1, 2}), "258"},
+        {kWord, 65535, bytes({0xFF, 0xFF}), "65535"},
+        {kSpeed, 4.5, bytes({0, 80}), "4.5"},
+        {kSpeed, 112.5, bytes({7, 0xD0}), "112.5"},
+        {kSpeed, 5, bytes({0, 89}), "5.00625"},  // the nearest step
+        {kSpeed, 3686.34375, bytes({0xFF, 0xFF}), "3686.344"},
+        {kSpeed, 3686.344, bytes({0xFF, 0xFF}), "3686.344"},  // the limit as it is shown
+        {kWheelSpeed, 3686.344, bytes({0xFF, 0xFF}), "3686"},
+        {kAngle, 30, bytes({1, 0x2C}), "30"},
+        {kAngle, 180.5, bytes({7, 0x0D}), "180.5"},
+        {kAngle, 6553.5, bytes({0xFF, 0xFF}), "6553.5"},
+        {kWheelSpeed, 0, bytes({0, 0}), "0"},
+        {kWheelSpeed, 1, bytes({0, 18}), "1"},
+        {kWheelSpeed, 4, bytes({0, 72}), "4"},  // 71 is nearer, but would read 3
+        {kWheelSpeed, 9, bytes({0, 160}), "9"},
+        {kHalves, 127.5, bytes({0xFF}), "127.5"},
+        {kTens, 30, bytes({3}), "30"},
+        {kTens, 2550, bytes({0xFF}), "2550"},
     };
     for (const Case& c : cases) {
-        SCOPED_TRACE(std::string(ruleText(c.rule)) + " " + std::to_string(c.value));
-        EXPECT_EQ(encodePhysical(c.rule, c.value), c.raw);
-        EXPECT_EQ(decodedText(c.rule, c.raw), c.decoded);
+        SCOPED_TRACE(std::string(kindText(c.row)) + " " + std::to_string(c.value));
+        EXPECT_EQ(encodePhysical(c.row, c.value), c.raw);
+        EXPECT_EQ(decodedText(c.row, c.raw), c.decoded);
     }
 }
 
 TEST(PhysicalValue, EveryWholeWheelSpeedReadsBackAsItself) {
     for (int speed = 0; speed <= 3686; ++speed) {
-        const std::string raw = encodePhysical(DecodingRule::WheelSpeed, speed);
-        ASSERT_EQ(decodedText(DecodingRule::WheelSpeed, raw), std::to_string(speed));
+        const std::string raw = encodePhysical(kWheelSpeed, speed);
+        ASSERT_EQ(decodedText(kWheelSpeed, raw), std::to_string(speed));
     }
 }
 
 TEST(PhysicalValue, RefusesWhatDoesNotFitAndTellsTheRange) {
     struct Case {
-        DecodingRule rule;
+        DecodingRow row;
         double value;
         const char* error;
     };
     const Case cases[] = {
-        {DecodingRule::Byte, 256, "value 256 does not fit; expected a whole number from 0 to 255"},
-        {DecodingRule::Byte, -1, "value -1 does not fit; expected a whole number from 0 to 255"},
-        {DecodingRule::Byte, 1.5, "value 1.5 does not fit; expected a whole number from 0 to 255"},
-        {DecodingRule::Word, 65536, "value 65536 does not fit; expected a whole number from 0 to 65535"},
-        {DecodingRule::SteeringAngle, -0.1, "value -0.1 does not fit; expected a number from 0 to 6553.5"},
-        {DecodingRule::VehicleSpeed, 3687, "value 3687 does not fit; expected a number from 0 to 3686.344"},
+        {kByte, 256, "value 256 does not fit; expected a whole number from 0 to 255"},
+        {kByte, -1, "value -1 does not fit; expected a whole number from 0 to 255"},
+        {kByte, 1.5, "value 1.5 does not fit; expected a whole number from 0 to 255"},
+        {kWord, 65536, "value 65536 does not fit; expected a whole number from 0 to 65535"},
+        {kAngle, -0.1, "value -0.1 does not fit; expected a number from 0 to 6553.5"},
+        {kSpeed, 3687, "value 3687 does not fit; expected a number from 0 to 3686.344"},
     };
     for (const Case& c : cases) {
         try {
-            encodePhysical(c.rule, c.value);
+            encodePhysical(c.row, c.value);
             ADD_FAILURE() << "accepted " << c.value;
         } catch (const BadInput& error) {
             EXPECT_STREQ(error.what(), c.error);
@@ -87,8 +99,8 @@ TEST(PhysicalValue, RefusesWhatDoesNotFitAndTellsTheRange) {
 }
 
 TEST(PhysicalValue, ShortBytesAreNotDecoded) {
-    EXPECT_EQ(decodedText(DecodingRule::Byte, ""), "(too short)");
-    EXPECT_EQ(decodedText(DecodingRule::Word, bytes({1})), "(too short)");
+    EXPECT_EQ(decodedText(kByte, ""), "(too short)");
+    EXPECT_EQ(decodedText(kWord, bytes({1})), "(too short)");
 }
 
 TEST(PhysicalValue, ReadsBackWhatAClientSet) {
@@ -97,10 +109,10 @@ TEST(PhysicalValue, ReadsBackWhatAClientSet) {
         std::string raw;
         std::optional<int> value;
     };
-    const SetRow plain{1, SetEncoding::U8, 0, "", 0};
-    const SetRow angle{2, SetEncoding::U8Plus, 75, "", 0};
-    const SetRow word{3, SetEncoding::U16Be, 0, "", 0};
-    const SetRow position{4, SetEncoding::U16BePlus, 500, "", 0};
+    const SetRow plain{1, 1, 0, "", 0};
+    const SetRow angle{2, 1, 75, "", 0};
+    const SetRow word{3, 2, 0, "", 0};
+    const SetRow position{4, 2, 500, "", 0};
     const Case cases[] = {
         {plain, bytes({0xFF}), 255},   {angle, bytes({0}), -75},        {angle, bytes({0xFB}), 176},
         {word, bytes({1, 0x2C}), 300}, {position, bytes({0, 0}), -500}, {position, bytes({2, 0x58}), 100},

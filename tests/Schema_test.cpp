@@ -48,30 +48,6 @@ TEST(Schema, SmallEnums) {
     EXPECT_EQ(static_cast<int>(SUCCESS), 0);
 }
 
-TEST(Schema, CodeIdentifiers) {
-    const std::pair<const char*, std::uint32_t> samples[] = {
-        {"QVN_RESERVED_ID", 0},
-        {"QVN_GET_T_Box_FD1", 0x00330000},
-        {"QVN_GET_ESP_FD2", 0x01370000},
-        {"QVN_GET_ESP_FD2_VehSpd", 0x01384CD0},
-        {"QVN_GET_ESP_FD2_VehOdoInfo", 0x013859A0},
-        {"QVN_GET_ACC_FD2_ACC_LeTgt_02_Typ", 0x02AB07F1},
-        {"QVN_SET_HUT6_LaneCalActvtCmd", 0x004A0550},
-        {"QVN_SET_HUT25_CarWashMode_Req", 0x033907E0},
-        {"QVN_GET_BMS30", 0x03F10000},
-        {"QVN_GET_MSG_STATUS_INVALID_ID", 0xFFFFFFFF},
-        {"QVN_GET_SIGNAL_VALUE_INVALID_ID", 0xFFFFFFFE},
-        {"QVN_SET_SIGNAL_VALUE_INVALID_ID", 0xFFFFFFFD},
-    };
-    for (const auto& [name, code] : samples) {
-        CodeIdEnum parsed{};
-        EXPECT_TRUE(CodeIdEnum_Parse(name, &parsed)) << name;
-        EXPECT_EQ(static_cast<std::uint32_t>(parsed), code) << name;
-        EXPECT_EQ(CodeIdEnum_Name(parsed), name);
-        EXPECT_TRUE(CodeIdEnum_IsValid(static_cast<int>(code))) << name;
-    }
-}
-
 TEST(Schema, WhatIsNoCodeIdentifier) {
     EXPECT_FALSE(CodeIdEnum_IsValid(-4));
     EXPECT_FALSE(CodeIdEnum_IsValid(0x01370001));

@@ -52,7 +52,7 @@ TEST_F(SignalFeedbackTest, AnUnknownPropertyOrNoTableIsSilent) {
 }
 
 TEST_F(SignalFeedbackTest, TheLastRowOfAPropertyDecidesTheResult) {
-    std::vector<VehilceClientInfo> table(std::begin(hap_signal_table), std::end(hap_signal_table));
+    std::vector<VehilceClientInfo> table(hap_signal_table, hap_signal_table + qvn::tables::kSignalTableRows);
     table[0].property = 0x21403033;  // a received signal before the set row
     makeClient();
     client->setFuncSignalTable(table.data());
@@ -65,7 +65,7 @@ TEST_F(SignalFeedbackTest, TheLastRowOfAPropertyDecidesTheResult) {
 }
 
 TEST_F(SignalFeedbackTest, ASignalWithoutAShippedRowIsSentForATableThatMapsIt) {
-    std::vector<VehilceClientInfo> table(std::begin(hap_signal_table), std::end(hap_signal_table));
+    std::vector<VehilceClientInfo> table(hap_signal_table, hap_signal_table + qvn::tables::kSignalTableRows);
     table[0].codeId = QVN_SET_HUT25_CarWashMode_Req;
     makeClient();
     connectClient();

@@ -8,7 +8,6 @@
 namespace {
 
 using namespace qvn::canservice;
-using qvn::tables::SetEncoding;
 
 TEST(ValueEncoding, IntegersAreCutToSixteenBitsBeforeTheOffset) {
     EXPECT_EQ(quantity(5, 0), 5u);
@@ -49,26 +48,6 @@ TEST(ValueEncoding, FloatsAreCutTowardZeroAndSaturate) {
     };
     for (const auto& [value, offset, expected] : cases) {
         EXPECT_EQ(quantity(value, offset), expected) << value << " + " << offset;
-    }
-}
-
-TEST(ValueEncoding, BytesAreTheLowBitsHighestFirst) {
-    const struct {
-        SetEncoding encoding;
-        std::uint32_t quantity;
-        std::string expected;
-    } cases[] = {
-        {SetEncoding::U8, 0x05, std::string("\x05", 1)},
-        {SetEncoding::U8, 0x2345, std::string("\x45", 1)},
-        {SetEncoding::U8, 0xFFFFFFFF, std::string("\xFF", 1)},
-        {SetEncoding::U8Plus, 0x10000, std::string("\x00", 1)},
-        {SetEncoding::U16Be, 300, std::string("\x01\x2C", 2)},
-        {SetEncoding::U16Be, 0xFFFFFFFF, std::string("\xFF\xFF", 2)},
-        {SetEncoding::U16BePlus, 0x10000, std::string("\x00\x00", 2)},
-        {SetEncoding::U16BePlus, 600, std::string("\x02\x58", 2)},
-    };
-    for (const auto& [encoding, quantity, expected] : cases) {
-        EXPECT_EQ(encode(encoding, quantity), expected) << quantity;
     }
 }
 

@@ -1,9 +1,10 @@
 # Data and conversions; these need no double and build against an SDK as well.
 qvn_add_test(NAME tables_test
-    SOURCES DecodingRules_test.cpp MessageCatalogue_test.cpp SetCatalogue_test.cpp SignalLists_test.cpp
-            SignalTable_test.cpp SubscriptionCodes_test.cpp
+    SOURCES Tables_test.cpp
     LIBS qvn_tables canservice_schema
     LABELS library)
+set_property(SOURCE Tables_test.cpp PROPERTY COMPILE_DEFINITIONS
+    QVN_EXPECTED_TABLES="${CMAKE_CURRENT_SOURCE_DIR}/data/expected_tables.txt")
 qvn_add_test(NAME schema_test SOURCES Schema_test.cpp LIBS canservice_schema LABELS library)
 qvn_add_test(NAME value_encoding_test
     SOURCES ValueEncoding_test.cpp

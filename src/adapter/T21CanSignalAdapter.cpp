@@ -7,28 +7,14 @@
 
 #include "log/Log.h"
 #include "tables/DecodingRules.h"
+#include "tables/RawBytes.h"
 #include "tables/SignalTable.h"
 
 namespace {
 
 using qvn::platform::vehicle::PropertyType;
 using qvn::tables::DecodingRow;
-using qvn::tables::DecodingRule;
-
-constexpr double kSpeedFactor = 0.05625;
-constexpr double kAngleFactor = 0.1;
-
-int byteAt(const std::string& raw, std::size_t index) {
-    return index < raw.size() ? static_cast<unsigned char>(raw[index]) : 0;
-}
-
-int word(const std::string& raw) {
-    return byteAt(raw, 0) * 256 + byteAt(raw, 1);
-}
-
-float scaled(int raw, double factor) {
-    return static_cast<float>(raw * factor);
-}
+using qvn::tables::ValueKind;
 
 bool isEnabled(const VehilceClientInfo& row) {
     return (row.direction & 0xFF) != 0;
@@ -66,28 +52,23 @@ bool T21CanSignalAdapter::signalAdapter(int codeId, std::string value, const Veh
         }
         std::vector<int>& integers = property.propValue.value.int32Values;
         std::vector<float>& floats = property.propValue.value.floatValues;
-        switch (rule->rule) {
-            case DecodingRule::Byte:
-                integers.push_back(byteAt(value, 0));
-                QVN_LOG(Info, rule->logFormat, integers[0]);
+        const float scaled = static_cast<float>(qvn::tables::numberIn(value, rule->bytes) * rule->factor);
+        switch (rule->kind) {
+            case ValueKind::Integer:
+                integers.push_back(static_cast<int>(scaled));
+                if (rule->logFormat != nullptr) {
+                    QVN_LOG(Info, rule->logFormat, integers[0]);
+                }
                 break;
-            case DecodingRule::Word:
-                integers.push_back(word(value));
-                QVN_LOG(Info, rule->logFormat, integers[0]);
+            case ValueKind::Float:
+                floats.push_back(scaled);
+                if (rule->logFormat != nullptr) {
+                    QVN_LOG(Info, rule->logFormat, static_cast<double>(floats[0]));
+                }
                 break;
-            case DecodingRule::VehicleSpeed:
-                floats.push_back(scaled(word(value), kSpeedFactor));
-                QVN_LOG(Info, rule->logFormat, static_cast<double>(floats[0]));
-                break;
-            case DecodingRule::SteeringAngle:
-                floats.push_back(scaled(word(value), kAngleFactor));
-                break;
-            case DecodingRule::WheelSpeed:
-                integers.push_back(static_cast<int>(scaled(word(value), kSpeedFactor)));
-                break;
-            case DecodingRule::Switch:
+            case ValueKind::Switch:
                 integers.reserve(integers.size() + 2);
-                integers.push_back(byteAt(value, 0));
+                integers.push_back(static_cast<int>(scaled));
                 integers.push_back(rule->direction);
                 QVN_LOG(Info, rule->logFormat, integers[0], rule->direction);
                 break;

@@ -4,7 +4,6 @@
 #include "canservice/T21CanServiceFdbusClient.h"
 #include "ipc_common_soc/CanServiceWire.h"
 #include "log/Log.h"
-#include "tables/MessageCatalogue.h"
 
 using namespace qvn::platform::vehicle;
 
@@ -20,7 +19,8 @@ void T21CanServiceFdbusClient::onBroadcast(CBaseJob::Ptr& job) {
     if (!qvn::wire::read(*message, broadcastSignal)) {
         return;
     }
-    if (qvn::tables::findMessage(static_cast<std::uint32_t>(message->code())) == nullptr) {
+    const qvn::tables::MessageRow* const row = qvn::tables::findMessage(static_cast<std::uint32_t>(message->code()));
+    if (row == nullptr) {
         VehicleClientProperty property;
         if (!signalAdapter->signalAdapter(message->code(), broadcastSignal.raw_value(), signal_table_, property)) {
             return;
@@ -37,10 +37,10 @@ void T21CanServiceFdbusClient::onBroadcast(CBaseJob::Ptr& job) {
     }
     QVN_LOG(Info, "[%s][%d]msg_status:%d", static_cast<int>(messageStatus.msg_status()));
     if (messageStatus.msg_status() == qvn::wire::kMessageTimedOut) {
-        feedbackSignalStatus(message->code(), VEHICLE_PROPERTY_STATUS_TIMEOUT);
+        feedbackSignalStatus(message->code(), VEHICLE_PROPERTY_STATUS_TIMEOUT, row);
         QVN_LOG(Error, "[%s][%d]can service dispatchs signals timeout!");
     } else if (messageStatus.msg_status() == qvn::wire::kMessageOk) {
-        feedbackSignalStatus(message->code(), VEHICLE_PROPERTY_STATUS_AVAILABLE);
+        feedbackSignalStatus(message->code(), VEHICLE_PROPERTY_STATUS_AVAILABLE, row);
         QVN_LOG(Info, "[%s][%d]can service dispatchs signals becomes ok!");
     }
 }

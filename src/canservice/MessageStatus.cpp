@@ -1,7 +1,6 @@
 #include "canservice/CallApplication.h"
 #include "canservice/T21CanServiceFdbusClient.h"
 #include "log/Log.h"
-#include "tables/MessageCatalogue.h"
 #include "tables/SignalTable.h"
 
 using namespace qvn::platform::vehicle;
@@ -14,16 +13,19 @@ constexpr int kEntryLogLine = 385;
 }  // namespace
 
 void T21CanServiceFdbusClient::feedbackSignalStatus(int code_id, VehiclePropertyStatus status) {
+    feedbackSignalStatus(code_id, status, qvn::tables::findMessage(static_cast<std::uint32_t>(code_id)));
+}
+
+void T21CanServiceFdbusClient::feedbackSignalStatus(int code_id, VehiclePropertyStatus status,
+                                                    const qvn::tables::MessageRow* message) {
     QVN_LOG_AT(Error, kEntryLogLine, "[%s][%d]feedbackSignalStatus code_id :%d", code_id);
 
-    const qvn::tables::MessageRow* const message = qvn::tables::findMessage(static_cast<std::uint32_t>(code_id));
     const VehilceClientInfo* const table = signal_table_;
     if (message == nullptr || errorCallback == nullptr || table == nullptr) {
         return;
     }
 
-    for (std::size_t s = 0; s < message->signalCount; ++s) {
-        const SignalListRow& signal = message->signals[s];
+    for (const SignalListRow& signal : message->signals) {
         for (std::size_t i = 0; i < qvn::tables::kSignalTableRows; ++i) {
             const VehilceClientInfo& row = table[i];
             if (row.codeId != signal.code_id) {

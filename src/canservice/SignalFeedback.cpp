@@ -3,6 +3,7 @@
 #include "canservice/T21CanServiceFdbusClient.h"
 #include "canservice/ValueEncoding.h"
 #include "log/Log.h"
+#include "tables/RawBytes.h"
 #include "tables/SetCatalogue.h"
 #include "tables/SignalTable.h"
 
@@ -43,7 +44,7 @@ bool T21CanServiceFdbusClient::signalFeedback(VehicleProperty property, T value)
             sent = false;
             continue;
         }
-        const std::string raw = encode(signal->encoding, quantity(value, signal->offset));
+        const std::string raw = qvn::tables::rawBytes(quantity(value, signal->offset), signal->bytes);
         can_service::SetSignalValueRequest request;
         request.set_raw_value(raw);
         if (!hand(code, request)) {

@@ -14,6 +14,7 @@
 #include "canservice/CallbackGate.h"
 #include "common.base.canservice.pb.h"
 #include "sync/Mutex.h"
+#include "tables/MessageCatalogue.h"
 
 using SignalCallback =
     std::function<void(qvn::platform::vehicle::VehiclePropValue, qvn::platform::vehicle::PropertyType)>;
@@ -74,6 +75,8 @@ private:
 
     SignalCallback currentSignalCallback();
     AvailableSignalCallback currentAvailableCallback();
+    void feedbackSignalStatus(int code_id, qvn::platform::vehicle::VehiclePropertyStatus status,
+                              const qvn::tables::MessageRow* message);
     void watchReverseLine();
     /// Keeps requests off the bus from now on; false when that was done before.
     bool endSending();

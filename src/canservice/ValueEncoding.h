@@ -2,9 +2,6 @@
 #define CANSERVICE_VALUE_ENCODING_H
 
 #include <cstdint>
-#include <string>
-
-#include "tables/SetCatalogue.h"
 
 namespace qvn {
 namespace canservice {
@@ -19,9 +16,6 @@ std::uint32_t quantity(Integer value, int offset) {
 /// Floats add the offset in single precision and are cut toward zero; what is negative or not a number gives 0, what
 /// is too large the largest quantity.
 std::uint32_t quantity(float value, int offset);
-
-/// The low bits of a quantity as the raw bytes of a set request.
-std::string encode(tables::SetEncoding encoding, std::uint32_t quantity);
 
 }  // namespace canservice
 }  // namespace qvn

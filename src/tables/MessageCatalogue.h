@@ -1,10 +1,10 @@
 #ifndef TABLES_MESSAGE_CATALOGUE_H
 #define TABLES_MESSAGE_CATALOGUE_H
 
-#include <cstddef>
 #include <cstdint>
 
 #include "tables/SignalLists.h"
+#include "tables/Span.h"
 
 namespace qvn {
 namespace tables {
@@ -12,16 +12,13 @@ namespace tables {
 /// A whole CAN message whose reception the CAN service supervises.
 struct MessageRow {
     std::uint32_t code;
-    const SignalListRow* signals;
-    std::size_t signalCount;
+    Span<SignalListRow> signals;
     const char* logFormat;  ///< takes function, line, signal code, signal name, property, status
     int logLine;
 };
 
-constexpr std::size_t kMessageCount = 24;
-
 /// Sorted by code.
-extern const MessageRow kMessages[kMessageCount];
+extern const Span<MessageRow> kMessages;
 
 /// The message with that code, or null.
 const MessageRow* findMessage(std::uint32_t code);

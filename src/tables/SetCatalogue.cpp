@@ -8,115 +8,113 @@ namespace tables {
 
 // clang-format off
 
-#define ROW(name, encoding, offset, line) \
-    {can_service::QVN_SET_##name, SetEncoding::encoding, offset, "[%s][%d]" #name " value:%d", line}
-#define U8(name, line)                 ROW(name, U8, 0, line)
-#define U8_PLUS(name, offset, line)    ROW(name, U8Plus, offset, line)
-#define U16BE(name, line)              ROW(name, U16Be, 0, line)
-#define U16BE_PLUS(name, offset, line) ROW(name, U16BePlus, offset, line)
+#define ROW(name, bytes, offset, line) \
+    {can_service::QVN_SET_##name, bytes, offset, "[%s][%d]" #name " value:%d", line}
+#define BYTE(name, offset, line) ROW(name, 1, offset, line)
+#define WORD(name, offset, line) ROW(name, 2, offset, line)
 
-constexpr SetRow kSetSignals[] = {
-    // encoding signal                                  offset line
-    U8        (HUT6_Guid_Ovl_Display_Cmd,                     109),
-    U8        (HUT6_Radar_DispCmd,                            193),
-    U8        (HUT6_LaneCalActvtCmd,                           85),
-    U8        (HUT6_CarMdlTrsprcySwtCmd,                      157),
-    U8        (HUT6_AutoViewChgCmd,                           121),
-    U8        (HUT6_WshSoftSwt,                               337),
-    U8        (HUT6_AutoAVMSwSet_Cmd,                         313),
-    U8        (HUT6_SwToFieldCalRstCmd,                       493),
-    U8        (HUT6_View_SoftswitchCmd,                       325),
-    U8        (HUT6_FPAS_AutoModSwt,                          265),
-    U8        (HUT6_MEBSwtSet,                                145),
-    U8        (HUT6_MODChgReq,                                133),
-    U8        (HUT6_CarMdlDispCmd,                             97),
-    U8        (HUT6_Sgl_View_Sel,                             169),
-    U8        (HUT_FD4_HUT_HAVP_SelfParLot_Ending,            829),
-    U8        (HUT_FD4_HUT__HAVP_Set_Starting,                817),
-    U8        (HUT_FD4_HUT_HAVP_Return_Btn,                   757),
-    U8        (HUT_FD4_HUT_HAVP_Set_Path_Ending,              841),
-    U8        (HUT_FD4_HUT_PAVP_PathList_Req,                 853),
-    U8        (HUT_FD4_HUT_PAVP_DropOff_Area_req,             865),
-    U8        (HUT_FD4_HUT_PAVP_Confirm,                      877),
-    U8        (HUT_FD4_HUT_HAVP_APA_Permit,                   805),
-    U8        (HUT_FD4_HUT_HAVP_Path_Select,                  781),
-    U8        (HUT_FD4_HUT_HAVP_Path_Delete,                  769),
-    U8        (HUT_FD4_HUT_HAVP_Path_SetTop,                  793),
-    U8        (HUT30_BackReq_AVM,                             481),
-    U8        (HUT33_P2P_PrkgDirectSwtCmd,                   1093),
-    U8        (HUT33_PathLrngFinshCmd,                        457),
-    U8        (HUT33_PathLrngStartCmd,                        529),
-    U8        (HUT33_ParkMdlCmd,                              409),
-    U8        (HUT33_BackReq_APS,                             385),
-    U8        (HUT33_StartPrkgPath2Cmd,                       553),
-    U8        (HUT33_DeletePath2Cmd,                          517),
-    U8        (HUT33_StartPrkgPath1Cmd,                       541),
-    U8        (HUT33_DeletePath1Cmd,                          505),
-    U8        (HUT33_SelPrkOutDirReq,                         445),
-    U8        (HUT33_SelPrkgFctnCmd,                          229),
-    U8        (HUT15_SDWSwtSet,                               277),
-    U8        (HUT15_APSPrkgTypSeln,                          469),
-    U8        (HUT15_PASExitSpdSwt,                           301),
-    U8        (HUT15_APSSwtReq_VR,                            397),
-    U8        (DMS_FD1_DrowsnsLvl_ACC,                        577),
-    U8        (DMS_FD1_DistrctnLvl_ACC,                       565),
-    U8        (DMS_FD1_HeadDetn,                              601),
-    U8        (DMS_FD1_DrvGazeAreaSts,                       1105),
-    U8        (DMS_FD1_DMSSts,                                589),
-    U8        (DMS_FD1_REyeOpenSts,                           709),
-    U8        (DMS_FD1_LEyeOpenSts,                           685),
-    U16BE_PLUS(DMS_FD1_HeadPosnX,                       500,  649),
-    U16BE_PLUS(DMS_FD1_HeadPosnY,                       500,  661),
-    U16BE_PLUS(DMS_FD1_HeadPosnZ,                       500,  673),
-    U8        (DMS_FD1_LEyeOpenStsQlty,                       697),
-    U8        (DMS_FD1_REyeOpenStsQlty,                       721),
-    U8_PLUS   (DMS_FD1_HeadYawAng,                       75,  613),
-    U8_PLUS   (DMS_FD1_HeadPitchAng,                     25,  625),
-    U8_PLUS   (DMS_FD1_HeadRollAng,                      45,  637),
-    U8_PLUS   (DMS_FD1_RobustGazeYawAng,                 90,  733),
-    U8_PLUS   (DMS_FD1_RobustGazePitchAng,               90,  745),
-    U8        (HUT32_ContnPrkgReqValid,                       433),
-    U8        (HUT32_DetVideoLost,                            241),
-    U8        (HUT32_PrkgCtrlModReqValid,                     217),
-    U8        (HUT32_PrkStraightSwtReq_HUT,                  1009),
-    U8        (HUT32_PrkgCtrlModReq,                          205),
-    U8        (HUT32_ContnPrkgReq,                            421),
-    U8        (HUT32_PrkStraightVehStrtReq_HUT_Valid,        1045),
-    U8        (HUT32_PrkStraightStrtReq_HUT,                 1057),
-    U8        (HUT32_PrkStraightContinueReq_HUT,             1069),
-    U8        (HUT32_PrkStraightSuspendOrFinishReq_HUT,      1081),
-    U8        (HUT32_PrkStraightSts_HUT,                     1021),
-    U8        (HUT32_ScrnOpSts,                               349),
-    U8        (HUT32_PrkStraightModSel_HUT,                  1033),
-    U16BE     (HUT32_XLvl,                                    361),
-    U16BE     (HUT32_YLvl,                                    373),
-    U8        (HUT_FD1_HFASwtSts,                             289),
-    U8        (HUT10_PASSwtReq_VR,                            253),
-    U8        (HUT25_HUT_RemtEngCtrl,                         997),
-    U8        (HUT25_CarWashMode_Req,                         181),
-    U8        (HUT34_TimeMod,                                 889),
-    U8        (HUT34_TimeIndcn,                               901),
-    U8        (HUT34_Time_Hour,                               913),
-    U8        (HUT34_Time_Minutes,                            925),
-    U8        (HUT34_Time_Second,                             937),
-    U8        (HUT34_Time_Year_Right,                         961),
-    U8        (HUT34_Time_Year_Left,                          949),
-    U8        (HUT34_Time_Month,                              973),
-    U8        (HUT34_Time_Day,                                985),
+constexpr SetRow kRows[] = {
+    //   signal                                 offset    line
+    BYTE(HUT6_Guid_Ovl_Display_Cmd,                 0,    109),
+    BYTE(HUT6_Radar_DispCmd,                        0,    193),
+    BYTE(HUT6_LaneCalActvtCmd,                      0,     85),
+    BYTE(HUT6_CarMdlTrsprcySwtCmd,                  0,    157),
+    BYTE(HUT6_AutoViewChgCmd,                       0,    121),
+    BYTE(HUT6_WshSoftSwt,                           0,    337),
+    BYTE(HUT6_AutoAVMSwSet_Cmd,                     0,    313),
+    BYTE(HUT6_SwToFieldCalRstCmd,                   0,    493),
+    BYTE(HUT6_View_SoftswitchCmd,                   0,    325),
+    BYTE(HUT6_FPAS_AutoModSwt,                      0,    265),
+    BYTE(HUT6_MEBSwtSet,                            0,    145),
+    BYTE(HUT6_MODChgReq,                            0,    133),
+    BYTE(HUT6_CarMdlDispCmd,                        0,     97),
+    BYTE(HUT6_Sgl_View_Sel,                         0,    169),
+    BYTE(HUT_FD4_HUT_HAVP_SelfParLot_Ending,        0,    829),
+    BYTE(HUT_FD4_HUT__HAVP_Set_Starting,            0,    817),
+    BYTE(HUT_FD4_HUT_HAVP_Return_Btn,               0,    757),
+    BYTE(HUT_FD4_HUT_HAVP_Set_Path_Ending,          0,    841),
+    BYTE(HUT_FD4_HUT_PAVP_PathList_Req,             0,    853),
+    BYTE(HUT_FD4_HUT_PAVP_DropOff_Area_req,         0,    865),
+    BYTE(HUT_FD4_HUT_PAVP_Confirm,                  0,    877),
+    BYTE(HUT_FD4_HUT_HAVP_APA_Permit,               0,    805),
+    BYTE(HUT_FD4_HUT_HAVP_Path_Select,              0,    781),
+    BYTE(HUT_FD4_HUT_HAVP_Path_Delete,              0,    769),
+    BYTE(HUT_FD4_HUT_HAVP_Path_SetTop,              0,    793),
+    BYTE(HUT30_BackReq_AVM,                         0,    481),
+    BYTE(HUT33_P2P_PrkgDirectSwtCmd,                0,   1093),
+    BYTE(HUT33_PathLrngFinshCmd,                    0,    457),
+    BYTE(HUT33_PathLrngStartCmd,                    0,    529),
+    BYTE(HUT33_ParkMdlCmd,                          0,    409),
+    BYTE(HUT33_BackReq_APS,                         0,    385),
+    BYTE(HUT33_StartPrkgPath2Cmd,                   0,    553),
+    BYTE(HUT33_DeletePath2Cmd,                      0,    517),
+    BYTE(HUT33_StartPrkgPath1Cmd,                   0,    541),
+    BYTE(HUT33_DeletePath1Cmd,                      0,    505),
+    BYTE(HUT33_SelPrkOutDirReq,                     0,    445),
+    BYTE(HUT33_SelPrkgFctnCmd,                      0,    229),
+    BYTE(HUT15_SDWSwtSet,                           0,    277),
+    BYTE(HUT15_APSPrkgTypSeln,                      0,    469),
+    BYTE(HUT15_PASExitSpdSwt,                       0,    301),
+    BYTE(HUT15_APSSwtReq_VR,                        0,    397),
+    BYTE(DMS_FD1_DrowsnsLvl_ACC,                    0,    577),
+    BYTE(DMS_FD1_DistrctnLvl_ACC,                   0,    565),
+    BYTE(DMS_FD1_HeadDetn,                          0,    601),
+    BYTE(DMS_FD1_DrvGazeAreaSts,                    0,   1105),
+    BYTE(DMS_FD1_DMSSts,                            0,    589),
+    BYTE(DMS_FD1_REyeOpenSts,                       0,    709),
+    BYTE(DMS_FD1_LEyeOpenSts,                       0,    685),
+    WORD(DMS_FD1_HeadPosnX,                       500,    649),
+    WORD(DMS_FD1_HeadPosnY,                       500,    661),
+    WORD(DMS_FD1_HeadPosnZ,                       500,    673),
+    BYTE(DMS_FD1_LEyeOpenStsQlty,                   0,    697),
+    BYTE(DMS_FD1_REyeOpenStsQlty,                   0,    721),
+    BYTE(DMS_FD1_HeadYawAng,                       75,    613),
+    BYTE(DMS_FD1_HeadPitchAng,                     25,    625),
+    BYTE(DMS_FD1_HeadRollAng,                      45,    637),
+    BYTE(DMS_FD1_RobustGazeYawAng,                 90,    733),
+    BYTE(DMS_FD1_RobustGazePitchAng,               90,    745),
+    BYTE(HUT32_ContnPrkgReqValid,                   0,    433),
+    BYTE(HUT32_DetVideoLost,                        0,    241),
+    BYTE(HUT32_PrkgCtrlModReqValid,                 0,    217),
+    BYTE(HUT32_PrkStraightSwtReq_HUT,               0,   1009),
+    BYTE(HUT32_PrkgCtrlModReq,                      0,    205),
+    BYTE(HUT32_ContnPrkgReq,                        0,    421),
+    BYTE(HUT32_PrkStraightVehStrtReq_HUT_Valid,     0,   1045),
+    BYTE(HUT32_PrkStraightStrtReq_HUT,              0,   1057),
+    BYTE(HUT32_PrkStraightContinueReq_HUT,          0,   1069),
+    BYTE(HUT32_PrkStraightSuspendOrFinishReq_HUT,   0,   1081),
+    BYTE(HUT32_PrkStraightSts_HUT,                  0,   1021),
+    BYTE(HUT32_ScrnOpSts,                           0,    349),
+    BYTE(HUT32_PrkStraightModSel_HUT,               0,   1033),
+    WORD(HUT32_XLvl,                                0,    361),
+    WORD(HUT32_YLvl,                                0,    373),
+    BYTE(HUT_FD1_HFASwtSts,                         0,    289),
+    BYTE(HUT10_PASSwtReq_VR,                        0,    253),
+    BYTE(HUT25_HUT_RemtEngCtrl,                     0,    997),
+    BYTE(HUT25_CarWashMode_Req,                     0,    181),
+    BYTE(HUT34_TimeMod,                             0,    889),
+    BYTE(HUT34_TimeIndcn,                           0,    901),
+    BYTE(HUT34_Time_Hour,                           0,    913),
+    BYTE(HUT34_Time_Minutes,                        0,    925),
+    BYTE(HUT34_Time_Second,                         0,    937),
+    BYTE(HUT34_Time_Year_Right,                     0,    961),
+    BYTE(HUT34_Time_Year_Left,                      0,    949),
+    BYTE(HUT34_Time_Month,                          0,    973),
+    BYTE(HUT34_Time_Day,                            0,    985),
 };
 
-#undef U16BE_PLUS
-#undef U16BE
-#undef U8_PLUS
-#undef U8
+#undef WORD
+#undef BYTE
 #undef ROW
 
 // clang-format on
 
-static_assert(firstUnsortedRow(kSetSignals) == kSetSignalCount, "set signals must be sorted by code");
+constexpr Span<SetRow> kSetSignals(kRows);
+
+static_assert(firstUnsortedRow(kRows) == kSetSignals.size(), "set signals must be sorted by code");
 
 const SetRow* findSetSignal(std::uint32_t code) {
-    return findByCode(kSetSignals, code);
+    return findByCode(kRows, code);
 }
 
 }  // namespace tables

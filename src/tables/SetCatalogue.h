@@ -1,32 +1,24 @@
 #ifndef TABLES_SET_CATALOGUE_H
 #define TABLES_SET_CATALOGUE_H
 
-#include <cstddef>
 #include <cstdint>
+
+#include "tables/Span.h"
 
 namespace qvn {
 namespace tables {
 
-/// How a value is laid out in the raw bytes of a set request. Words are big-endian.
-enum class SetEncoding {
-    U8,         ///< one byte
-    U8Plus,     ///< one byte: value + offset
-    U16Be,      ///< two bytes
-    U16BePlus,  ///< two bytes: value + offset
-};
-
+/// A signal that the head unit may set. Its raw bytes are value + offset, big-endian.
 struct SetRow {
     std::uint32_t code;
-    SetEncoding encoding;
-    int offset;             ///< 0 unless the encoding adds one
+    std::uint32_t bytes;  ///< 1 or 2
+    int offset;
     const char* logFormat;  ///< takes function, line and the first raw byte
     int logLine;
 };
 
-constexpr std::size_t kSetSignalCount = 86;
-
 /// Sorted by code.
-extern const SetRow kSetSignals[kSetSignalCount];
+extern const Span<SetRow> kSetSignals;
 
 /// The set signal with that code, or null for a signal that cannot be set.
 const SetRow* findSetSignal(std::uint32_t code);

@@ -47,3 +47,5 @@ constexpr VehilceClientInfo dms_signal_table[] = {
 constexpr VehilceClientInfo oms_signal_table[] = {
 #include "tables/SignalTableRows.inc"
 };
+
+constexpr std::size_t qvn::tables::kSignalTableRows = sizeof(hap_signal_table) / sizeof(hap_signal_table[0]);

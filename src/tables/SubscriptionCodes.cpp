@@ -7,7 +7,7 @@ namespace tables {
 
 // clang-format off
 
-constexpr std::uint32_t kSubscriptionCodes[] = {
+constexpr std::uint32_t kRows[] = {
     // Signals.
     can_service::QVN_GET_CSA2_SteerWheelAng,
     can_service::QVN_GET_R_PBox1_LTurnLmpSts_R_Pbox,
@@ -192,6 +192,8 @@ constexpr std::uint32_t kSubscriptionCodes[] = {
 };
 
 // clang-format on
+
+constexpr Span<std::uint32_t> kSubscriptionCodes(kRows);
 
 }  // namespace tables
 }  // namespace qvn

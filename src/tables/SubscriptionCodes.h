@@ -1,16 +1,15 @@
 #ifndef TABLES_SUBSCRIPTION_CODES_H
 #define TABLES_SUBSCRIPTION_CODES_H
 
-#include <cstddef>
 #include <cstdint>
+
+#include "tables/Span.h"
 
 namespace qvn {
 namespace tables {
 
-constexpr std::size_t kSubscriptionCodeCount = 178;
-
-/// What the client subscribes on every connection, in this order: 154 signals, then 24 whole messages.
-extern const std::uint32_t kSubscriptionCodes[kSubscriptionCodeCount];
+/// What the client subscribes on every connection, in this order: the signals, then the whole messages.
+extern const Span<std::uint32_t> kSubscriptionCodes;
 
 }  // namespace tables
 }  // namespace qvn

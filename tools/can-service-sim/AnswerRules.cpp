@@ -64,7 +64,7 @@ AnswerRule readRule(const std::string& line) {
     }
     rule.answerValue = target.value;
     if (rule.answerValue) {
-        encodePhysical(row->rule, *rule.answerValue);
+        encodePhysical(*row, *rule.answerValue);
     }
     if (std::string keyword; words >> keyword) {
         std::string seconds;

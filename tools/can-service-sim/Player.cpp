@@ -31,7 +31,7 @@ std::string hexBytes(const std::string& raw) {
 std::string valueText(std::uint32_t code, const std::string& raw) {
     const tables::DecodingRow* const row = tables::findDecodingRule(code);
     const std::string bytes = signalName(code) + "#" + hexBytes(raw);
-    return row ? signalName(code) + "=" + decodedText(row->rule, raw) : bytes;
+    return row ? signalName(code) + "=" + decodedText(*row, raw) : bytes;
 }
 
 }  // namespace
@@ -49,7 +49,7 @@ Player::Player(EventLoop& loop, const Journal& journal, Options options)
            }}) {
     if (options_.initialValues) {
         for (const tables::DecodingRow& row : tables::kDecodingRules) {
-            service_.putSignal(row.code, zeroValue(row.rule));
+            service_.putSignal(row.code, zeroValue(row));
         }
     }
 }
@@ -227,8 +227,8 @@ void Player::onSet(std::uint32_t code, const std::string& raw) {
 
 void Player::answer(const AnswerRule& rule, std::int32_t value) {
     try {
-        const tables::DecodingRule encoding = tables::findDecodingRule(rule.answerCode)->rule;
-        const SignalEvent event{rule.answerCode, encodePhysical(encoding, rule.answerValue.value_or(value)), {}};
+        const tables::DecodingRow& row = *tables::findDecodingRule(rule.answerCode);
+        const SignalEvent event{rule.answerCode, encodePhysical(row, rule.answerValue.value_or(value)), {}};
         journal_.note("answer " + valueText(event.code, event.raw));
         put(event);
     } catch (const BadInput& error) {

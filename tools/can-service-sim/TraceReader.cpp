@@ -99,7 +99,7 @@ std::string readPhysical(std::uint32_t code, std::string_view text) {
         throw BadInput("signal " + hexText(code) + " has no decoding rule; give its raw bytes as " + hexText(code) +
                        "#00");
     }
-    return encodePhysical(row->rule, parseNumber(text, "a physical value"));
+    return encodePhysical(*row, parseNumber(text, "a physical value"));
 }
 
 TraceAction readMessageOrStop(std::string_view name, std::string_view text) {

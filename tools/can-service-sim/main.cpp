@@ -94,13 +94,12 @@ Player::Options playerOptions(const CommandLine& line) {
 
 void listNames(Output& output) {
     for (const tables::DecodingRow& row : tables::kDecodingRules) {
-        const PhysicalRange range = physicalRange(row.rule);
-        output.print("%-40s %s  %s, %s to %s\n", signalName(row.code).c_str(), hexText(row.code).c_str(),
-                     ruleText(row.rule), formatNumber(range.low).c_str(), formatNumber(range.high).c_str());
+        output.print("%-40s %s  %s, 0 to %s\n", signalName(row.code).c_str(), hexText(row.code).c_str(),
+                     kindText(row).c_str(), formatNumber(largestValue(row)).c_str());
     }
     for (const tables::MessageRow& row : tables::kMessages) {
         output.print("%-40s %s  message of %zu signals\n", signalName(row.code).c_str(), hexText(row.code).c_str(),
-                     row.signalCount);
+                     row.signals.size());
     }
 }
 

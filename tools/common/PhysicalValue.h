@@ -9,31 +9,24 @@
 
 namespace qvn::tools {
 
-/// The range and step of the physical values that a rule can carry; a step of 1 means whole numbers only.
-struct PhysicalRange {
-    double low;
-    double high;
-    double step;
-};
+/// The largest physical value that a signal can carry; the smallest is 0.
+double largestValue(const tables::DecodingRow& row);
 
-PhysicalRange physicalRange(tables::DecodingRule rule);
+/// "integer", "float in steps of 0.1" and the like: what a signal's values are.
+std::string kindText(const tables::DecodingRow& row);
 
-/// "speed in km/h, two bytes" and the like: what a rule's values are.
-const char* ruleText(tables::DecodingRule rule);
+/// The raw bytes that are decoded to this value: the nearest value that the bytes can carry. Where decoding cuts a
+/// fraction off, the nearest one above, so that a whole number comes out as it went in.
+/// @throws BadInput for a value out of range, or a fraction where the signal counts in whole numbers
+std::string encodePhysical(const tables::DecodingRow& row, double value);
 
-/// The raw bytes that the rule decodes to this value: the nearest value that the bytes can carry. A wheel speed is
-/// rounded up instead, since its decoding cuts the fraction off and a whole number is to come out as it went in.
-/// @throws BadInput for a value out of range, or a fraction where the rule has whole numbers
-std::string encodePhysical(tables::DecodingRule rule, double value);
-
-/// The raw value of zero, in the rule's length.
-std::string zeroValue(tables::DecodingRule rule);
+/// The raw value of zero, in the signal's length.
+std::string zeroValue(const tables::DecodingRow& row);
 
 /// What a client reads from these bytes, as text; "(too short)" when bytes are missing.
-std::string decodedText(tables::DecodingRule rule, const std::string& raw);
+std::string decodedText(const tables::DecodingRow& row, const std::string& raw);
 
-/// The number that a client set, from the bytes of its request. Nothing when the bytes are not of the encoding's
-/// length.
+/// The number that a client set, from the bytes of its request. Nothing when the bytes are not of the signal's length.
 std::optional<std::int32_t> decodeSet(const tables::SetRow& row, const std::string& raw);
 
 /// The smallest and largest number that a set signal can carry.

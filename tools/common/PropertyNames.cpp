@@ -101,7 +101,7 @@ const PropertyInfo& propertyNamed(std::string_view text) {
 std::string switchName(const PropertyInfo& property, std::int32_t direction) {
     for (const std::uint32_t code : property.received) {
         const tables::DecodingRow* const row = tables::findDecodingRule(code);
-        if (row && row->rule == tables::DecodingRule::Switch && row->direction == direction) {
+        if (row && row->kind == tables::ValueKind::Switch && row->direction == direction) {
             return signalName(code);
         }
     }

@@ -99,8 +99,8 @@ std::vector<std::string> knownNames(NameKind kind) {
 
 std::optional<std::uint32_t> messageOf(std::uint32_t signalCode) {
     for (const tables::MessageRow& message : tables::kMessages) {
-        for (std::size_t i = 0; i < message.signalCount; ++i) {
-            if (message.signals[i].code_id == signalCode) {
+        for (const SignalListRow& signal : message.signals) {
+            if (signal.code_id == signalCode) {
                 return message.code;
             }
         }
