@@ -58,8 +58,25 @@ TEST_F(FdbusServiceManagerTest, AnotherInitReplacesTheClient) {
     EXPECT_EQ(properties.entries(), (std::vector<int>{0x21400E20, 0x21405433}));
 }
 
-TEST_F(FdbusServiceManagerTest, StopBeforeInitDoesNothing) {
-    manager.stop();
+/// A signal callback that takes its time to be handed over: until the service has been asked for its values, or 0.2 s.
+struct SlowToArrive {
+    SlowToArrive(CanServiceDouble& ofService, Journal<int>& forValues) : service(ofService), values(forValues) {}
+    SlowToArrive(const SlowToArrive& other) : service(other.service), values(other.values) {
+        service.subscriptions.waitForSize(1, std::chrono::milliseconds(200));
+    }
+    void operator()(const VehiclePropValue& value, PropertyType) const { values.add(value.prop); }
+
+    CanServiceDouble& service;
+    Journal<int>& values;
+};
+
+TEST_F(FdbusServiceManagerTest, TheFirstValuesWaitForTheCallback) {
+    server.setInitialValue(0x031902D0, "\x01");
+    manager.setSignalTable(hap_signal_table);
+    manager.registerSignalCallback(SlowToArrive(server, properties));
+    manager.init();
+    ASSERT_TRUE(properties.waitForSize(1));
+    EXPECT_EQ(properties.entries()[0], 0x21400E20);
 }
 
 }  // namespace

@@ -1,4 +1,7 @@
+#include <map>
+
 #include "support/ClientTest.h"
+#include "support/ExpectedTables.h"
 
 namespace {
 
@@ -74,44 +77,24 @@ TEST_F(MessageStatusTest, ATimeOutOfTheSwitchesIsReportedOncePerSwitchWithoutRep
     EXPECT_EQ(timeline, expected);
 }
 
-TEST_F(MessageStatusTest, EveryMessageReportsEachOfItsSignalsOnce) {
-    const struct {
-        int code;
-        std::size_t signals;
-        int line;
-        int firstProperty;
-        int lastProperty;
-    } messages[] = {
-        {QVN_GET_CSA2, 2, 404, 0x21600E24, 0x21400E25},     {QVN_GET_ECM_PT7, 1, 887, 0x2140502F, 0x2140502F},
-        {QVN_GET_ESP_FD2, 2, 565, 0x21600E1F, 0x2140201E},  {QVN_GET_HAP_FD1, 29, 611, 0x21403043, 0x21008247},
-        {QVN_GET_CSA1, 2, 841, 0x21406330, 0x21406331},     {QVN_GET_EPB1, 1, 864, 0x21405433, 0x21405433},
-        {QVN_GET_R_PBox1, 2, 427, 0x21404030, 0x2140382E},  {QVN_GET_HCU_HP5, 2, 910, 0x21405489, 0x21405488},
-        {QVN_GET_DCT5, 1, 450, 0x21402622, 0x21402622},     {QVN_GET_ABS1, 4, 680, 0x21403061, 0x21603064},
-        {QVN_GET_DCT_FD4, 2, 933, 0x2140202B, 0x21400E1E},  {QVN_GET_CSA3, 5, 657, 0x11410A10, 0x11410A10},
-        {QVN_GET_ABS2, 4, 703, 0x21403065, 0x21603068},     {QVN_GET_ECM2, 1, 818, 0x2140402F, 0x2140402F},
-        {QVN_GET_HAP_FD2, 22, 519, 0x214053AF, 0x214053B6}, {QVN_GET_PEPS2, 2, 749, 0x21403837, 0x21403838},
-        {QVN_GET_HAP_FD3, 55, 542, 0x2140305D, 0x214053B7}, {QVN_GET_HAP_FD7, 4, 795, 0x21405539, 0x2140553C},
-        {QVN_GET_BCM8, 3, 634, 0x2140307A, 0x21404A2E},     {QVN_GET_ACC_FD2, 1, 772, 0x21401271, 0x21401271},
-        {QVN_GET_HCU_PT4, 1, 588, 0x21403048, 0x21403048},  {QVN_GET_PLG_1, 1, 473, 0x2140306E, 0x2140306E},
-        {QVN_GET_BCM1, 5, 496, 0x21400E20, 0x2140302E},     {QVN_GET_BCM3, 2, 726, 0x21403069, 0x2140182C},
-    };
+TEST_F(MessageStatusTest, EveryMessageReportsThePropertiesOfItsSignalsInListOrder) {
+    std::map<std::string, std::vector<StatusChange>> timeouts;
+    for (const Words& entry : expected("list")) {
+        for (const int property : propertiesOf(entry[1].substr(0, entry[1].find('.')))) {
+            timeouts[entry[0]].push_back({property, VEHICLE_PROPERTY_STATUS_TIMEOUT});
+        }
+    }
     makeClient();
     client->registerErrSignalCallback(&Application::status);
     connectClient();
-    for (const auto& [code, signals, line, first, last] : messages) {
-        SCOPED_TRACE(CodeIdEnum_Name(static_cast<CodeIdEnum>(code)));
+    for (const Words& message : expected("message")) {
+        SCOPED_TRACE(message[0]);
         Application::reset();
         log_recorder::reset();
-        server.messageStatus(static_cast<std::uint32_t>(code), 64);
-        server.messageStatus(static_cast<std::uint32_t>(code), 0);
-        ASSERT_TRUE(log_recorder::waitForLine("onBroadcast", "can service dispatchs signals becomes ok!"));
-        const std::vector<StatusChange> statuses = Application::statuses.entries();
-        ASSERT_EQ(statuses.size(), 2 * signals);
-        EXPECT_EQ(statuses[0], (StatusChange{first, VEHICLE_PROPERTY_STATUS_TIMEOUT}));
-        EXPECT_EQ(statuses[signals - 1], (StatusChange{last, VEHICLE_PROPERTY_STATUS_TIMEOUT}));
-        EXPECT_EQ(statuses[signals], (StatusChange{first, VEHICLE_PROPERTY_STATUS_AVAILABLE}));
-        EXPECT_EQ(statuses.back(), (StatusChange{last, VEHICLE_PROPERTY_STATUS_AVAILABLE}));
-        EXPECT_EQ(log_recorder::linesOf("feedbackSignalStatus")[1].line, line);
+        server.messageStatus(codeOf(message[0]), 64);
+        ASSERT_TRUE(log_recorder::waitForLine("onBroadcast", "can service dispatchs signals timeout!"));
+        EXPECT_EQ(Application::statuses.entries(), timeouts.at(message[0] + "_signals"));
+        EXPECT_EQ(log_recorder::linesOf("feedbackSignalStatus").back().line, std::stoi(message[1]));
     }
 }
 

@@ -105,7 +105,7 @@ TEST_F(ReverseLineTest, WithoutASignalCallbackInterruptsAreSilent) {
 }
 
 TEST_F(ReverseLineTest, AnEdgeBetweenTheFirstReadingAndTheRegistrationIsNotLost) {
-    fake_gpio::moveBeforeRegistration(0);
+    fake_gpio::beforeRegistration([] { fake_gpio::setLevel(0); });
     makeClient();
     client->registerErrSignalCallback(nullptr);
     EXPECT_EQ(commands(), (std::vector<int>{0, 1}));

@@ -1,3 +1,7 @@
+#include <chrono>
+#include <future>
+#include <stdexcept>
+
 #include "support/CoreTest.h"
 #include "support/FakeClock.h"
 
@@ -209,6 +213,22 @@ TEST_F(SubscriptionWithServiceTest, WhatAnApplicationThrowsCostsItNoOtherCallbac
     EXPECT_EQ(Application::statuses.entries().size(), 10u);
     EXPECT_TRUE(log_recorder::waitForLine("callApplication", "a callback of the application threw: changed"));
     EXPECT_TRUE(log_recorder::waitForLine("callApplication", "a callback of the application threw: status"));
+}
+
+TEST_F(SubscriptionWithServiceTest, UnsubscribeWaitsForACallbackThatRuns) {
+    subscribe({kDriverDoor});
+    std::promise<void> entered;
+    std::promise<void> release;
+    Application::onChange = [&](const Change&) {
+        entered.set_value();
+        release.get_future().wait();
+    };
+    server->signal(0x031902D0, "\x01");
+    entered.get_future().wait();
+    std::future<bool> done = std::async(std::launch::async, [this] { return core->unsubscribe(nullptr, {}); });
+    EXPECT_EQ(done.wait_for(std::chrono::milliseconds(100)), std::future_status::timeout);
+    release.set_value();
+    EXPECT_TRUE(done.get());
 }
 
 }  // namespace

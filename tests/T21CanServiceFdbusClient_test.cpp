@@ -1,6 +1,8 @@
 #include "canservice/T21CanServiceFdbusClient.h"
 
 #include <algorithm>
+#include <chrono>
+#include <future>
 
 #include "support/ClientTest.h"
 #include "tables/SubscriptionCodes.h"
@@ -70,6 +72,76 @@ TEST_F(T21CanServiceFdbusClientTest, DestructionUnderTrafficIsSafe) {
         worker.flush();
         EXPECT_TRUE(values.entries().empty());
     }
+}
+
+/// A client that is taken off the bus, or off a bus that is about to end.
+class EndingClientTest : public ClientTest {
+protected:
+    EndingClientTest() {
+        makeClient();
+        connectClient();
+    }
+    bool closeGateNow() { return client->closeGate(std::chrono::steady_clock::now()); }
+};
+
+TEST_F(EndingClientTest, DropsWhatIsQueuedBehindACallbackThatRuns) {
+    std::promise<void> entered;
+    std::promise<void> release;
+    client->registerSignalCallback([&](VehiclePropValue value, PropertyType type) {
+        values.add({std::move(value), type});
+        entered.set_value();
+        release.get_future().wait();
+    });
+    for (int i = 0; i < 100; ++i) {
+        server.signal(can_service::QVN_GET_BCM1_DrvDoorSts, "\x01");
+    }
+    entered.get_future().wait();
+    EXPECT_FALSE(closeGateNow()) << "a callback runs";
+    release.set_value();
+    EXPECT_TRUE(client->closeGate(std::chrono::steady_clock::now() + std::chrono::seconds(60)));
+    client->stop();
+    EXPECT_EQ(values.entries().size(), 1u);
+}
+
+TEST_F(EndingClientTest, DoesNotWaitForTheCallbackThatEndsIt) {
+    std::promise<bool> result;
+    client->registerSignalCallback([&](VehiclePropValue, PropertyType) {
+        EXPECT_TRUE(client->isInsideCallback());
+        result.set_value(closeGateNow());
+        client->abandon();
+    });
+    EXPECT_FALSE(client->isInsideCallback());
+    server.signal(can_service::QVN_GET_BCM1_DrvDoorSts, "\x01");
+    EXPECT_TRUE(result.get_future().get());
+}
+
+TEST_F(EndingClientTest, ReportsNoFurtherPropertyOfAMessage) {
+    client->registerErrSignalCallback(&Application::status);
+    Application::onStatus = [this](const StatusChange&) { closeGateNow(); };
+    server.messageStatus(can_service::QVN_GET_HAP_FD3, 64);
+    ASSERT_TRUE(log_recorder::waitForLine("onBroadcast", "can service dispatchs signals timeout!"));
+    EXPECT_EQ(Application::statuses.entries().size(), 1u);
+}
+
+TEST_F(EndingClientTest, IsDeafAndMuteOnceItHasStopped) {
+    for (const bool abandoned : {true, false}) {
+        abandoned ? client->abandon() : client->stop();
+        values.clear();
+        EXPECT_FALSE(client->signalFeedback(static_cast<VehicleProperty>(0x21403033), 1));
+        client->registerErrSignalCallback(&Application::status);
+        fake_gpio::edge(0);
+        EXPECT_TRUE(values.entries().empty());
+        EXPECT_NE(fake_gpio::calls().back(), "register 87 3");
+        client.reset();
+        makeClient();
+    }
+    EXPECT_TRUE(server.requests.entries().empty());
+}
+
+TEST_F(EndingClientTest, LeavesNoInterruptThatARegistrationBroughtMeanwhile) {
+    fake_gpio::beforeRegistration([this] { closeGateNow(); });
+    client->registerErrSignalCallback(nullptr);
+    EXPECT_EQ(fake_gpio::calls().back(), "exit");
 }
 
 }  // namespace

@@ -3,13 +3,12 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <fstream>
 #include <map>
-#include <sstream>
 #include <string>
 #include <vector>
 
 #include "common.base.canservice.pb.h"
+#include "support/ExpectedTables.h"
 #include "tables/DecodingRules.h"
 #include "tables/MessageCatalogue.h"
 #include "tables/RawBytes.h"
@@ -21,43 +20,7 @@
 namespace {
 
 using namespace qvn::tables;
-using Words = std::vector<std::string>;
-
-/// The expectations of one kind, in the order of the file.
-const std::vector<Words>& expected(const std::string& kind) {
-    static const std::map<std::string, std::vector<Words>> all = [] {
-        std::map<std::string, std::vector<Words>> lines;
-        std::ifstream file(QVN_EXPECTED_TABLES);
-        for (std::string line; std::getline(file, line);) {
-            std::istringstream stream(line);
-            std::string first;
-            if (stream >> first && first[0] != '#') {
-                Words words;
-                for (std::string word; stream >> word;) {
-                    words.push_back(word);
-                }
-                lines[first].push_back(words);
-            }
-        }
-        return lines;
-    }();
-    return all.at(kind);
-}
-
-std::uint32_t number(const std::string& text) {
-    return static_cast<std::uint32_t>(std::stoul(text, nullptr, 0));
-}
-
-std::uint32_t codeOf(const std::string& name) {
-    static const std::map<std::string, std::uint32_t> codes = [] {
-        std::map<std::string, std::uint32_t> all;
-        for (const Words& line : expected("code")) {
-            all[line[0]] = number(line[1]);
-        }
-        return all;
-    }();
-    return codes.at(name);
-}
+using namespace qvn::test;
 
 std::string shortName(const std::string& name) {
     return name.substr(std::string("QVN_GET_").size());

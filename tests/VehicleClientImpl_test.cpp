@@ -171,10 +171,4 @@ TEST_F(VehicleClientImplTest, DestructionUnderTrafficIsSafe) {
     }
 }
 
-TEST_F(VehicleClientImplTest, DeinitLeavesARunningCoreAlone) {
-    startCore();
-    core->deinit();
-    EXPECT_EQ(core->cache().size(), 241u);
-}
-
 }  // namespace

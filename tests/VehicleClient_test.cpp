@@ -84,39 +84,12 @@ TEST_F(VehicleClientTest, ForwardsToTheCore) {
     EXPECT_TRUE(client.subscribe(nullptr, {}, nullptr));
 }
 
-TEST_F(VehicleClientTest, TheNotificationMembersDoNothing) {
-    VehicleClient client;
-    log_recorder::reset();
-    client.onPorpertyChanged(1, {}, 3);
-    client.onPropSetError(1, VEHICLE_PROPERTY_STATUS_TIMEOUT);
-    client.onClientOnLine(true);
-    EXPECT_TRUE(log_recorder::lines().empty());
-}
-
 TEST_F(VehicleClientTest, AFailedStartLeavesAnInstanceThatRefuses) {
     FakePsis::instance().initResult = 1;
     VehicleClient client;
     EXPECT_FALSE(client.subscribe(&Application::changed, {0x21600E1F}, nullptr));
     VehiclePropValue value;
     EXPECT_FALSE(client.getPropValue(0x21600E1F, &value));
-}
-
-TEST_F(VehicleClientTest, AProcessMayExitWithTheSingletonAliveUnderTraffic) {
-    // The process of a death test is new: it has its own bus, service and singleton.
-    ::testing::FLAGS_gtest_death_test_style = "threadsafe";
-    EXPECT_EXIT(
-        {
-            CanServiceDouble server;
-            VehicleClient::getInstance()->subscribe(&Application::changed, {0x21400E20}, &Application::status);
-            if (!server.waitForSubscriptions(1)) {
-                std::exit(1);
-            }
-            for (int i = 0; i < 10000; ++i) {
-                server.signal(0x031902D0, "\x01");
-            }
-            std::exit(Application::changes.waitForSize(1) ? 0 : 2);
-        },
-        ::testing::ExitedWithCode(0), "");
 }
 
 }  // namespace

@@ -1,9 +1,9 @@
 # Data and conversions; these need no double and build against an SDK as well.
 qvn_add_test(NAME tables_test
-    SOURCES Tables_test.cpp
+    SOURCES Tables_test.cpp support/ExpectedTables.cpp
     LIBS qvn_tables canservice_schema
     LABELS library)
-set_property(SOURCE Tables_test.cpp PROPERTY COMPILE_DEFINITIONS
+set_property(SOURCE support/ExpectedTables.cpp PROPERTY COMPILE_DEFINITIONS
     QVN_EXPECTED_TABLES="${CMAKE_CURRENT_SOURCE_DIR}/data/expected_tables.txt")
 qvn_add_test(NAME schema_test SOURCES Schema_test.cpp LIBS canservice_schema LABELS library)
 qvn_add_test(NAME value_encoding_test
@@ -15,6 +15,7 @@ if(QVN_PLATFORM STREQUAL "host")
     # The doubles define the platform's functions in the test program itself, where they win over the libraries'.
     add_library(qvn_test_support OBJECT
         support/CanServiceDouble.cpp
+        support/ExpectedTables.cpp
         support/FakeClock.cpp
         support/FakeGpioport.cpp
         support/FakePsis.cpp

@@ -4,8 +4,8 @@
 
 #include <atomic>
 #include <mutex>
-#include <optional>
 #include <thread>
+#include <utility>
 
 namespace qvn::test::fake_gpio {
 
@@ -23,7 +23,7 @@ std::atomic<int> level{1};
 std::vector<Registration> registrations;
 std::vector<std::string> journal;
 bool registrationFails = false;
-std::optional<int> levelAtRegistration;
+std::function<void()> actionAtRegistration;
 
 void note(std::string call) {
     const std::lock_guard<std::mutex> lock(mutex);
@@ -38,7 +38,7 @@ void reset() {
     registrations.clear();
     journal.clear();
     registrationFails = false;
-    levelAtRegistration.reset();
+    actionAtRegistration = nullptr;
 }
 
 void setLevel(int newLevel) {
@@ -65,8 +65,8 @@ void failRegistrations() {
     registrationFails = true;
 }
 
-void moveBeforeRegistration(int newLevel) {
-    levelAtRegistration = newLevel;
+void beforeRegistration(std::function<void()> action) {
+    actionAtRegistration = std::move(action);
 }
 
 std::vector<std::string> calls() {
@@ -76,11 +76,13 @@ std::vector<std::string> calls() {
 
 int add(int line, int mode, Registration registration) {
     note("register " + std::to_string(line) + " " + std::to_string(mode));
+    if (const auto action = std::exchange(actionAtRegistration, nullptr)) {
+        action();
+    }
     const std::lock_guard<std::mutex> lock(mutex);
     if (registrationFails) {
         return -1;
     }
-    level = levelAtRegistration.value_or(level);
     for (const Registration& known : registrations) {
         if (known.context == registration.context) {
             return 0;

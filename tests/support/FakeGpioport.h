@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -14,9 +15,10 @@ void reset();
 void setLevel(int level);
 /// Sets the level and runs the registered callbacks on a thread of their own, waiting for their end.
 void edge(int level);
-/// From now on a registration fails, or succeeds while the level changes just before it.
+/// From now on a registration fails.
 void failRegistrations();
-void moveBeforeRegistration(int level);
+/// Called by the next registration, before it takes effect.
+void beforeRegistration(std::function<void()> action);
 /// Every call but level reads: "request 0", "register 87 3", "exit".
 std::vector<std::string> calls();
 

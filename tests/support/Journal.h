@@ -27,12 +27,12 @@ public:
         return mEntries;
     }
     template <class Condition>
-    bool waitUntil(Condition condition) {
+    bool waitUntil(Condition condition, std::chrono::milliseconds patience = std::chrono::seconds(60)) {
         std::unique_lock<std::mutex> lock(mMutex);
-        return mChanged.wait_for(lock, std::chrono::seconds(60), [&] { return condition(mEntries); });
+        return mChanged.wait_for(lock, patience, [&] { return condition(mEntries); });
     }
-    bool waitForSize(std::size_t size) {
-        return waitUntil([size](const std::vector<Entry>& entries) { return entries.size() >= size; });
+    bool waitForSize(std::size_t size, std::chrono::milliseconds patience = std::chrono::seconds(60)) {
+        return waitUntil([size](const std::vector<Entry>& entries) { return entries.size() >= size; }, patience);
     }
 
 private:
