@@ -30,7 +30,7 @@ void signalToCallback(benchmark::State& state, can_service::CodeIdEnum code) {
 /// A byte signal, the last of `state.range(0)` subscribed properties.
 void signalAmongSubscribed(benchmark::State& state) {
     std::vector<int> properties(static_cast<std::size_t>(state.range(0)) - 1);
-    properties.push_back(propertyOfRow(240));
+    properties.push_back(propertyOfRow(qvn::tables::kSignalTableRows - 1));
     library().core.subscribe(changed, properties, nullptr);
     signalToCallback(state, can_service::QVN_GET_DCT_FD4_DrvModDisp_0x236);
     library().core.subscribe(changed, everyProperty(), nullptr);
@@ -48,14 +48,15 @@ void statusToCallbacks(benchmark::State& state, std::uint32_t status) {
 void getter(benchmark::State& state) {
     std::vector<int> values;
     for (auto _ : state) {
-        benchmark::DoNotOptimize(library().core.getInt32Property(propertyOfRow(240), values));
+        benchmark::DoNotOptimize(
+            library().core.getInt32Property(propertyOfRow(qvn::tables::kSignalTableRows - 1), values));
     }
 }
 
 void wholeValueGetter(benchmark::State& state) {
     VehiclePropValue value;
     for (auto _ : state) {
-        benchmark::DoNotOptimize(library().core.getPropValue(propertyOfRow(240), &value));
+        benchmark::DoNotOptimize(library().core.getPropValue(propertyOfRow(qvn::tables::kSignalTableRows - 1), &value));
     }
 }
 
@@ -72,7 +73,7 @@ BENCHMARK_CAPTURE(signalToCallback, vehicle_speed, can_service::QVN_GET_ESP_FD2_
 BENCHMARK_CAPTURE(signalToCallback, steering_angle, can_service::QVN_GET_CSA2_SteerWheelAng);
 BENCHMARK_CAPTURE(signalToCallback, wheel_speed, can_service::QVN_GET_ABS1_FLWheelSpd);
 BENCHMARK_CAPTURE(signalToCallback, switch, can_service::QVN_GET_CSA3_SeekDwnSwtSts);
-BENCHMARK(signalAmongSubscribed)->Arg(1)->Arg(60)->Arg(241);
+BENCHMARK(signalAmongSubscribed)->Arg(1)->Arg(60)->Arg(static_cast<int64_t>(qvn::tables::kSignalTableRows));
 BENCHMARK(getter)->Name("getInt32Property/last_row");
 BENCHMARK(wholeValueGetter)->Name("getPropValue/last_row");
 BENCHMARK(setter)->Name("signalFeedback/to_bus_object");

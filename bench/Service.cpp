@@ -12,11 +12,13 @@
 #include <vector>
 
 #include "common.base.canservice.pb.h"
+#include "tables/MessageCatalogue.h"
 #include "tables/SubscriptionCodes.h"
 
 namespace {
 
-constexpr std::size_t kSignals = 154;  // the subscription list begins with the signals; then come the messages
+// The subscription list begins with the signals; then come the messages.
+const std::size_t kSignals = qvn::tables::kSubscriptionCodes.size() - qvn::tables::kMessages.size();
 
 class Service : public CBaseServer {
 public:

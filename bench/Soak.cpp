@@ -9,13 +9,15 @@
 
 #include "AllocationCount.h"
 #include "InProcessLibrary.h"
+#include "tables/MessageCatalogue.h"
 #include "tables/SubscriptionCodes.h"
 
 namespace {
 
 constexpr long kDefaultValues = 20'000'000;
 constexpr long kValuesPerStatus = 1000;
-constexpr std::size_t kSignals = 154;  // the subscription list begins with the signals
+// The subscription list begins with the signals; then come the messages.
+const std::size_t kSignals = qvn::tables::kSubscriptionCodes.size() - qvn::tables::kMessages.size();
 
 long residentKibibytes() {
     long pages = 0;
