@@ -57,10 +57,10 @@ TEST_F(SignalFeedbackTest, TheLastRowOfAPropertyDecidesTheResult) {
     makeClient();
     client->setFuncSignalTable(table.data());
     EXPECT_TRUE(client->signalFeedback(property(0x21403033), 1));
-    table[240].property = 0x21403033;  // and one behind it
+    table.back().property = 0x21403033;  // and one behind it
     EXPECT_FALSE(client->signalFeedback(property(0x21403033), 1));
     table[27].direction = 0x100;
-    table[240].direction = 0;
+    table.back().direction = 0;
     EXPECT_FALSE(client->signalFeedback(property(0x21403033), 1));
 }
 

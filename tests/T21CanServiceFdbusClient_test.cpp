@@ -28,7 +28,6 @@ TEST_F(T21CanServiceFdbusClientTest, SubscribesEverythingInOrderAndLogsIt) {
     makeClient();
     connectClient();
     const std::vector<std::uint32_t> codes = server.subscriptions.entries()[0];
-    EXPECT_EQ(codes.size(), 178u);
     EXPECT_TRUE(std::equal(codes.begin(), codes.end(), std::begin(qvn::tables::kSubscriptionCodes)));
 
     ASSERT_TRUE(log_recorder::waitForLine("onOnline", "T21CanServiceFdbusClient online..."));
@@ -45,7 +44,7 @@ TEST_F(T21CanServiceFdbusClientTest, SubscribesAgainWhenTheServiceComesBack) {
     server.unbind();
     server.bind("svc://fdbus_can_service");
     ASSERT_TRUE(server.waitForSubscriptions(2));
-    EXPECT_EQ(server.subscriptions.entries()[1].size(), 178u);
+    EXPECT_EQ(server.subscriptions.entries()[1].size(), qvn::tables::kSubscriptionCodes.size());
     server.signal(can_service::QVN_GET_BCM1_DrvDoorSts, "\x01");
     EXPECT_TRUE(values.waitForSize(1));
     EXPECT_EQ(log_recorder::linesOf("onOnline").size(), 4u);
@@ -81,7 +80,7 @@ protected:
         makeClient();
         connectClient();
     }
-    bool closeGateNow() { return client->closeGate(std::chrono::steady_clock::now()); }
+    bool endCallbacksNow() { return client->endCallbacks(std::chrono::steady_clock::now()); }
 };
 
 TEST_F(EndingClientTest, DropsWhatIsQueuedBehindACallbackThatRuns) {
@@ -96,9 +95,9 @@ TEST_F(EndingClientTest, DropsWhatIsQueuedBehindACallbackThatRuns) {
         server.signal(can_service::QVN_GET_BCM1_DrvDoorSts, "\x01");
     }
     entered.get_future().wait();
-    EXPECT_FALSE(closeGateNow()) << "a callback runs";
+    EXPECT_FALSE(endCallbacksNow()) << "a callback runs";
     release.set_value();
-    EXPECT_TRUE(client->closeGate(std::chrono::steady_clock::now() + std::chrono::seconds(60)));
+    EXPECT_TRUE(client->endCallbacks(std::chrono::steady_clock::now() + std::chrono::seconds(60)));
     client->stop();
     EXPECT_EQ(values.entries().size(), 1u);
 }
@@ -107,25 +106,27 @@ TEST_F(EndingClientTest, DoesNotWaitForTheCallbackThatEndsIt) {
     std::promise<bool> result;
     client->registerSignalCallback([&](VehiclePropValue, PropertyType) {
         EXPECT_TRUE(client->isInsideCallback());
-        result.set_value(closeGateNow());
-        client->abandon();
+        const bool ended = client->endCallbacks(std::chrono::steady_clock::now() + std::chrono::hours(1));
+        client->leaveBus(true);
+        result.set_value(ended);
     });
     EXPECT_FALSE(client->isInsideCallback());
     server.signal(can_service::QVN_GET_BCM1_DrvDoorSts, "\x01");
-    EXPECT_TRUE(result.get_future().get());
+    EXPECT_FALSE(result.get_future().get());
 }
 
 TEST_F(EndingClientTest, ReportsNoFurtherPropertyOfAMessage) {
     client->registerErrSignalCallback(&Application::status);
-    Application::onStatus = [this](const StatusChange&) { closeGateNow(); };
+    Application::onStatus = [this](const StatusChange&) { endCallbacksNow(); };
     server.messageStatus(can_service::QVN_GET_HAP_FD3, 64);
     ASSERT_TRUE(log_recorder::waitForLine("onBroadcast", "can service dispatchs signals timeout!"));
     EXPECT_EQ(Application::statuses.entries().size(), 1u);
 }
 
 TEST_F(EndingClientTest, IsDeafAndMuteOnceItHasStopped) {
-    for (const bool abandoned : {true, false}) {
-        abandoned ? client->abandon() : client->stop();
+    for (const bool atOnce : {true, false}) {
+        endCallbacksNow();
+        atOnce ? client->leaveBus(true) : client->stop();
         values.clear();
         EXPECT_FALSE(client->signalFeedback(static_cast<VehicleProperty>(0x21403033), 1));
         client->registerErrSignalCallback(&Application::status);
@@ -139,7 +140,7 @@ TEST_F(EndingClientTest, IsDeafAndMuteOnceItHasStopped) {
 }
 
 TEST_F(EndingClientTest, LeavesNoInterruptThatARegistrationBroughtMeanwhile) {
-    fake_gpio::beforeRegistration([this] { closeGateNow(); });
+    fake_gpio::beforeRegistration([this] { endCallbacksNow(); });
     client->registerErrSignalCallback(nullptr);
     EXPECT_EQ(fake_gpio::calls().back(), "exit");
 }

@@ -170,7 +170,7 @@ TEST_F(AdapterTableTest, ARowIsEnabledByTheLowByteOfItsDirection) {
 }
 
 TEST_F(AdapterTableTest, ASignalOfTwoRowsGivesTwoValuesAndTheLastRowsProperty) {
-    table[240] = {QVN_GET_BCM1_DrvDoorSts, 1, 3, 7, 2, 0x2140FFFF};
+    table.back() = {QVN_GET_BCM1_DrvDoorSts, 1, 3, 7, 2, 0x2140FFFF};
     EXPECT_TRUE(adapt(QVN_GET_BCM1_DrvDoorSts, bytes({4}), table.data()));
     EXPECT_EQ(property.propValue.value.int32Values, (std::vector<int>{4, 4}));
     EXPECT_EQ(property.propValue.prop, 0x2140FFFF);

@@ -27,7 +27,6 @@ std::string shortName(const std::string& name) {
 }
 
 TEST(Tables, SchemaHasEveryCode) {
-    ASSERT_EQ(expected("code").size(), 363u);
     for (const Words& line : expected("code")) {
         can_service::CodeIdEnum parsed{};
         EXPECT_TRUE(can_service::CodeIdEnum_Parse(line[0], &parsed)) << line[0];

@@ -128,7 +128,7 @@ TEST_F(VehicleClientImplTest, EveryFunctionHasACacheRecordForEachRowOfItsTable) 
         TestCore fresh;
         fresh.initSignalTable(function);
         EXPECT_EQ(fresh.signalTable, table);
-        ASSERT_EQ(fresh.cache().size(), 241u);
+        ASSERT_EQ(fresh.cache().size(), qvn::tables::kSignalTableRows);
         const VehicleClientProperty& first = fresh.cache().front();
         EXPECT_EQ(first.propValue.prop, 0x21600E24);
         EXPECT_EQ(first.propValue.areaId, 0x01000000);

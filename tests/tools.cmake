@@ -7,7 +7,7 @@ qvn_add_test(NAME tools_test
 # Programs that other tests run, on whatever bus.
 add_executable(ending_application e2e/EndingApplication.cpp)
 target_compile_features(ending_application PRIVATE cxx_std_17)
-target_link_libraries(ending_application PRIVATE qvn::vehicleclient Threads::Threads qvn_warnings)
+target_link_libraries(ending_application PRIVATE qvn::vehicleclient qvn::common_base Threads::Threads qvn_warnings)
 
 if(QVN_PLATFORM STREQUAL "host")
     include(e2e/e2e.cmake)

@@ -23,7 +23,7 @@ class VehicleClientImpl;
 ///
 /// The end: a process may return from main, or call exit() on any thread and inside a callback. The traffic is ended
 /// then, before objects that were constructed before the client are destroyed: a callback that is running is waited
-/// for, two seconds at most, no further one is called, and setters return false.
+/// for, about two seconds at most, no further one is called, and setters return false.
 class QVN_VEHICLE_API VehicleClient {
 public:
     /// The process's client; the first call creates it, connects in the background and returns without waiting for

@@ -30,9 +30,9 @@ bool CallbackGate::isInside() {
     return std::find(mInside.begin(), mInside.end(), std::this_thread::get_id()) != mInside.end();
 }
 
-bool CallbackGate::waitForOthers(std::chrono::steady_clock::time_point deadline) {
+bool CallbackGate::waitUntilEmpty(std::chrono::steady_clock::time_point deadline) {
     MutexLock lock(mMutex);
-    return mLeft.wait_until(lock.native(), deadline, [this]() QVN_REQUIRES(mMutex) { return onlySelfInside(); });
+    return mLeft.wait_until(lock.native(), deadline, [this]() QVN_REQUIRES(mMutex) { return mInside.empty(); });
 }
 
 bool CallbackGate::enter() {
@@ -48,9 +48,4 @@ void CallbackGate::leave() {
     const MutexLock lock(mMutex);
     mInside.erase(std::find(mInside.begin(), mInside.end(), std::this_thread::get_id()));
     mLeft.notify_all();
-}
-
-bool CallbackGate::onlySelfInside() {
-    const std::thread::id self = std::this_thread::get_id();
-    return std::all_of(mInside.begin(), mInside.end(), [self](std::thread::id inside) { return inside == self; });
 }

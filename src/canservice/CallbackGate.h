@@ -38,13 +38,12 @@ public:
     bool isClosed();
     /// Whether the calling thread is inside a callback.
     bool isInside();
-    /// Waits until no thread but the calling one is inside; false when the time is over before.
-    bool waitForOthers(std::chrono::steady_clock::time_point deadline);
+    /// Waits until no thread is inside; false when the time is over before. Must not be called inside.
+    bool waitUntilEmpty(std::chrono::steady_clock::time_point deadline);
 
 private:
     bool enter();
     void leave();
-    bool onlySelfInside() QVN_REQUIRES(mMutex);
 
     qvn::sync::Mutex mMutex;
     std::condition_variable mLeft;

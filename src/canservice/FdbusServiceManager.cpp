@@ -33,22 +33,22 @@ void FdbusServiceManager::registerAvailableSignalCallabck(AvailableSignalCallbac
     clientManager->registerAvailableSignalCallabck(std::move(callback));
 }
 
-bool FdbusServiceManager::closeGate(std::chrono::steady_clock::time_point deadline) {
-    return !clientManager || clientManager->client().closeGate(deadline);
-}
-
-bool FdbusServiceManager::isInsideCallback() {
-    return clientManager && clientManager->client().isInsideCallback();
-}
-
 void FdbusServiceManager::stop() {
     if (clientManager) {
         clientManager->client().stop();
     }
 }
 
-void FdbusServiceManager::abandon() {
+bool FdbusServiceManager::endCallbacks(std::chrono::steady_clock::time_point deadline) {
+    return !clientManager || clientManager->client().endCallbacks(deadline);
+}
+
+void FdbusServiceManager::leaveBus(bool callbackRuns) {
     if (clientManager) {
-        clientManager->client().abandon();
+        clientManager->client().leaveBus(callbackRuns);
     }
+}
+
+bool FdbusServiceManager::isInsideCallback() {
+    return clientManager && clientManager->client().isInsideCallback();
 }

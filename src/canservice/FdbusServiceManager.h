@@ -28,10 +28,10 @@ public:
         return clientManager->signalFeedback(property, value);
     }
     // These do nothing, and find nothing at work, before init(); otherwise see T21CanServiceFdbusClient.
-    bool closeGate(std::chrono::steady_clock::time_point deadline);
-    bool isInsideCallback();
     void stop();
-    void abandon();
+    bool endCallbacks(std::chrono::steady_clock::time_point deadline);
+    void leaveBus(bool callbackRuns);
+    bool isInsideCallback();
 
 private:
     CBaseWorker* worker;

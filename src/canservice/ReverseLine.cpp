@@ -63,8 +63,11 @@ void T21CanServiceFdbusClient::registerErrSignalCallback(SetErrorCallback callba
         QVN_LOG(Info, "[%s][%d]T22CanServiceFdbusClient gpio high level interrupt to close AVM/RVC/HAP!");
     }
     watchReverseLine();
-    // An edge since the level was read has caused no interrupt.
-    if (gpioport_get_inout_value(kReverseLine) != level) {
+    // An edge since the level was read has caused no interrupt, or one that was faster than this thread.
+    int handled = level;
+    for (int now = gpioport_get_inout_value(kReverseLine); now != handled;
+         now = gpioport_get_inout_value(kReverseLine)) {
+        handled = now;
         gpioIsrCallback(this);
     }
 }
@@ -74,7 +77,7 @@ void T21CanServiceFdbusClient::watchReverseLine() {
         return;
     }
     if (gpioport_irq_func_register(kReverseLine, kBothEdges, &T21CanServiceFdbusClient::gpioIsrCallback, this) != 0) {
-        QVN_LOG(Error, "[%s][%d]cannot watch the reverse line, GPIO %d: the views open by CAN only!", kReverseLine);
+        QVN_LOG(Error, "[%s][%d]cannot watch the reverse line, GPIO %d; the next subscribe tries again!", kReverseLine);
     }
     if (gate.isClosed()) {
         gpioport_exit();  // stop() came in between

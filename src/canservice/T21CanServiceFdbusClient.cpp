@@ -23,11 +23,6 @@ T21CanServiceFdbusClient::~T21CanServiceFdbusClient() {
     T21CanServiceFdbusClient::stop();
 }
 
-bool T21CanServiceFdbusClient::closeGate(std::chrono::steady_clock::time_point deadline) {
-    gate.close();
-    return gate.waitForOthers(deadline);
-}
-
 void T21CanServiceFdbusClient::stop() {
     // What is queued on the worker runs into the closed gate, so that a long queue is worked off at once.
     gate.close();
@@ -37,10 +32,19 @@ void T21CanServiceFdbusClient::stop() {
     }
 }
 
-void T21CanServiceFdbusClient::abandon() {
+bool T21CanServiceFdbusClient::endCallbacks(std::chrono::steady_clock::time_point deadline) {
     gate.close();
-    if (endSending()) {
+    return !gate.isInside() && gate.waitUntilEmpty(deadline);
+}
+
+void T21CanServiceFdbusClient::leaveBus(bool callbackRuns) {
+    if (!endSending()) {
+        return;
+    }
+    if (callbackRuns) {
         disconnect();
+    } else {
+        prepareDestroy();
     }
 }
 

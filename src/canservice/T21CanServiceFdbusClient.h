@@ -39,7 +39,7 @@ public:
 
     /// Sends one set request for each enabled table row of the property, in table order, on the caller's thread.
     /// Returns the outcome of the last one: false if that row's signal cannot be set, or if there was no row.
-    /// False, too, once stop() or abandon() was called. T is int, long, float or unsigned char.
+    /// False, too, once stop() or leaveBus() was called. T is int, long, float or unsigned char.
     template <class T>
     bool signalFeedback(qvn::platform::vehicle::VehicleProperty property, T value);
 
@@ -50,18 +50,19 @@ public:
     /// CAN.
     void sendPasworkCmd(int cmd);
 
-    /// Lets no further callback of the bus or the reverse line through to the core, and waits for those that run on
-    /// other threads; false when the time is over before.
-    bool closeGate(std::chrono::steady_clock::time_point deadline);
-    /// Whether the calling thread is inside such a callback.
-    bool isInsideCallback() { return gate.isInside(); }
-
     /// Ends the traffic for good: no callback runs any more when it returns. A further call does nothing. Must not run
     /// inside a callback.
     void stop();
-    /// Ends the traffic for good without waiting for the worker or the GPIO thread, for a process that ends while a
-    /// callback still runs.
-    void abandon();
+
+    // The same in two steps, for a process that ends and must not wait without limit.
+
+    /// Lets no further callback of the bus or the reverse line through to the core, and waits until none runs any more.
+    /// False when the time is over before, and at once when the calling thread is inside one.
+    bool endCallbacks(std::chrono::steady_clock::time_point deadline);
+    /// Ends the session and sends nothing any more. While a callback runs it does not wait for the worker.
+    void leaveBus(bool callbackRuns);
+    /// Whether the calling thread is inside a callback.
+    bool isInsideCallback() { return gate.isInside(); }
 
 protected:
     void onOnline(FdbSessionId_t session, bool isFirst) override;

@@ -24,12 +24,9 @@ VehicleClient* VehicleClient::getInstance() {
         const sync::MutexLock lock(gSingletonMutex);
         client = mVehicleClient;
         if (client == nullptr) {
-            // Static objects go in the opposite order: the guard before everything that the client starts, the silence
-            // after that.
-            static BusSilence silence;
             client = new VehicleClient;
             mVehicleClient = client;
-            static const ProcessEnd guard(*client->mImpl, silence);
+            ProcessEnd::cover(*client->mImpl);
         }
     }
     return client;

@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "canservice/FdbusServiceManager.h"
+#include "client/ProcessEnd.h"
 #include "log/Log.h"
 #include "tables/SignalTable.h"
 
@@ -36,18 +37,8 @@ constexpr int kDefaultVariantLine = 78;
 constexpr int kPersistencyDoneLine = 81;
 constexpr int kKeyFailedLine = 92;
 
-constexpr int kContextAnswerMilliseconds = 1000;
-
 [[noreturn]] void fail(int error, const char* what) {
     throw std::system_error(error, std::generic_category(), what);
-}
-
-/// Starts the bus's own thread. A false from start() is no failure by itself: it may be running already.
-void startContext() {
-    CFdbContext* const context = CFdbContext::getInstance();
-    if (!context->start(FDB_WORKER_ENABLE_FD_LOOP) && !context->flush(kContextAnswerMilliseconds)) {
-        fail(EAGAIN, "vehicle client: cannot start the FDBus context");
-    }
 }
 
 /// A lack of file descriptors passes, while a variant that cannot be read for another reason stays so.
@@ -76,7 +67,9 @@ VehicleClientImpl::~VehicleClientImpl() {
 }
 
 void VehicleClientImpl::init() {
-    startContext();
+    if (!ProcessEnd::startBus()) {
+        fail(EAGAIN, "vehicle client: cannot start the FDBus context");
+    }
     workerStarted = start(FDB_WORKER_DEFAULT);
     if (!workerStarted) {
         fail(EAGAIN, "vehicle client: cannot start its worker thread");
@@ -178,24 +171,24 @@ bool VehicleClientImpl::getTimestamp(long& out) {
     return true;
 }
 
-bool VehicleClientImpl::closeGate(std::chrono::steady_clock::time_point deadline) {
-    return !serviceManager || serviceManager->closeGate(deadline);
-}
-
-bool VehicleClientImpl::isInsideCallback() {
-    return serviceManager && serviceManager->isInsideCallback();
-}
-
 void VehicleClientImpl::stop() {
     if (serviceManager) {
         serviceManager->stop();
     }
 }
 
-void VehicleClientImpl::abandon() {
+bool VehicleClientImpl::endCallbacks(std::chrono::steady_clock::time_point deadline) {
+    return !serviceManager || serviceManager->endCallbacks(deadline);
+}
+
+void VehicleClientImpl::leaveBus(bool callbackRuns) {
     if (serviceManager) {
-        serviceManager->abandon();
+        serviceManager->leaveBus(callbackRuns);
     }
+}
+
+bool VehicleClientImpl::isInsideCallback() {
+    return serviceManager && serviceManager->isInsideCallback();
 }
 
 }  // namespace vehicle

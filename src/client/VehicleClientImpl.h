@@ -68,10 +68,10 @@ public:
     bool setStringProperty(int property, std::string& value);
 
     // How the traffic of a process that exits is ended; see T21CanServiceFdbusClient.
-    bool closeGate(std::chrono::steady_clock::time_point deadline);
-    bool isInsideCallback();
     void stop();
-    void abandon();
+    bool endCallbacks(std::chrono::steady_clock::time_point deadline);
+    void leaveBus(bool callbackRuns);
+    bool isInsideCallback();
 
 private:
     class DispatchLock;

@@ -1,5 +1,6 @@
 // An application that ends in one of many ways; its argument says how. See ways below.
 
+#include <common_base/fdbus.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <vehicle/VehicleClient.h>
@@ -81,6 +82,31 @@ int exitInACallback() {
     }
 }
 
+/// The callback holds what subscribe waits for.
+int exitInACallbackBesideSubscribe() {
+    for (;;) {
+        subscribe(&exitInCallback, false);
+    }
+}
+
+/// An object of the application's own on the bus, without a worker: its callbacks run on the bus's own thread.
+class OwnClient : public CBaseClient {
+public:
+    OwnClient() : CBaseClient("own") {}
+
+protected:
+    void onOnline(FdbSessionId_t, bool) override { std::exit(kExitCode); }
+};
+
+int exitOnTheBussThread() {
+    subscribe(&tell);
+    static OwnClient& client = *new OwnClient;
+    client.connect("svc://fdbus_can_service");
+    for (;;) {
+        pause();
+    }
+}
+
 /// As a shell does it, for a program that is not there.
 int forkAChildThatCannotExec() {
     subscribe(&tell);
@@ -126,6 +152,8 @@ const std::map<std::string, int (*)()> ways = {
     {"return-without-service", [] { return subscribe(&tell, false), kExitCode; }},
     {"exit-on-thread", &exitOnThread},
     {"exit-in-callback", &exitInACallback},
+    {"exit-in-callback-beside-subscribe", &exitInACallbackBesideSubscribe},
+    {"exit-on-bus-thread", &exitOnTheBussThread},
     {"slow-callback", [] { return subscribe(&beSlow), kExitCode; }},
     {"callback-waits-for-main", [] { return subscribe(&waitForMain), kExitCode; }},
     {"fork-and-fail-to-exec", &forkAChildThatCannotExec},

@@ -28,12 +28,14 @@ protected:
 };
 
 TEST_F(ProcessEnd, IsCleanOnEveryWayOutUnderTraffic) {
-    for (const char* way : {"return", "return-without-service", "exit-on-thread", "exit-in-callback", "slow-callback",
-                            "fork-and-fail-to-exec", "set-in-destructor"}) {
+    for (const char* way :
+         {"return", "return-without-service", "exit-on-thread", "exit-in-callback", "exit-in-callback-beside-subscribe",
+          "exit-on-bus-thread", "slow-callback", "fork-and-fail-to-exec", "set-in-destructor"}) {
         for (int i = 0; i < qvn::test::scaled(20); ++i) {
             const Desk::Result result = run(way);
             ASSERT_EQ(result.exitCode, kExitCode) << way << ", run " << i << ": " << result.errors;
             ASSERT_EQ(result.output, "") << way;
+            ASSERT_EQ(result.errors.find("the process ends without it"), std::string::npos) << way << result.errors;
         }
     }
 }
