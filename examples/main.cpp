@@ -1,10 +1,21 @@
+#include <vehicle/PropertyIds.h>
 #include <vehicle/VehicleClient.h>
+
 #include <cstdio>
+
 using namespace qvn::platform::vehicle;
-void changed(VehiclePropValue v, PropertyType) {
-    std::printf("property 0x%08X is %d\n", v.prop, v.value.int32Values[0]);
+
+void changed(VehiclePropValue value, PropertyType type) {
+    const double number = type == PROPERTY_TYPE_FLOAT ? value.value.floatValues[0] : value.value.int32Values[0];
+    std::printf("%s = %g\n", propertyName(value.prop), number);
 }
+
+void status(int property, VehiclePropertyStatus state) {
+    std::printf("%s is %s\n", propertyName(property), state == VEHICLE_PROPERTY_STATUS_TIMEOUT ? "timed out" : "back");
+}
+
 int main() {
-    VehicleClient::getInstance()->subscribe(changed, {0x21400E20, 0x21402622}, nullptr);  // driver's door, gear lever
+    VehicleClient::getInstance()->subscribe(changed, {ids::DCT5_TGS_LEVER, ids::BCM1_DrvDoorSts, ids::ESP_FD2_VehSpd},
+                                            status);
     return std::getchar() == EOF;
 }

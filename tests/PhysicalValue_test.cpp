@@ -13,14 +13,14 @@ using tables::DecodingRow;
 using tables::SetRow;
 using tables::ValueKind;
 
-const DecodingRow kByte{1, ValueKind::Integer, 1, 1.0, 0, nullptr};
-const DecodingRow kWord{2, ValueKind::Integer, 2, 1.0, 0, nullptr};
-const DecodingRow kSwitch{3, ValueKind::Switch, 1, 1.0, 1003, nullptr};
-const DecodingRow kSpeed{4, ValueKind::Float, 2, 0.05625, 0, nullptr};
-const DecodingRow kAngle{5, ValueKind::Float, 2, 0.1, 0, nullptr};
-const DecodingRow kWheelSpeed{6, ValueKind::Integer, 2, 0.05625, 0, nullptr};
-const DecodingRow kHalves{7, ValueKind::Float, 1, 0.5, 0, nullptr};
-const DecodingRow kTens{8, ValueKind::Integer, 1, 10.0, 0, nullptr};
+const DecodingRow kByte{1, ValueKind::Integer, 1, 1.0, "", 0, nullptr};
+const DecodingRow kWord{2, ValueKind::Integer, 2, 1.0, "", 0, nullptr};
+const DecodingRow kSwitch{3, ValueKind::Switch, 1, 1.0, "", 1003, nullptr};
+const DecodingRow kSpeed{4, ValueKind::Float, 2, 0.05625, "km/h", 0, nullptr};
+const DecodingRow kAngle{5, ValueKind::Float, 2, 0.1, "deg", 0, nullptr};
+const DecodingRow kWheelSpeed{6, ValueKind::Integer, 2, 0.05625, "km/h", 0, nullptr};
+const DecodingRow kHalves{7, ValueKind::Float, 1, 0.5, "", 0, nullptr};
+const DecodingRow kTens{8, ValueKind::Integer, 1, 10.0, "", 0, nullptr};
 
 std::string bytes(std::initializer_list<int> values) {
     std::string raw;

@@ -1,6 +1,7 @@
 // The constant tables, row by row against data/expected_tables.txt, which knows nothing of them.
 
 #include <gtest/gtest.h>
+#include <vehicle/PropertyIds.h>
 
 #include <algorithm>
 #include <map>
@@ -50,9 +51,10 @@ TEST(Tables, DecodingRules) {
         EXPECT_EQ(row->kind, kinds.at(line[1]));
         EXPECT_EQ(row->bytes, number(line[2]));
         EXPECT_EQ(row->factor, std::stod(line[3]));
-        EXPECT_EQ(row->direction, std::stoi(line[4]));
+        EXPECT_EQ(row->unit, line[4] == "-" ? "" : line[4]);
+        EXPECT_EQ(row->direction, std::stoi(line[5]));
         const std::string format = "[%s][%d]" + shortName(line[0]) + formats.at(row->kind);
-        EXPECT_STREQ(row->logFormat, line[5] == "logged" ? format.c_str() : nullptr);
+        EXPECT_STREQ(row->logFormat, line[6] == "logged" ? format.c_str() : nullptr);
     }
 }
 
@@ -141,6 +143,22 @@ TEST(Tables, SubscriptionOrder) {
     for (std::size_t i = 0; i < lines.size(); ++i) {
         EXPECT_EQ(kSubscriptionCodes[i], codeOf(lines[i][0])) << i;
     }
+}
+
+TEST(Tables, PropertiesAreNamedByTheirSignals) {
+    using namespace qvn::platform::vehicle;
+    std::map<int, std::string> firstNames;
+    for (const Words& row : expected("row")) {
+        const int property = static_cast<int>(number(row[2]));
+        const std::string& first = firstNames.emplace(property, shortName(row[0])).first->second;
+        EXPECT_EQ(propertyId(shortName(row[0]).c_str()), property) << row[0];
+        EXPECT_EQ(propertyName(property), first);
+    }
+    for (const char* const name : {"", "VehSpd", "QVN_GET_ESP_FD2_VehSpd", static_cast<const char*>(nullptr)}) {
+        EXPECT_EQ(propertyId(name), 0);
+    }
+    EXPECT_EQ(propertyName(0), nullptr);
+    EXPECT_EQ(ids::ESP_FD2_VehSpd, 0x21600E1F);
 }
 
 TEST(Tables, OtherCodesHaveNoRow) {

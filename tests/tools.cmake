@@ -4,6 +4,10 @@ qvn_add_test(NAME tools_test
     LIBS qvn_can_service_sim
     LABELS tools)
 
+add_test(NAME PropertyIds.HeaderIsCurrent
+    COMMAND sh -c "$<TARGET_FILE:property-ids> | diff '${PROJECT_SOURCE_DIR}/include/vehicle/PropertyIds.h' -")
+set_property(TEST PropertyIds.HeaderIsCurrent PROPERTY LABELS tools)
+
 # Programs that other tests run, on whatever bus.
 add_executable(ending_application e2e/EndingApplication.cpp)
 target_compile_features(ending_application PRIVATE cxx_std_17)

@@ -12,23 +12,23 @@ namespace tables {
 #define LOGGED(name, values) "[%s][%d]" #name values
 #define SILENT(name, values) nullptr
 
-#define ROW(name, kind, bytes, factor, direction, format) \
-    {can_service::QVN_GET_##name, ValueKind::kind, bytes, factor, direction, format}
-#define BYTE(name)                       ROW(name, Integer, 1, 1.0, 0, LOGGED(name, " value:%d"))
-#define WORD(name)                       ROW(name, Integer, 2, 1.0, 0, LOGGED(name, " value:%d"))
-#define WHOLE(name, bytes, factor, log)  ROW(name, Integer, bytes, factor, 0, log(name, " value:%d"))
-#define SCALED(name, bytes, factor, log) ROW(name, Float, bytes, factor, 0, log(name, " value:%f"))
-#define SWITCH(name, direction)          ROW(name, Switch, 1, 1.0, direction, LOGGED(name, " value:%d, direct:%d"))
+#define ROW(name, kind, bytes, factor, unit, direction, format) \
+    {can_service::QVN_GET_##name, ValueKind::kind, bytes, factor, unit, direction, format}
+#define BYTE(name)                             ROW(name, Integer, 1, 1.0, "", 0, LOGGED(name, " value:%d"))
+#define WORD(name)                             ROW(name, Integer, 2, 1.0, "", 0, LOGGED(name, " value:%d"))
+#define WHOLE(name, bytes, factor, unit, log)  ROW(name, Integer, bytes, factor, unit, 0, log(name, " value:%d"))
+#define SCALED(name, bytes, factor, unit, log) ROW(name, Float, bytes, factor, unit, 0, log(name, " value:%f"))
+#define SWITCH(name, direction)                ROW(name, Switch, 1, 1.0, "", direction, LOGGED(name, " value:%d, direct:%d"))
 
 // The background light and audio mute signals feed no property of the shipped tables.
 constexpr DecodingRow kRows[] = {
-    //     signal                       bytes factor  log
+    //     signal                       bytes factor   unit    log
     BYTE  (T_Box_FD1_T_Box_AudioMuteReq),
     BYTE  (CSA2_SteerWheelAngSign),
-    SCALED(CSA2_SteerWheelAng,           2,    0.1,     SILENT),
+    SCALED(CSA2_SteerWheelAng,           2,    0.1,     "deg",  SILENT),
     BYTE  (ECM_PT7_EngState_PHEV),
     BYTE  (ESP_FD2_VehSpdVld),
-    SCALED(ESP_FD2_VehSpd,               2,    0.05625, LOGGED),
+    SCALED(ESP_FD2_VehSpd,               2,    0.05625, "km/h", LOGGED),
     BYTE  (HAP_FD1_APS_SlotDisp),
     BYTE  (HAP_FD1_APS_SysSoundIndcn),
     BYTE  (HAP_FD1_P2P_Pah1Avail),
@@ -68,8 +68,8 @@ constexpr DecodingRow kRows[] = {
     BYTE  (DCT5_TGS_LEVER),
     BYTE  (ABS1_FLWheelSpdVld),
     BYTE  (ABS1_FRWheelSpdVld),
-    WHOLE (ABS1_FLWheelSpd,              2,    0.05625, SILENT),
-    WHOLE (ABS1_FRWheelSpd,              2,    0.05625, SILENT),
+    WHOLE (ABS1_FLWheelSpd,              2,    0.05625, "km/h", SILENT),
+    WHOLE (ABS1_FRWheelSpd,              2,    0.05625, "km/h", SILENT),
     BYTE  (DCT_FD4_DrvModDispSts_0x236),
     BYTE  (DCT_FD4_DrvModDisp_0x236),
     SWITCH(CSA3_AdjVolDwnSwtSts, 1001),
@@ -79,8 +79,8 @@ constexpr DecodingRow kRows[] = {
     SWITCH(CSA3_SeekUpSwtSts, 1002),
     BYTE  (ABS2_RLWheelSpdVld),
     BYTE  (ABS2_RRWheelSpdVld),
-    WHOLE (ABS2_RLWheelSpd,              2,    0.05625, SILENT),
-    WHOLE (ABS2_RRWheelSpd,              2,    0.05625, SILENT),
+    WHOLE (ABS2_RLWheelSpd,              2,    0.05625, "km/h", SILENT),
+    WHOLE (ABS2_RRWheelSpd,              2,    0.05625, "km/h", SILENT),
     BYTE  (ECM2_EngState),
     BYTE  (HAP_FD2_AutoAVMSwtSet_Sts),
     BYTE  (HAP_FD2_AutoViewChgFuncSts),

@@ -20,6 +20,7 @@ struct DecodingRow {
     ValueKind kind;
     std::uint32_t bytes;     ///< 1 or 2
     double factor;           ///< the physical value of one step of the raw number
+    const char* unit;        ///< of the physical value; empty for plain numbers and states
     std::int32_t direction;  ///< of a switch, else 0
     const char* logFormat;   ///< takes function, line and the value (a switch: and the direction); null: not logged
 };
