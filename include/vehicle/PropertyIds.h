@@ -12,6 +12,8 @@ namespace vehicle {
 /// where the payload lies, its unit, and the CAN message. The five steering-wheel switches of CSA3 share one property.
 namespace ids {
 
+// One signal's own name has two underscores in a row.
+// NOLINTBEGIN(bugprone-reserved-identifier)
 // clang-format off
 
 // What the vehicle reports.
@@ -258,6 +260,7 @@ constexpr int HUT33_P2P_PrkgDirectSwtCmd               = 0x214054CF;  // int32Va
 constexpr int DMS_FD1_DrvGazeAreaSts                   = 0x21403C3D;  // int32Values
 
 // clang-format on
+// NOLINTEND(bugprone-reserved-identifier)
 
 }  // namespace ids
 

@@ -26,11 +26,14 @@ namespace vehicle {
 /// where the payload lies, its unit, and the CAN message. The five steering-wheel switches of CSA3 share one property.
 namespace ids {
 
+// One signal's own name has two underscores in a row.
+// NOLINTBEGIN(bugprone-reserved-identifier)
 // clang-format off
 )";
 
 constexpr char kTail[] = R"(
 // clang-format on
+// NOLINTEND(bugprone-reserved-identifier)
 
 }  // namespace ids
 
