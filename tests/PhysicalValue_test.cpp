@@ -1,10 +1,11 @@
-#include "common/PhysicalValue.h"
+#include "desk/PhysicalValue.h"
 
 #include <gtest/gtest.h>
 
 #include <string>
 
-#include "common/BadInput.h"
+#include "desk/BadInput.h"
+#include "desk/Number.h"
 
 namespace qvn::tools {
 namespace {

@@ -1,9 +1,9 @@
-#include "common/PropertyNames.h"
+#include "desk/PropertyNames.h"
 
 #include <gtest/gtest.h>
 
-#include "common/BadInput.h"
-#include "common/SignalNames.h"
+#include "desk/BadInput.h"
+#include "desk/SignalNames.h"
 
 namespace qvn::tools {
 namespace {

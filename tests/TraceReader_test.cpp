@@ -4,7 +4,7 @@
 
 #include <sstream>
 
-#include "common/BadInput.h"
+#include "desk/BadInput.h"
 
 namespace qvn::tools {
 namespace {

@@ -6,7 +6,7 @@
 
 #include "Require.h"
 #include "can-service-sim/TraceReader.h"
-#include "common/BadInput.h"
+#include "desk/BadInput.h"
 
 namespace {
 

@@ -6,9 +6,11 @@
 #include <sstream>
 
 #include "can-service-sim/ParkingRules.h"
-#include "common/BadInput.h"
-#include "common/PhysicalValue.h"
-#include "common/SignalNames.h"
+#include "desk/BadInput.h"
+#include "desk/Number.h"
+#include "desk/PhysicalValue.h"
+#include "desk/SignalNames.h"
+#include "desk/Text.h"
 
 namespace qvn::tools {
 namespace {

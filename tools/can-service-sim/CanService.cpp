@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "common/DeskPlatform.h"
+#include "desk/DeskPlatform.h"
 #include "ipc_common_soc/CanServiceWire.h"
 
 namespace qvn::tools {

@@ -5,7 +5,8 @@
 #include <map>
 #include <vector>
 
-#include "common/StopSignals.h"
+#include "desk/StopSignals.h"
+#include "desk/WakeUp.h"
 #include "sync/Mutex.h"
 
 namespace qvn::tools {

@@ -3,7 +3,7 @@
 #include <chrono>
 #include <string>
 
-#include "common/Output.h"
+#include "desk/Output.h"
 
 namespace qvn::tools {
 

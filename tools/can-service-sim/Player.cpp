@@ -4,10 +4,10 @@
 #include <cstdio>
 #include <utility>
 
-#include "common/BadInput.h"
-#include "common/DeskPlatform.h"
-#include "common/PhysicalValue.h"
-#include "common/SignalNames.h"
+#include "desk/BadInput.h"
+#include "desk/DeskPlatform.h"
+#include "desk/PhysicalValue.h"
+#include "desk/SignalNames.h"
 
 namespace qvn::tools {
 namespace {

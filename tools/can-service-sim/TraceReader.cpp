@@ -3,9 +3,11 @@
 #include <algorithm>
 #include <cctype>
 
-#include "common/BadInput.h"
-#include "common/PhysicalValue.h"
-#include "common/SignalNames.h"
+#include "desk/BadInput.h"
+#include "desk/Number.h"
+#include "desk/PhysicalValue.h"
+#include "desk/SignalNames.h"
+#include "desk/Text.h"
 #include "tables/DecodingRules.h"
 
 namespace qvn::tools {

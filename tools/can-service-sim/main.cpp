@@ -10,12 +10,14 @@
 
 #include "can-service-sim/LineReader.h"
 #include "can-service-sim/Player.h"
-#include "common/BadInput.h"
-#include "common/DeskPlatform.h"
-#include "common/NumberOption.h"
-#include "common/Output.h"
-#include "common/PhysicalValue.h"
-#include "common/SignalNames.h"
+#include "desk/BadInput.h"
+#include "desk/DeskPlatform.h"
+#include "desk/ExitCode.h"
+#include "desk/Number.h"
+#include "desk/NumberOption.h"
+#include "desk/Output.h"
+#include "desk/PhysicalValue.h"
+#include "desk/SignalNames.h"
 #include "tables/MessageCatalogue.h"
 
 namespace qvn::tools {

@@ -4,9 +4,9 @@
 #include <string>
 #include <vector>
 
-#include "common/BadInput.h"
-#include "common/Output.h"
-#include "common/StopSignals.h"
+#include "desk/ExitCode.h"
+#include "desk/Output.h"
+#include "desk/StopSignals.h"
 
 namespace qvn::tools {
 

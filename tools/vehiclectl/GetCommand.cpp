@@ -1,5 +1,7 @@
 #include <algorithm>
 
+#include "desk/ExitCode.h"
+#include "desk/Number.h"
 #include "vehiclectl/Commands.h"
 #include "vehiclectl/PropertyState.h"
 #include "vehiclectl/ServiceLink.h"

@@ -1,7 +1,9 @@
 #include <string>
 
-#include "common/PropertyNames.h"
-#include "common/SignalNames.h"
+#include "desk/ExitCode.h"
+#include "desk/Number.h"
+#include "desk/PropertyNames.h"
+#include "desk/SignalNames.h"
 #include "vehiclectl/Commands.h"
 
 namespace qvn::tools {

@@ -4,7 +4,8 @@
 
 #include <vector>
 
-#include "common/StopSignals.h"
+#include "desk/StopSignals.h"
+#include "desk/WakeUp.h"
 #include "sync/Mutex.h"
 
 namespace qvn::tools {

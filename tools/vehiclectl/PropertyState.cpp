@@ -4,8 +4,8 @@
 #include <ctime>
 #include <utility>
 
-#include "common/BadInput.h"
-#include "common/SignalNames.h"
+#include "desk/Number.h"
+#include "desk/SignalNames.h"
 
 namespace qvn::tools {
 namespace {

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "common/PropertyNames.h"
+#include "desk/PropertyNames.h"
 #include "vehiclectl/PropertyFeed.h"
 
 namespace qvn::tools {

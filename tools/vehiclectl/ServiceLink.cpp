@@ -5,7 +5,7 @@
 #include <string>
 #include <utility>
 
-#include "common/DeskPlatform.h"
+#include "desk/DeskPlatform.h"
 #include "ipc_common_soc/CanServiceWire.h"
 #include "vehiclectl/PropertyFeed.h"
 #include "vehiclectl/PropertyState.h"

@@ -5,7 +5,7 @@
 #include <memory>
 #include <vector>
 
-#include "common/PropertyNames.h"
+#include "desk/PropertyNames.h"
 
 namespace qvn::tools {
 

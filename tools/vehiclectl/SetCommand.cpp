@@ -2,8 +2,12 @@
 #include <optional>
 #include <utility>
 
-#include "common/PhysicalValue.h"
-#include "common/SignalNames.h"
+#include "desk/BadInput.h"
+#include "desk/ExitCode.h"
+#include "desk/Number.h"
+#include "desk/PhysicalValue.h"
+#include "desk/SignalNames.h"
+#include "desk/Text.h"
 #include "vehiclectl/Commands.h"
 #include "vehiclectl/PropertyState.h"
 #include "vehiclectl/ServiceLink.h"

@@ -6,8 +6,8 @@
 #include <cstdio>
 #include <string>
 
-#include "common/BadInput.h"
-#include "common/DeskPlatform.h"
+#include "desk/BadInput.h"
+#include "desk/DeskPlatform.h"
 
 namespace qvn::tools {
 

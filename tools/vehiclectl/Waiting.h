@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "common/PropertyNames.h"
-#include "common/StopSignals.h"
+#include "desk/PropertyNames.h"
+#include "desk/StopSignals.h"
 #include "vehiclectl/PropertyFeed.h"
 
 namespace qvn::tools {

@@ -5,6 +5,7 @@
 #include <memory>
 #include <set>
 
+#include "desk/ExitCode.h"
 #include "vehiclectl/Commands.h"
 #include "vehiclectl/PropertyState.h"
 #include "vehiclectl/Waiting.h"

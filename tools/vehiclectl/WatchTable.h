@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "common/Output.h"
+#include "desk/Output.h"
 #include "vehiclectl/PropertyState.h"
 
 namespace qvn::tools {

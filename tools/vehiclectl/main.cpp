@@ -6,10 +6,11 @@
 #include <sstream>
 #include <string>
 
-#include "common/BadInput.h"
-#include "common/NumberOption.h"
-#include "common/Output.h"
-#include "common/StopSignals.h"
+#include "desk/BadInput.h"
+#include "desk/ExitCode.h"
+#include "desk/NumberOption.h"
+#include "desk/Output.h"
+#include "desk/StopSignals.h"
 #include "vehiclectl/Commands.h"
 #include "vehiclectl/Waiting.h"
 

@@ -3,7 +3,9 @@
 #include <CLI/CLI.hpp>
 #include <string>
 
-#include "common/BadInput.h"
+#include "desk/BadInput.h"
+#include "desk/Number.h"
+#include "desk/Text.h"
 
 namespace qvn::tools {
 

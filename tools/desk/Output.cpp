@@ -1,4 +1,4 @@
-#include "common/Output.h"
+#include "desk/Output.h"
 
 #include <poll.h>
 #include <unistd.h>
@@ -11,6 +11,7 @@
 #include <cstring>
 #include <utility>
 
+#include "desk/WakeUp.h"
 #include "sync/Mutex.h"
 
 namespace qvn::tools {

@@ -5,7 +5,7 @@
 #include <string>
 #include <thread>
 
-#include "common/StopSignals.h"
+#include "desk/StopSignals.h"
 
 namespace qvn::tools {
 

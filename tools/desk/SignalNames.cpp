@@ -1,11 +1,12 @@
-#include "common/SignalNames.h"
+#include "desk/SignalNames.h"
 
-#include <charconv>
-#include <cstdio>
+#include <optional>
 
 #include "common.base.canservice.pb.h"
-#include "common/BadInput.h"
-#include "common/Suggestions.h"
+#include "desk/BadInput.h"
+#include "desk/Number.h"
+#include "desk/Suggestions.h"
+#include "desk/Text.h"
 #include "tables/DecodingRules.h"
 #include "tables/MessageCatalogue.h"
 #include "tables/SetCatalogue.h"
@@ -45,12 +46,12 @@ const char* kindText(NameKind kind) {
     return "name";
 }
 
+}  // namespace
+
 std::string_view withoutPrefix(std::string_view name) {
     const bool prefixed = startsWith(name, kGetPrefix) || startsWith(name, kSetPrefix);
     return prefixed ? name.substr(kGetPrefix.size()) : name;
 }
-
-}  // namespace
 
 std::uint32_t findCode(NameKind kind, std::string_view name) {
     if (const std::optional<std::uint32_t> code = parseHex(name)) {
@@ -106,25 +107,6 @@ std::optional<std::uint32_t> messageOf(std::uint32_t signalCode) {
         }
     }
     return std::nullopt;
-}
-
-std::string hexText(std::uint32_t number) {
-    char text[16];
-    std::snprintf(text, sizeof text, "0x%08X", number);
-    return text;
-}
-
-std::optional<std::uint32_t> parseHex(std::string_view text) {
-    if (text.size() < 3 || text[0] != '0' || (text[1] != 'x' && text[1] != 'X')) {
-        return std::nullopt;
-    }
-    std::uint32_t number = 0;
-    const char* const end = text.data() + text.size();
-    const auto result = std::from_chars(text.data() + 2, end, number, 16);
-    if (result.ec != std::errc() || result.ptr != end) {
-        return std::nullopt;
-    }
-    return number;
 }
 
 }  // namespace qvn::tools

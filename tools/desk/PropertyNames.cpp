@@ -1,10 +1,12 @@
-#include "common/PropertyNames.h"
+#include "desk/PropertyNames.h"
 
 #include <algorithm>
 
-#include "common/BadInput.h"
-#include "common/SignalNames.h"
-#include "common/Suggestions.h"
+#include "desk/BadInput.h"
+#include "desk/Number.h"
+#include "desk/SignalNames.h"
+#include "desk/Suggestions.h"
+#include "desk/Text.h"
 #include "tables/DecodingRules.h"
 #include "tables/SetCatalogue.h"
 #include "tables/SignalTable.h"
@@ -86,10 +88,7 @@ const PropertyInfo& propertyNamed(std::string_view text) {
         }
         throw BadInput("no property has the identifier " + hexText(*id) + "; 'vehiclectl list' shows them all");
     }
-    std::string name(text);
-    if (text.substr(0, 8) == "QVN_GET_" || text.substr(0, 8) == "QVN_SET_") {
-        name.erase(0, 8);
-    }
+    const std::string name(withoutPrefix(text));
     for (const PropertyInfo& property : properties()) {
         if (property.name == name || names(property, name)) {
             return property;

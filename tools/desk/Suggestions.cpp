@@ -1,4 +1,4 @@
-#include "common/Suggestions.h"
+#include "desk/Suggestions.h"
 
 #include <algorithm>
 #include <cctype>

@@ -22,16 +22,13 @@ std::uint32_t findCode(NameKind kind, std::string_view name);
 /// The name of a code id without its prefix ("ESP_FD2_VehSpd"), or its hexadecimal form when it has none.
 std::string signalName(std::uint32_t code);
 
+/// The name without the QVN_GET_ or QVN_SET_ that it may begin with.
+std::string_view withoutPrefix(std::string_view name);
+
 /// The names of all codes of a kind, without prefix.
 std::vector<std::string> knownNames(NameKind kind);
 
 /// The code id of the message that carries a received signal. The value of a code id does not tell it.
 std::optional<std::uint32_t> messageOf(std::uint32_t signalCode);
-
-/// "0x01384CD0"
-std::string hexText(std::uint32_t number);
-
-/// The number of a hexadecimal text that begins with 0x, else nothing.
-std::optional<std::uint32_t> parseHex(std::string_view text);
 
 }  // namespace qvn::tools

@@ -1,4 +1,4 @@
-#include "common/DeskPlatform.h"
+#include "desk/DeskPlatform.h"
 
 namespace qvn::tools {
 

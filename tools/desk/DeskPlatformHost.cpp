@@ -5,7 +5,7 @@
 #include <cstring>
 #include <fstream>
 
-#include "common/DeskPlatform.h"
+#include "desk/DeskPlatform.h"
 #include "host/RuntimeDir.h"
 #include "host/ServiceSocket.h"
 

@@ -1,8 +1,9 @@
-#include "common/PhysicalValue.h"
+#include "desk/PhysicalValue.h"
 
 #include <cmath>
 
-#include "common/BadInput.h"
+#include "desk/BadInput.h"
+#include "desk/Number.h"
 #include "tables/RawBytes.h"
 
 namespace qvn::tools {

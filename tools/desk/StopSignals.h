@@ -1,0 +1,20 @@
+#pragma once
+
+#include "desk/FileDescriptor.h"
+
+namespace qvn::tools {
+
+/// SIGINT and SIGTERM as a file descriptor, and SIGPIPE ignored: the end of a tool is an event of its main loop.
+/// Made before the first thread starts, since threads inherit the blocked signals.
+class StopSignals {
+public:
+    StopSignals();
+
+    /// Readable once a stop was asked for.
+    int fd() const { return fd_.get(); }
+
+private:
+    FileDescriptor fd_;
+};
+
+}  // namespace qvn::tools

@@ -1,0 +1,25 @@
+#include "desk/Text.h"
+
+namespace qvn::tools {
+namespace {
+
+constexpr std::size_t kLongestQuote = 60;
+
+}  // namespace
+
+std::string quoted(std::string_view text) {
+    std::string result = "'";
+    for (const char c : text.substr(0, kLongestQuote)) {
+        const bool printable = c >= ' ' && c <= '~';
+        result += printable ? c : '?';
+    }
+    result += text.size() > kLongestQuote ? "...'" : "'";
+    return result;
+}
+
+std::string_view withoutByteOrderMark(std::string_view line) {
+    constexpr std::string_view kMark = "\xEF\xBB\xBF";
+    return line.substr(0, kMark.size()) == kMark ? line.substr(kMark.size()) : line;
+}
+
+}  // namespace qvn::tools

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace qvn::tools {
+
+/// The text in single quotes, shortened and with control characters replaced, fit for an error message.
+std::string quoted(std::string_view text);
+
+/// The line without the byte-order mark that some editors write at the start of a file.
+std::string_view withoutByteOrderMark(std::string_view line);
+
+}  // namespace qvn::tools
