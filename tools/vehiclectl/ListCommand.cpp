@@ -1,4 +1,7 @@
+#include <cstdio>
+#include <nlohmann/json.hpp>
 #include <string>
+#include <vector>
 
 #include "desk/ExitCode.h"
 #include "desk/Number.h"
@@ -20,29 +23,41 @@ const char* directionText(const PropertyInfo& property) {
     return property.received.empty() ? "set" : "get/set";
 }
 
-std::string joined(const PropertyInfo& property, const std::string& separator) {
-    std::string text;
+std::vector<std::string> signalsOf(const PropertyInfo& property) {
+    std::vector<std::string> names;
     for (const auto* codes : {&property.received, &property.settable}) {
         for (const std::uint32_t code : *codes) {
-            text += (text.empty() ? "" : separator) + signalName(code);
+            names.push_back(signalName(code));
         }
     }
-    return text;
+    return names;
+}
+
+std::string jsonText(const PropertyInfo& property) {
+    nlohmann::ordered_json object;
+    object["id"] = hexText(property.id);
+    object["type"] = typeText(property);
+    object["direction"] = directionText(property);
+    object["signals"] = signalsOf(property);
+    return object.dump();
+}
+
+std::string plainText(const PropertyInfo& property) {
+    std::string signals;
+    for (const std::string& name : signalsOf(property)) {
+        signals += (signals.empty() ? "" : " ") + name;
+    }
+    char columns[64];
+    std::snprintf(columns, sizeof columns, "%s  %-5s  %-7s  ", hexText(property.id).c_str(), typeText(property),
+                  directionText(property));
+    return columns + signals;
 }
 
 }  // namespace
 
 int listCommand(const ListOptions& options, Output& output) {
     for (const PropertyInfo& property : properties()) {
-        const std::string id = hexText(property.id);
-        if (options.json) {
-            output.print(R"({"id":"%s","type":"%s","direction":"%s","signals":["%s"]})"
-                         "\n",
-                         id.c_str(), typeText(property), directionText(property), joined(property, "\",\"").c_str());
-        } else {
-            output.print("%s  %-5s  %-7s  %s\n", id.c_str(), typeText(property), directionText(property),
-                         joined(property, " ").c_str());
-        }
+        output.write((options.json ? jsonText(property) : plainText(property)) + "\n");
     }
     return kDone;
 }

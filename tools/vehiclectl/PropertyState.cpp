@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <ctime>
+#include <nlohmann/json.hpp>
 #include <utility>
 
 #include "desk/Number.h"
@@ -55,16 +56,21 @@ const char* statusText(const PropertyState& state) {
 }
 
 std::string jsonText(const PropertyState& state) {
+    using Json = nlohmann::ordered_json;
     const std::optional<double> number = numberOf(state);
-    std::string text = "{\"id\":\"" + hexText(state.info->id) + "\",\"name\":\"" + state.info->name +
-                       "\",\"value\":" + (number ? formatNumber(*number) : "null");
+    Json object;
+    object["id"] = hexText(state.info->id);
+    object["name"] = state.info->name;
+    // The same digits as in a text: the value is a float, which would show as 4.050000190734863.
+    object["value"] = Json::parse(number ? formatNumber(*number) : "null");
     if (state.value && isSwitch(*state.value)) {
         const std::int32_t direction = state.value->value.int32Values[1];
-        text += ",\"direction\":" + std::to_string(direction) + ",\"switch\":\"" + switchName(*state.info, direction) +
-                "\"";
+        object["direction"] = direction;
+        object["switch"] = switchName(*state.info, direction);
     }
-    text += std::string(",\"status\":\"") + statusText(state) + "\"";
-    return text + ",\"timestamp\":" + std::to_string(state.value ? state.value->timestamp : 0) + "}";
+    object["status"] = statusText(state);
+    object["timestamp"] = state.value ? state.value->timestamp : 0;
+    return object.dump();
 }
 
 double ageOf(const PropertyState& state, long now) {
