@@ -11,12 +11,13 @@
 class HostDir {
 public:
     HostDir() {
-        std::string name = (std::filesystem::temp_directory_path() / "qvn-test-XXXXXX").string();
+        std::string name = (outer_ / "qvn-test-XXXXXX").string();
         if (::mkdtemp(&name[0]) == nullptr) {
             std::abort();
         }
         root_ = name;
-        umask_ = ::umask(077);  // what the test makes here is private, as the platform demands
+        ::setenv("TMPDIR", name.c_str(), 1);  // where a child makes its own, which it may leave behind
+        umask_ = ::umask(077);                // what the test makes here is private, as the platform demands
         ::setenv("QVN_HOST_DIR", path().c_str(), 1);
         for (const char* ofTheDeveloper : {"QVN_HOST_CONFIG", "QVN_LOG_LEVEL", "QVN_LOG_FILE"}) {
             ::unsetenv(ofTheDeveloper);
@@ -26,6 +27,7 @@ public:
     ~HostDir() {
         ::umask(umask_);
         ::unsetenv("QVN_HOST_DIR");
+        ::setenv("TMPDIR", outer_.c_str(), 1);
         std::error_code ignored;
         std::filesystem::remove_all(root_, ignored);
     }
@@ -40,6 +42,7 @@ public:
     std::filesystem::path root() const { return root_; }
 
 private:
+    std::filesystem::path outer_ = std::filesystem::temp_directory_path();
     std::filesystem::path root_;
     mode_t umask_ = 0;
 };
