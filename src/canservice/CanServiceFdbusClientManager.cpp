@@ -5,9 +5,9 @@
 #include <string>
 #include <utility>
 
-namespace {
+#include "ipc_common_soc/ServiceName.h"
 
-const char kServiceName[] = "fdbus_can_service";
+namespace {
 
 /// Holds up a worker, and with it the bus callbacks that come after, until the gate is destroyed.
 class WorkerGate {
@@ -46,8 +46,8 @@ CanServiceFdbusClientManager::CanServiceFdbusClientManager(const VehilceClientIn
 
 void CanServiceFdbusClientManager::createCanServiceFdbusClient(const VehilceClientInfo* table,
                                                                const SignalCallback& callback, CBaseWorker* worker) {
-    const std::string address = std::string("svc://") + kServiceName;
-    const std::string name = std::string(kServiceName) + "_client";
+    const std::string address = std::string("svc://") + qvn::wire::kServiceName;
+    const std::string name = std::string(qvn::wire::kServiceName) + "_client";
     theClient = std::make_shared<T21CanServiceFdbusClient>(name.c_str(), worker);
     theClient->enableReconnect(true);
     // The service answers the first subscribe with current values, which would be lost on a client without callback and

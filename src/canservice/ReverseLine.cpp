@@ -4,23 +4,19 @@
 
 #include "canservice/CallApplication.h"
 #include "canservice/T21CanServiceFdbusClient.h"
+#include "ipc_common_soc/ReverseLine.h"
 #include "log/Log.h"
 
 using namespace qvn::platform::vehicle;
+using namespace qvn::wire;
 
 namespace {
 
-constexpr int kReverseLine = 87;
 constexpr int kBothEdges = 3;
-// The line is active low.
-constexpr int kReverseEngaged = 0;
-constexpr int kReverseReleased = 1;
 
 constexpr int kOpenViews = 1;
 constexpr int kCloseViews = 0;
 
-constexpr std::int32_t kParkingWorkCommand = 0x2140307A;
-constexpr std::int32_t kSystemPowerMode = 0x21403837;
 constexpr int kPowerModeOn = 2;
 
 void inject(const SignalCallback& callback, std::int32_t property, int number) {

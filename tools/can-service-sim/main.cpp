@@ -18,6 +18,7 @@
 #include "desk/Output.h"
 #include "desk/PhysicalValue.h"
 #include "desk/SignalNames.h"
+#include "ipc_common_soc/ServiceName.h"
 #include "tables/MessageCatalogue.h"
 
 namespace qvn::tools {
@@ -27,7 +28,7 @@ struct CommandLine {
     std::string trace;
     std::string input;
     std::string rules;
-    std::string name = kCanService;
+    std::string name = wire::kServiceName;
     double speed = 1.0;
     bool loop = false;
     bool exitAtEnd = false;

@@ -4,9 +4,6 @@
 
 namespace qvn::tools {
 
-/// The name under which clients look for the CAN service.
-constexpr const char* kCanService = "fdbus_can_service";
-
 /// What differs between a host and a bench with the head unit's own platform libraries.
 
 /// Checks that a service of this name can be offered and reached here at all. On failure `error` is one sentence for

@@ -8,13 +8,9 @@
 #include "desk/DeskPlatform.h"
 #include "host/RuntimeDir.h"
 #include "host/ServiceSocket.h"
+#include "ipc_common_soc/ReverseLine.h"
 
 namespace qvn::tools {
-namespace {
-
-constexpr const char* kReverseLine = "87";
-
-}  // namespace
 
 bool prepareDesk(const std::string& service, std::string* error) {
     std::string path;
@@ -33,13 +29,13 @@ bool offersService(const std::string& name, std::string* error) {
 }
 
 LineWrite writeReverseLine(bool engaged, std::string* error) {
-    if (!host::ensureRuntimeSubdir("gpio", error)) {
+    if (!host::ensureRuntimeSubdir(host::kGpioFolder, error)) {
         return LineWrite::Failed;
     }
-    const std::string path = host::runtimeDir() + "/gpio/" + kReverseLine;
+    const std::string path = host::gpioLinePath(wire::kReverseLine);
     const std::string draft = path + "." + std::to_string(getpid()) + ".new";
     std::ofstream file(draft);
-    file << (engaged ? "0\n" : "1\n");
+    file << (engaged ? wire::kReverseEngaged : wire::kReverseReleased) << '\n';
     file.close();
     if (!file || std::rename(draft.c_str(), path.c_str()) != 0) {
         *error = "cannot write the reverse line " + path + ": " + std::strerror(errno);

@@ -5,8 +5,9 @@
 #include <string>
 #include <utility>
 
-#include "desk/DeskPlatform.h"
 #include "ipc_common_soc/CanServiceWire.h"
+#include "ipc_common_soc/ReverseLine.h"
+#include "ipc_common_soc/ServiceName.h"
 #include "vehiclectl/PropertyFeed.h"
 #include "vehiclectl/PropertyState.h"
 
@@ -15,16 +16,12 @@ namespace {
 
 using platform::vehicle::VehiclePropValue;
 
-// The client makes values of these two from the reverse line. Their signals are single bytes.
-constexpr std::uint32_t kParkingWorkCommand = 0x2140307A;
-constexpr std::uint32_t kSystemPowerMode = 0x21403837;
-
 using PropertyOfCode = std::map<std::uint32_t, int>;
 
 PropertyOfCode codesToRead(const std::vector<const PropertyInfo*>& properties) {
     PropertyOfCode result;
     for (const PropertyInfo* const property : properties) {
-        if (property->id == kParkingWorkCommand || property->id == kSystemPowerMode) {
+        if (property->id == wire::kParkingWorkCommand || property->id == wire::kSystemPowerMode) {
             for (const std::uint32_t code : property->received) {
                 result[code] = static_cast<int>(property->id);
             }
@@ -89,7 +86,7 @@ ServiceLink::ServiceLink(const std::vector<const PropertyInfo*>& properties) : w
     worker_.start();
     client_ = std::make_unique<Client>(&worker_, codesToRead(properties));
     client_->enableReconnect(true);
-    client_->connect((std::string("svc://") + kCanService).c_str());
+    client_->connect((std::string("svc://") + wire::kServiceName).c_str());
 }
 
 ServiceLink::~ServiceLink() {

@@ -8,6 +8,7 @@
 
 #include "desk/BadInput.h"
 #include "desk/DeskPlatform.h"
+#include "ipc_common_soc/ServiceName.h"
 
 namespace qvn::tools {
 
@@ -37,7 +38,7 @@ Clock::time_point inSeconds(double seconds) {
 
 bool startFeed(const std::vector<int>& ids) {
     std::string error;
-    if (!prepareDesk(kCanService, &error)) {
+    if (!prepareDesk(wire::kServiceName, &error)) {
         printError(error);
         return false;
     }

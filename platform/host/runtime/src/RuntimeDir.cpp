@@ -89,5 +89,9 @@ bool ensureRuntimeSubdir(const std::string& name, std::string* error) {
     return ensureRuntimeDir(error) && ensureOwnDirectory(runtimeDir() + "/" + name, &status, error);
 }
 
+std::string gpioLinePath(int line) {
+    return runtimeDir() + "/" + kGpioFolder + "/" + std::to_string(line);
+}
+
 }  // namespace host
 }  // namespace qvn

@@ -30,5 +30,11 @@ bool ensureRuntimeDir(std::string* error);
  */
 bool ensureRuntimeSubdir(const std::string& name, std::string* error);
 
+/** The folder of the GPIO lines in the runtime folder. */
+constexpr char kGpioFolder[] = "gpio";
+
+/** The file of a GPIO line, `gpio/LINE` in the runtime folder: it holds 0 or 1; where there is none the line reads 1. */
+std::string gpioLinePath(int line);
+
 }  // namespace host
 }  // namespace qvn
