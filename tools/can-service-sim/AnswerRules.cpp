@@ -5,6 +5,7 @@
 #include <iterator>
 #include <sstream>
 
+#include "can-service-sim/InputLines.h"
 #include "can-service-sim/ParkingRules.h"
 #include "desk/BadInput.h"
 #include "desk/Number.h"
@@ -87,22 +88,13 @@ AnswerRule readRule(const std::string& line) {
 
 AnswerRules readRules(std::istream& input, const std::string& name) {
     AnswerRules rules;
-    std::string line;
-    for (int number = 1; std::getline(input, line); ++number) {
-        line = std::string(withoutByteOrderMark(line));
+    readLines(input, name, [&](const std::string& text) {
+        std::string line(withoutByteOrderMark(text));
         line.erase(std::min(line.find('#'), line.size()));
-        if (line.find_first_not_of(" \t\r") == std::string::npos) {
-            continue;
-        }
-        try {
+        if (line.find_first_not_of(" \t\r") != std::string::npos) {
             rules.push_back(readRule(line));
-        } catch (const BadInput& error) {
-            throw BadInput(name + ":" + std::to_string(number) + ": " + error.what());
         }
-    }
-    if (input.bad()) {
-        throw BadInput(name + " cannot be read");
-    }
+    });
     return rules;
 }
 

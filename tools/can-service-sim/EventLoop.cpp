@@ -1,8 +1,6 @@
 #include "can-service-sim/EventLoop.h"
 
-#include <poll.h>
-
-#include <algorithm>
+#include <optional>
 #include <utility>
 
 namespace qvn::tools {
@@ -30,17 +28,12 @@ void EventLoop::run() {
 }
 
 void EventLoop::wait() {
-    timespec timeout{};
-    const timespec* limit = nullptr;
+    std::optional<Clock::time_point> next;
     if (!timed_.empty()) {
-        const auto left = std::max(timed_.begin()->first - Clock::now(), Clock::duration::zero());
-        const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(left);
-        timeout.tv_sec = seconds.count();
-        timeout.tv_nsec = std::chrono::nanoseconds(left - seconds).count();
-        limit = &timeout;
+        next = timed_.begin()->first;
     }
     pollfd fds[] = {{stop_.fd(), POLLIN, 0}, {wakeUp_.fd(), POLLIN, 0}, {input_, POLLIN, 0}};
-    if (ppoll(fds, 3, limit, nullptr) <= 0) {
+    if (pollUntil(fds, 3, next) <= 0) {
         return;
     }
     if (fds[0].revents != 0) {

@@ -1,10 +1,10 @@
 #pragma once
 
-#include <chrono>
 #include <functional>
 #include <map>
 #include <vector>
 
+#include "desk/PollUntil.h"
 #include "desk/StopSignals.h"
 #include "desk/WakeUp.h"
 #include "sync/Mutex.h"
@@ -15,7 +15,6 @@ namespace qvn::tools {
 /// SIGTERM. Only post() may be called from another thread.
 class EventLoop {
 public:
-    using Clock = std::chrono::steady_clock;
     using Task = std::function<void()>;
     using Timer = std::multimap<Clock::time_point, Task>::iterator;
 

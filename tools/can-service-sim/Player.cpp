@@ -12,8 +12,6 @@
 namespace qvn::tools {
 namespace {
 
-using Clock = EventLoop::Clock;
-
 double secondsOf(Clock::time_point time) {
     return std::chrono::duration<double>(time.time_since_epoch()).count();
 }

@@ -38,7 +38,7 @@ public:
     void schedule(const TraceEvent& event);
 
     /// The time from start() at which the last scheduled event is over.
-    EventLoop::Clock::time_point endOfScheduled() const { return endOfScheduled_; }
+    Clock::time_point endOfScheduled() const { return endOfScheduled_; }
 
     /// Whether something failed while playing.
     bool failed() const { return failed_; }
@@ -47,17 +47,17 @@ private:
     struct RunningCycle {
         std::string raw;
         double period = 0.0;  ///< as in the trace, before the speed is applied
-        EventLoop::Clock::time_point end;
+        Clock::time_point end;
         EventLoop::Timer next;
     };
 
-    void playTrace(EventLoop::Clock::time_point start);
+    void playTrace(Clock::time_point start);
     void apply(const TraceAction& action);
     void put(const SignalEvent& event);
     void receive(std::uint32_t code, const std::string& raw, double period);
     void startCycle(std::uint32_t code, const std::string& raw, const Cycle& cycle);
     void endCycle(std::uint32_t code);
-    void tick(std::uint32_t code, EventLoop::Clock::time_point time);
+    void tick(std::uint32_t code, Clock::time_point time);
     void moveReverseLine(bool engaged);
     bool moveService(bool up);
     void report(std::uint32_t message, bool timedOut);
@@ -65,7 +65,7 @@ private:
     void onSet(std::uint32_t code, const std::string& raw);
     void answer(const AnswerRule& rule, std::int32_t value);
     void fail(const std::string& text);
-    EventLoop::Clock::duration scaled(double seconds) const;
+    Clock::duration scaled(double seconds) const;
 
     EventLoop& loop_;
     const Journal& journal_;
@@ -74,8 +74,8 @@ private:
     MessageSupervisor supervisor_;
     std::vector<TraceEvent> trace_;
     std::map<std::uint32_t, RunningCycle> cycles_;
-    EventLoop::Clock::time_point start_;
-    EventLoop::Clock::time_point endOfScheduled_;
+    Clock::time_point start_;
+    Clock::time_point endOfScheduled_;
     std::optional<EventLoop::Timer> supervision_;
     bool toldOfHardware_ = false;
     bool failed_ = false;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cctype>
 
+#include "can-service-sim/InputLines.h"
 #include "desk/BadInput.h"
 #include "desk/Number.h"
 #include "desk/PhysicalValue.h"
@@ -174,22 +175,14 @@ std::optional<TraceEvent> readTraceLine(std::string_view line) {
 
 std::vector<TraceEvent> readTrace(std::istream& input, const std::string& name) {
     std::vector<TraceEvent> events;
-    std::string line;
-    for (int number = 1; std::getline(input, line); ++number) {
-        try {
-            if (std::optional<TraceEvent> event = readTraceLine(line)) {
-                if (!event->time) {
-                    throw BadInput(quoted(trimmed(line)) + " has no time; expected one in front, such as (0.500)");
-                }
-                events.push_back(std::move(*event));
+    readLines(input, name, [&](const std::string& line) {
+        if (std::optional<TraceEvent> event = readTraceLine(line)) {
+            if (!event->time) {
+                throw BadInput(quoted(trimmed(line)) + " has no time; expected one in front, such as (0.500)");
             }
-        } catch (const BadInput& error) {
-            throw BadInput(name + ":" + std::to_string(number) + ": " + error.what());
+            events.push_back(std::move(*event));
         }
-    }
-    if (input.bad()) {
-        throw BadInput(name + " cannot be read");
-    }
+    });
     std::stable_sort(events.begin(), events.end(), [](const auto& a, const auto& b) { return *a.time < *b.time; });
     return events;
 }

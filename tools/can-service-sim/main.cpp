@@ -1,23 +1,21 @@
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
-#include <exception>
 #include <fstream>
-#include <iostream>
-#include <sstream>
 #include <string>
 #include <vector>
 
 #include "can-service-sim/LineReader.h"
 #include "can-service-sim/Player.h"
 #include "desk/BadInput.h"
+#include "desk/CommandLine.h"
 #include "desk/DeskPlatform.h"
 #include "desk/ExitCode.h"
 #include "desk/Number.h"
-#include "desk/NumberOption.h"
 #include "desk/Output.h"
 #include "desk/PhysicalValue.h"
 #include "desk/SignalNames.h"
+#include "desk/Tool.h"
 #include "ipc_common_soc/ServiceName.h"
 #include "tables/MessageCatalogue.h"
 
@@ -188,13 +186,8 @@ int run(int argc, char** argv, const StopSignals& stop, Output& output) {
     CLI::App app("The CAN service for a desk: plays traces, answers sets, moves the reverse line.", "can-service-sim");
     CommandLine line;
     declare(app, line);
-    try {
-        app.parse(argc, argv);
-    } catch (const CLI::ParseError& error) {
-        std::ostringstream help;
-        const int result = app.exit(error, help, std::cerr);
-        output.write(help.str());
-        return result == 0 ? kDone : kUsage;
+    if (const auto ended = readCommandLine(app, argc, argv, output)) {
+        return *ended;
     }
     if (line.list) {
         listNames(output);
@@ -203,30 +196,11 @@ int run(int argc, char** argv, const StopSignals& stop, Output& output) {
     return serve(line, stop, output);
 }
 
-int runToTheEnd(int argc, char** argv) {
-    const StopSignals stop;
-    Output output(stop);
-    const int result = run(argc, argv, stop, output);
-    std::string complaint;
-    const bool written = output.finish(&complaint);
-    if (!complaint.empty()) {
-        Journal::error(complaint);
-    }
-    return written ? result : kFailed;
-}
-
 }  // namespace
 }  // namespace qvn::tools
 
 int main(int argc, char** argv) {
     using namespace qvn::tools;
-    try {
-        return runToTheEnd(argc, argv);
-    } catch (const BadInput& error) {
-        Journal::error(error.what());
-        return kUsage;
-    } catch (const std::exception& error) {
-        Journal::error(error.what());
-        return kFailed;
-    }
+    return runTool([&](const StopSignals& stop, Output& output) { return run(argc, argv, stop, output); },
+                   &Journal::error);
 }

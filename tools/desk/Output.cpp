@@ -1,6 +1,5 @@
 #include "desk/Output.h"
 
-#include <poll.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -11,13 +10,12 @@
 #include <cstring>
 #include <utility>
 
+#include "desk/PollUntil.h"
 #include "desk/WakeUp.h"
 #include "sync/Mutex.h"
 
 namespace qvn::tools {
 namespace {
-
-using Clock = std::chrono::steady_clock;
 
 constexpr std::size_t kMostWaiting = 256 * 1024;  // bytes; a pipe of the system holds 64 KiB more
 constexpr std::size_t kChunk = 4096;

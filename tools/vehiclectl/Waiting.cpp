@@ -1,7 +1,5 @@
 #include "vehiclectl/Waiting.h"
 
-#include <poll.h>
-
 #include <algorithm>
 #include <cstdio>
 #include <string>
@@ -14,15 +12,8 @@ namespace qvn::tools {
 
 Awaited await(const PropertyFeed& feed, const StopSignals& stop, std::optional<Clock::time_point> deadline, int gone) {
     for (;;) {
-        timespec timeout{};
-        if (deadline) {
-            const auto left = std::max(*deadline - Clock::now(), Clock::duration::zero());
-            const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(left);
-            timeout.tv_sec = seconds.count();
-            timeout.tv_nsec = std::chrono::nanoseconds(left - seconds).count();
-        }
         pollfd fds[] = {{stop.fd(), POLLIN, 0}, {feed.fd(), POLLIN, 0}, {gone, POLLIN, 0}};
-        const int ready = ppoll(fds, 3, deadline ? &timeout : nullptr, nullptr);
+        const int ready = pollUntil(fds, 3, deadline);
         if (ready > 0) {
             return fds[0].revents != 0 || fds[2].revents != 0 ? Awaited::Stop : Awaited::Updates;
         }

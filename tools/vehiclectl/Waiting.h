@@ -1,17 +1,15 @@
 #pragma once
 
-#include <chrono>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "desk/PollUntil.h"
 #include "desk/PropertyNames.h"
 #include "desk/StopSignals.h"
 #include "vehiclectl/PropertyFeed.h"
 
 namespace qvn::tools {
-
-using Clock = std::chrono::steady_clock;
 
 enum class Awaited { Updates, Stop, Deadline };
 

@@ -1,16 +1,14 @@
 #include <CLI/CLI.hpp>
 #include <cstdlib>
-#include <exception>
 #include <functional>
 #include <iostream>
-#include <sstream>
 #include <string>
 
-#include "desk/BadInput.h"
+#include "desk/CommandLine.h"
 #include "desk/ExitCode.h"
-#include "desk/NumberOption.h"
 #include "desk/Output.h"
 #include "desk/StopSignals.h"
+#include "desk/Tool.h"
 #include "vehiclectl/Commands.h"
 #include "vehiclectl/Waiting.h"
 
@@ -90,13 +88,8 @@ int run(int argc, char** argv, const StopSignals& stop, Output& output) {
     CLI::App app("Reads, watches and sets vehicle properties.", "vehiclectl");
     CommandLine line;
     declare(app, line);
-    try {
-        app.parse(argc, argv);
-    } catch (const CLI::ParseError& error) {
-        std::ostringstream help;
-        const int result = app.exit(error, help, std::cerr);
-        output.write(help.str());
-        return result == 0 ? kDone : kUsage;
+    if (const auto ended = readCommandLine(app, argc, argv, output)) {
+        return *ended;
     }
     if (!line.command) {
         std::cerr << app.help();
@@ -106,30 +99,10 @@ int run(int argc, char** argv, const StopSignals& stop, Output& output) {
     return line.command(stop, output);
 }
 
-int runToTheEnd(int argc, char** argv) {
-    const StopSignals stop;
-    Output output(stop);
-    const int result = run(argc, argv, stop, output);
-    std::string complaint;
-    const bool written = output.finish(&complaint);
-    if (!complaint.empty()) {
-        printError(complaint);
-    }
-    return written ? result : kFailed;
-}
-
 }  // namespace
 }  // namespace qvn::tools
 
 int main(int argc, char** argv) {
     using namespace qvn::tools;
-    try {
-        return runToTheEnd(argc, argv);
-    } catch (const BadInput& error) {
-        printError(error.what());
-        return kUsage;
-    } catch (const std::exception& error) {
-        printError(error.what());
-        return kFailed;
-    }
+    return runTool([&](const StopSignals& stop, Output& output) { return run(argc, argv, stop, output); }, &printError);
 }

@@ -1,16 +1,29 @@
-#pragma once
+#include "desk/CommandLine.h"
 
-#include <CLI/CLI.hpp>
+#include <iostream>
+#include <sstream>
 #include <string>
 
 #include "desk/BadInput.h"
+#include "desk/ExitCode.h"
 #include "desk/Number.h"
 #include "desk/Text.h"
 
 namespace qvn::tools {
 
-/// Checks the number of an option. CLI11's own check lets a NaN pass, which compares with no limit.
-inline CLI::Validator numberFrom(double low, double high) {
+std::optional<int> readCommandLine(CLI::App& app, int argc, char** argv, Output& output) {
+    try {
+        app.parse(argc, argv);
+        return std::nullopt;
+    } catch (const CLI::ParseError& error) {
+        std::ostringstream help;
+        const int result = app.exit(error, help, std::cerr);
+        output.write(help.str());
+        return result == 0 ? kDone : kUsage;
+    }
+}
+
+CLI::Validator numberFrom(double low, double high) {
     const std::string what = "a number from " + formatNumber(low) + " to " + formatNumber(high);
     const auto check = [low, high, what](const std::string& text) -> std::string {
         try {

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <optional>
+
+#include "desk/Output.h"
+
+namespace qvn::tools {
+
+/// Reads the command line. The exit code when the tool ends with that: help was asked for, or the usage is wrong.
+std::optional<int> readCommandLine(CLI::App& app, int argc, char** argv, Output& output);
+
+/// Checks the number of an option. CLI11's own check lets a NaN pass, which is neither below nor above a limit.
+CLI::Validator numberFrom(double low, double high);
+
+}  // namespace qvn::tools

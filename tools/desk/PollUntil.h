@@ -1,0 +1,16 @@
+#pragma once
+
+#include <poll.h>
+
+#include <chrono>
+#include <cstddef>
+#include <optional>
+
+namespace qvn::tools {
+
+using Clock = std::chrono::steady_clock;
+
+/// poll() to a point in time; without one it waits as long as it takes.
+int pollUntil(pollfd* fds, std::size_t count, std::optional<Clock::time_point> end);
+
+}  // namespace qvn::tools
