@@ -4,7 +4,7 @@
 
 #include <sstream>
 
-#include "desk/BadInput.h"
+#include "support/ErrorOf.h"
 
 namespace qvn::tools {
 namespace {
@@ -34,31 +34,20 @@ TEST(AnswerRules, ReadsTheForms) {
 }
 
 TEST(AnswerRules, NamesThePositionOfWhatIsWrong) {
-    struct Case {
-        const char* line;
-        const char* error;
-    };
-    const Case cases[] = {
-        {"HUT6_CarMdlDispCmd HAP_FD2_CarMdlDispSts",
-         "'HUT6_CarMdlDispCmd HAP_FD2_CarMdlDispSts' is no rule; expected SET[=VALUE] -> SIGNAL[=VALUE] [after "
-         "SECONDS]"},
+    const std::string form = "; expected SET[=VALUE] -> SIGNAL[=VALUE] [after SECONDS]";
+    const std::pair<const char*, std::string> cases[] = {
+        {"HUT6_CarMdlDispCmd -> ", "'HUT6_CarMdlDispCmd -> ' is no rule" + form},
         {"HUT6_CarMdlDispCmd -> HUT6_CarMdlDispCmd", "unknown received signal 'HUT6_CarMdlDispCmd'"},
         {"HUT6_CarMdlDispCmd=256 -> HAP_FD2_CarMdlDispSts",
          "value 256 cannot be set; expected a whole number from 0 to 255"},
         {"HUT6_CarMdlDispCmd -> HAP_FD2_CarMdlDispSts=-1",
          "value -1 does not fit; expected a whole number from 0 to 255"},
-        {"HUT6_CarMdlDispCmd -> HAP_FD2_CarMdlDispSts in 3",
-         "'in' is not expected here; expected SET[=VALUE] -> SIGNAL[=VALUE] [after SECONDS]"},
+        {"HUT6_CarMdlDispCmd -> HAP_FD2_CarMdlDispSts in 3", "'in' is not expected here" + form},
         {"HUT6_CarMdlDispCmd -> HAP_FD2_CarMdlDispSts after", "'' is no number; expected a delay in seconds"},
         {"0x01384CD0 -> HAP_FD2_CarMdlDispSts", "'0x01384CD0' is no signal that can be set"},
     };
-    for (const Case& c : cases) {
-        try {
-            read("\n" + std::string(c.line));
-            ADD_FAILURE() << "accepted " << c.line;
-        } catch (const BadInput& error) {
-            EXPECT_EQ(error.what(), "my.rules:2: " + std::string(c.error));
-        }
+    for (const auto& [line, error] : cases) {
+        EXPECT_EQ(errorOf([&line = line] { read("\n" + std::string(line)); }), "my.rules:2: " + error);
     }
 }
 

@@ -2,18 +2,14 @@
 
 #include <gtest/gtest.h>
 
-#include "desk/BadInput.h"
 #include "desk/SignalNames.h"
+#include "support/ErrorOf.h"
 
 namespace qvn::tools {
 namespace {
 
 TEST(PropertyNames, NamesAPropertyByIdentifierAndBySignal) {
-    struct Case {
-        const char* text;
-        std::uint32_t id;
-    };
-    const Case cases[] = {
+    const std::pair<const char*, std::uint32_t> cases[] = {
         {"0x21600E1F", 0x21600E1F},
         {"0x21600e1f", 0x21600E1F},
         {"ESP_FD2_VehSpd", 0x21600E1F},
@@ -25,17 +21,13 @@ TEST(PropertyNames, NamesAPropertyByIdentifierAndBySignal) {
         {"CSA3_*", 0x11410A10},
         {"BCM1_DrvDoorSts", 0x21400E20},  // its list entry has trailing blanks
     };
-    for (const Case& c : cases) {
-        EXPECT_EQ(propertyNamed(c.text).id, c.id) << c.text;
+    for (const auto& [text, id] : cases) {
+        EXPECT_EQ(propertyNamed(text).id, id) << text;
     }
 }
 
 TEST(PropertyNames, AnUnknownNameSuggestsTheClosest) {
-    struct Case {
-        const char* text;
-        const char* error;
-    };
-    const Case cases[] = {
+    const std::pair<const char*, const char*> cases[] = {
         {"VehSpd", "unknown property 'VehSpd'; did you mean ESP_FD2_VehSpd or ESP_FD2_VehSpdVld?"},
         {"bcm1_drvdoorsts", "unknown property 'bcm1_drvdoorsts'; did you mean BCM1_DrvDoorSts?"},
         {"QVN_GET_PLG_1_PLG_St", "unknown property 'QVN_GET_PLG_1_PLG_St'; did you mean PLG_1_PLG_Sts?"},
@@ -43,13 +35,8 @@ TEST(PropertyNames, AnUnknownNameSuggestsTheClosest) {
         {"", "unknown property ''"},
         {"0x00000012", "no property has the identifier 0x00000012; 'vehiclectl list' shows them all"},
     };
-    for (const Case& c : cases) {
-        try {
-            propertyNamed(c.text);
-            ADD_FAILURE() << "accepted '" << c.text << "'";
-        } catch (const BadInput& error) {
-            EXPECT_STREQ(error.what(), c.error);
-        }
+    for (const auto& [text, error] : cases) {
+        EXPECT_EQ(errorOf([&text = text] { propertyNamed(text); }), error);
     }
 }
 
@@ -75,15 +62,27 @@ TEST(PropertyNames, TellsWhatFeedsAPropertyAndWhatASetSends) {
 }
 
 TEST(SignalNames, FindsCodesOfTheirKindOnly) {
-    EXPECT_EQ(findCode(NameKind::Received, "ESP_FD2_VehSpd"), 0x01384CD0U);
-    EXPECT_EQ(findCode(NameKind::Received, "QVN_GET_ESP_FD2_VehSpd"), 0x01384CD0U);
-    EXPECT_EQ(findCode(NameKind::Received, "0x01384CD0"), 0x01384CD0U);
-    EXPECT_EQ(findCode(NameKind::Message, "HAP_FD3"), 0x02980000U);
-    EXPECT_EQ(findCode(NameKind::Settable, "HUT6_CarMdlDispCmd"), 0x004A07F0U);
-    EXPECT_THROW(findCode(NameKind::Received, "HAP_FD3"), BadInput);
-    EXPECT_THROW(findCode(NameKind::Received, "HUT6_CarMdlDispCmd"), BadInput);
-    EXPECT_THROW(findCode(NameKind::Message, "ESP_FD2_VehSpd"), BadInput);
-    EXPECT_THROW(findCode(NameKind::Settable, "QVN_GET_ESP_FD2_VehSpd"), BadInput);
+    constexpr std::uint32_t kNone = 0;
+    const struct {
+        const char* name;
+        std::uint32_t received;
+        std::uint32_t message;
+        std::uint32_t settable;
+    } cases[] = {
+        {"ESP_FD2_VehSpd", 0x01384CD0, kNone, kNone},       {"QVN_GET_ESP_FD2_VehSpd", 0x01384CD0, kNone, kNone},
+        {"0x01384CD0", 0x01384CD0, 0x01384CD0, 0x01384CD0}, {"HAP_FD3", kNone, 0x02980000, kNone},
+        {"HUT6_CarMdlDispCmd", kNone, kNone, 0x004A07F0},
+    };
+    for (const auto& c : cases) {
+        const auto codeOf = [&](NameKind kind) {
+            std::uint32_t code = kNone;
+            errorOf([&] { code = findCode(kind, c.name); });
+            return code;
+        };
+        EXPECT_EQ(codeOf(NameKind::Received), c.received) << c.name;
+        EXPECT_EQ(codeOf(NameKind::Message), c.message) << c.name;
+        EXPECT_EQ(codeOf(NameKind::Settable), c.settable) << c.name;
+    }
 }
 
 TEST(SignalNames, TheMessageOfASignalIsNotReadFromItsCode) {

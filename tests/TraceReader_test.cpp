@@ -4,7 +4,7 @@
 
 #include <sstream>
 
-#include "desk/BadInput.h"
+#include "support/ErrorOf.h"
 
 namespace qvn::tools {
 namespace {
@@ -14,13 +14,8 @@ std::vector<TraceEvent> read(const std::string& text) {
     return readTrace(input, "a.trace");
 }
 
-std::string errorOf(const std::string& text) {
-    try {
-        read(text);
-    } catch (const BadInput& error) {
-        return error.what();
-    }
-    return "accepted";
+std::string errorIn(const std::string& text) {
+    return errorOf([&] { read(text); });
 }
 
 TEST(TraceReader, ReadsEveryKindOfEvent) {
@@ -54,14 +49,12 @@ TEST(TraceReader, ReadsCycles) {
     const auto events = read(
         "(1) ESP_FD2_VehSpd=4.5 every 0.1 for 2.0\n"
         "(2) ESP_FD2_VehSpd=4.5   every 0.5   # aligned\n");
-    const auto& limited = std::get<SignalEvent>(events[0].action).cycle;
-    ASSERT_TRUE(limited);
-    EXPECT_EQ(limited->period, 0.1);
-    EXPECT_EQ(limited->duration, 2.0);
-    const auto& endless = std::get<SignalEvent>(events[1].action).cycle;
-    ASSERT_TRUE(endless);
-    EXPECT_EQ(endless->period, 0.5);
-    EXPECT_FALSE(endless->duration);
+    const Cycle limited = std::get<SignalEvent>(events[0].action).cycle.value();
+    EXPECT_EQ(limited.period, 0.1);
+    EXPECT_EQ(limited.duration, 2.0);
+    const Cycle endless = std::get<SignalEvent>(events[1].action).cycle.value();
+    EXPECT_EQ(endless.period, 0.5);
+    EXPECT_FALSE(endless.duration);
     EXPECT_EQ(traceEnd(events), 3.0);
 }
 
@@ -73,25 +66,23 @@ TEST(TraceReader, PlaysInTheOrderOfTime) {
 }
 
 TEST(TraceReader, NamesThePositionAndTheWordThatIsWrong) {
-    struct Case {
-        const char* line;
-        const char* error;
-    };
-    const Case cases[] = {
+    const std::string kinds =
+        "expected SIGNAL#BYTES, SIGNAL=VALUE, SIGNAL!stop, MESSAGE!timeout, MESSAGE!ok, reverse=1|0 or service=up|down";
+    const std::string bytes = "are no raw bytes; expected pairs of hexadecimal digits, at most 64 bytes";
+    const std::string extra =
+        "is not expected here; a signal may be followed by 'every SECONDS' and 'for SECONDS', a remark begins with '#' "
+        "or two blanks";
+    const std::pair<const char*, std::string> cases[] = {
         {"(0.5 reverse=1", "'(0.5 reverse=1' has no closing ')'; expected a time such as (0.500)"},
         {"(soon) reverse=1", "'soon' is no number; expected a time in seconds"},
         {"(-1) reverse=1", "'-1' is out of range; expected a time in seconds from 0 to 1000000"},
         {"reverse=1", "'reverse=1' has no time; expected one in front, such as (0.500)"},
-        {"(1)",
-         "'' is no event; expected SIGNAL#BYTES, SIGNAL=VALUE, SIGNAL!stop, MESSAGE!timeout, MESSAGE!ok, "
-         "reverse=1|0 or service=up|down"},
-        {"(1) =3",
-         "'=3' is no event; expected SIGNAL#BYTES, SIGNAL=VALUE, SIGNAL!stop, MESSAGE!timeout, MESSAGE!ok, "
-         "reverse=1|0 or service=up|down"},
+        {"(1)", "'' is no event; " + kinds},
+        {"(1) =3", "'=3' is no event; " + kinds},
         {"(1) reverse=2", "'2' is not known here; expected 1 or 0"},
         {"(1) service=on", "'on' is not known here; expected up or down"},
-        {"(1) BCM1_DrvDoorSts#0", "'0' are no raw bytes; expected pairs of hexadecimal digits, at most 64 bytes"},
-        {"(1) BCM1_DrvDoorSts#0g", "'0g' are no raw bytes; expected pairs of hexadecimal digits, at most 64 bytes"},
+        {"(1) BCM1_DrvDoorSts#0", "'0' " + bytes},
+        {"(1) BCM1_DrvDoorSts#0g", "'0g' " + bytes},
         {"(1) BCM1_DrvDorSts#00", "unknown received signal 'BCM1_DrvDorSts'; did you mean BCM1_DrvDoorSts?"},
         {"(1) HAP_FD33!ok", "unknown message 'HAP_FD33'; did you mean HAP_FD3, HAP_FD1 or HAP_FD2?"},
         {"(1) HAP_FD3!late", "'late' is not known here; expected MESSAGE!timeout, MESSAGE!ok or SIGNAL!stop"},
@@ -100,15 +91,11 @@ TEST(TraceReader, NamesThePositionAndTheWordThatIsWrong) {
         {"(1) 0x12345678=1", "signal 0x12345678 has no decoding rule; give its raw bytes as 0x12345678#00"},
         {"(1) ESP_FD2_VehSpd=1 every", "'' is no number; expected a period in seconds"},
         {"(1) ESP_FD2_VehSpd=1 every 0", "'0' is out of range; expected a period in seconds from 0.001 to 1000000"},
-        {"(1) ESP_FD2_VehSpd=1 evry 0.1",
-         "'evry' is not expected here; a signal may be followed by 'every SECONDS' and 'for SECONDS', a remark "
-         "begins with '#' or two blanks"},
-        {"(1) reverse=1 every 0.1",
-         "'every' is not expected here; a signal may be followed by 'every SECONDS' and 'for SECONDS', a remark "
-         "begins with '#' or two blanks"},
+        {"(1) ESP_FD2_VehSpd=1 evry 0.1", "'evry' " + extra},
+        {"(1) reverse=1 every 0.1", "'every' " + extra},
     };
-    for (const Case& c : cases) {
-        EXPECT_EQ(errorOf("(0) reverse=0\n\n" + std::string(c.line) + "\n"), "a.trace:3: " + std::string(c.error));
+    for (const auto& [line, error] : cases) {
+        EXPECT_EQ(errorIn("(0) reverse=0\n\n" + std::string(line) + "\n"), "a.trace:3: " + error);
     }
 }
 
@@ -117,8 +104,8 @@ TEST(TraceReader, SurvivesWhatIsNoTextAtAll) {
         "\x7F"
         "ELF\0\0(((\xFF)#=!";
     const std::string noise(bytes, sizeof bytes - 1);
-    EXPECT_EQ(errorOf(noise).substr(0, 11), "a.trace:1: ");
-    EXPECT_LT(errorOf("(1) " + std::string(100000, 'x') + "=1").size(), 200U) << "a long word is shortened";
+    EXPECT_EQ(errorIn(noise).substr(0, 11), "a.trace:1: ");
+    EXPECT_LT(errorIn("(1) " + std::string(100000, 'x') + "=1").size(), 200U) << "a long word is shortened";
     EXPECT_TRUE(read("").empty());
 }
 

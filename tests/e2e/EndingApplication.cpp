@@ -30,17 +30,13 @@ std::promise<void> firstValue;
 std::promise<void> mainHasEnded;  // nobody fulfils it
 std::atomic<int> valuesSeen{0};
 
-bool isFirst() {
-    return valuesSeen++ == 0;
-}
-
 void setCommand() {
     std::vector<int> value = {1};
     VehicleClient::getInstance()->setInt32Property(kCommand, value);
 }
 
 void tell(VehiclePropValue, PropertyType) {
-    if (isFirst()) {
+    if (valuesSeen++ == 0) {
         firstValue.set_value();
     }
 }
@@ -70,16 +66,12 @@ void subscribe(Callback changed, bool waits = true) {
 int exitOnThread() {
     subscribe(&tell);
     std::thread([] { std::exit(kExitCode); }).detach();
-    for (;;) {
-        pause();
-    }
+    return pause();
 }
 
 int exitInACallback() {
     subscribe(&exitInCallback, false);
-    for (;;) {
-        pause();
-    }
+    return pause();
 }
 
 /// The callback holds what subscribe waits for.

@@ -1,9 +1,7 @@
-#include <gtest/gtest.h>
-
 #include <string>
 #include <vector>
 
-#include "e2e/Process.h"
+#include "e2e/Desk.h"
 #include "e2e/RawSocket.h"
 #include "e2e/WatchOutput.h"
 #include "support/Scale.h"
@@ -26,6 +24,8 @@ std::string byteSignal(int value) {
 std::string messageStatus(unsigned code, int status) {
     return frame(kBroadcast, code, {'\x08', static_cast<char>(status)});
 }
+
+using HostilePeer = DeskTest;
 
 struct Misdeed {
     const char* what;
@@ -53,10 +53,8 @@ const Misdeed kMisdeeds[] = {
     {"a status of one MiB", frame(kBroadcast, kLargeMessage, kMebibyteValue), false},
 };
 
-TEST(HostilePeer, AServiceThatSendsRubbishDoesNotStopAClient) {
-    const Desk desk;
-    const auto watch = desk.vehiclectl({"watch", kByte, "BCM8_PASWorkCmd"});
-    ASSERT_TRUE(watch->waitForOutput("BCM8_PASWorkCmd")) << "the reverse line's level, which a subscribe reports";
+TEST_F(HostilePeer, AServiceThatSendsRubbishDoesNotStopAClient) {
+    const auto watch = desk.watch(kByte + " BCM8_PASWorkCmd");  // the reverse line's level, which a subscribe reports
     const HostileService service(desk.directory());
     int value = 1;  // what the one MiB and the empty signal show differs from all of these
     const auto showsTheNext = [&](const RawSocket& client) {
@@ -96,11 +94,9 @@ TEST(HostilePeer, AServiceThatSendsRubbishDoesNotStopAClient) {
 }
 
 // The other way round: peers that begin frames and never end them.
-TEST(HostilePeer, PeersWithHalfAFrameDoNotStopAService) {
-    const Desk desk;
+TEST_F(HostilePeer, PeersWithHalfAFrameDoNotStopAService) {
     const auto simulator = desk.simulator();
-    const auto watch = desk.vehiclectl({"watch", kWord});
-    ASSERT_TRUE(watch->waitForOutput("available"));
+    const auto watch = desk.watch(kWord);
     std::vector<RawSocket> peers;
     for (std::size_t bytes = 0; bytes < 64; ++bytes) {
         peers.emplace_back(serviceSocket(desk.directory()));
@@ -113,8 +109,7 @@ TEST(HostilePeer, PeersWithHalfAFrameDoNotStopAService) {
     EXPECT_TRUE(waitForValue(*watch, kWord, 2));
 }
 
-TEST(HostilePeer, APeerOfManyTopicsDoesNotStopAService) {
-    const Desk desk;
+TEST_F(HostilePeer, APeerOfManyTopicsDoesNotStopAService) {
     const auto simulator = desk.simulator();
     std::string topics = {'\xD0', '\x02', '\x19', '\x03', '\0', '\0'};  // every topic: this one is answered
     for (int i = 0; i < 300'000; ++i) {
@@ -124,8 +119,7 @@ TEST(HostilePeer, APeerOfManyTopicsDoesNotStopAService) {
     }
     const RawSocket peer(serviceSocket(desk.directory()));
     ASSERT_TRUE(peer.write(frame(kSubscribe, 0, topics)));
-    const auto watch = desk.vehiclectl({"watch", kWord});
-    ASSERT_TRUE(watch->waitForOutput("available"));
+    const auto watch = desk.watch(kWord);
     EXPECT_FALSE(peer.read().empty()) << "the session was ended instead";
 }
 

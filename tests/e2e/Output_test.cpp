@@ -1,13 +1,13 @@
 #include <fcntl.h>
-#include <gtest/gtest.h>
 #include <poll.h>
 #include <signal.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
 
-#include "e2e/Process.h"
+#include "e2e/Desk.h"
 #include "e2e/WatchOutput.h"
 
 namespace qvn::e2e {
@@ -15,10 +15,12 @@ namespace {
 
 constexpr int kValues = 20000;  // of which a pipe and the tools hold a part only
 
+using Output = DeskTest;
+
 /// A reader of standard output that has stopped, until it is asked to read.
 class StoppedReader {
 public:
-    StoppedReader(const Desk& desk, const std::string& name) : path_(desk.directory() + "/" + name) {
+    explicit StoppedReader(std::string path) : path_(std::move(path)) {
         mkfifo(path_.c_str(), 0600);
         fd_ = open(path_.c_str(), O_RDWR | O_CLOEXEC | O_NONBLOCK);
     }
@@ -26,11 +28,7 @@ public:
     StoppedReader(const StoppedReader&) = delete;
     StoppedReader& operator=(const StoppedReader&) = delete;
 
-    std::unique_ptr<Process> start(const Desk& desk, const std::string& command) const {
-        const Process::Environment environment{{"QVN_HOST_DIR", desk.directory()}};
-        return std::make_unique<Process>(std::vector<std::string>{"/bin/sh", "-c", "exec " + command + " >" + path_},
-                                         environment);
-    }
+    const std::string& path() const { return path_; }
 
     bool isFull() const {
         for (int attempt = 0; attempt < kDeadlineSeconds * 100; ++attempt) {
@@ -59,35 +57,25 @@ private:
     int fd_ = -1;
 };
 
-void flood(const Process& simulator) {
-    std::string lines;
-    for (int value = 1; value <= kValues; ++value) {
-        lines += wordLine(value);
-    }
-    simulator.write(lines);
-}
-
-TEST(Output, AReaderThatStopsHoldsUpNeitherClientsNorTheEnd) {
-    const Desk desk;
-    const StoppedReader journal(desk, "journal");
-    const auto simulator = journal.start(desk, std::string(QVN_SIMULATOR) + " -v");
-    ASSERT_EQ(desk.runVehiclectl({"get", kWord, "--timeout", "20"}).exitCode, 0);
-    const StoppedReader screen(desk, "screen");
-    const auto watch = screen.start(desk, std::string(QVN_VEHICLECTL) + " watch " + kWord);
-    const StoppedReader other(desk, "other");
-    const auto timed = other.start(desk, std::string(QVN_VEHICLECTL) + " watch --duration 2");
-    flood(*simulator);
+TEST_F(Output, AReaderThatStopsHoldsUpNeitherClientsNorTheEnd) {
+    const StoppedReader journal(desk.directory() + "/journal");
+    const auto simulator = desk.start("can-service-sim -v >" + journal.path());
+    ASSERT_EQ(desk.run("vehiclectl get " + kWord + " --timeout 20").exitCode, 0);
+    const StoppedReader screen(desk.directory() + "/screen");
+    const auto watch = desk.start("vehiclectl watch " + kWord + " >" + screen.path());
+    const StoppedReader other(desk.directory() + "/other");
+    const auto timed = desk.start("vehiclectl watch --duration 2 >" + other.path());
+    simulator->write(wordLines(1, kValues));
     EXPECT_TRUE(journal.isFull());
     EXPECT_TRUE(screen.isFull());
 
-    const auto set = desk.runVehiclectl(
-        {"set", "HUT6_CarMdlDispCmd", "1", "--wait-for", "HAP_FD2_CarMdlDispSts=1", "--timeout", "20"});
+    const auto set = desk.run("vehiclectl set HUT6_CarMdlDispCmd 1 --wait-for HAP_FD2_CarMdlDispSts=1 --timeout 20");
     EXPECT_EQ(set.exitCode, 0) << set.errors;
-    EXPECT_NE(screen.readUntil(shown(kWord, kValues)).find(shown(kWord, kValues)), std::string::npos)
-        << "the newest is kept";
+    const std::string newest = shown(kWord, std::to_string(kValues));
+    EXPECT_NE(screen.readUntil(newest).find(newest), std::string::npos) << "the newest is kept";
     EXPECT_EQ(timed->wait(), 0) << "its time is over";
 
-    flood(*simulator);
+    simulator->write(wordLines(1, kValues));
     EXPECT_TRUE(screen.isFull());
     for (Process* const process : {watch.get(), simulator.get()}) {
         process->signal(SIGTERM);
@@ -96,36 +84,37 @@ TEST(Output, AReaderThatStopsHoldsUpNeitherClientsNorTheEnd) {
     }
 }
 
-TEST(Output, AFullDiskIsAnError) {
-    const Desk desk;
+TEST_F(Output, AFullDiskIsAnError) {
     const auto simulator = desk.simulator();
     const std::string trace = desk.file("a.trace", "(0) BCM1_DrvDoorSts=1\n");
-    const std::string commands[] = {
-        std::string(QVN_VEHICLECTL) + " list",
-        std::string(QVN_VEHICLECTL) + " --help",
-        std::string(QVN_VEHICLECTL) + " get BCM1_DrvDoorSts",
-        std::string(QVN_VEHICLECTL) + " watch",
-        std::string(QVN_SIMULATOR) + " --list",
-        std::string(QVN_SIMULATOR) + " --name other --exit-at-end --play " + trace,
-    };
-    for (const std::string& command : commands) {
-        const auto result = desk.run({"/bin/sh", "-c", "exec " + command + " >/dev/full"});
+    for (const std::string& command :
+         {std::string("vehiclectl list"), std::string("vehiclectl --help"), "vehiclectl get " + kByte,
+          std::string("vehiclectl watch"), std::string("can-service-sim --list"),
+          "can-service-sim --name other --exit-at-end --play " + trace}) {
+        const auto result = desk.run(command + " >/dev/full");
         EXPECT_EQ(result.exitCode, 1) << command;
         EXPECT_NE(result.errors.find(": cannot write standard output: No space left on device\n"), std::string::npos)
             << command << ": " << result.errors;
     }
 }
 
-TEST(Output, NothingIsLostOnTheWayToAReaderThatIsLate) {
-    const Desk desk;
-    const StoppedReader reader(desk, "list");
-    const std::string command = std::string(QVN_VEHICLECTL) + " list --json";
-    const auto lists = reader.start(desk, "/bin/sh -c 'for i in 1 2 3 4 5 6; do " + command + "; done; echo end'");
+TEST_F(Output, NothingIsLostOnTheWayToAReaderThatIsLate) {
+    const StoppedReader reader(desk.directory() + "/list");
+    const auto lists =
+        desk.start("sh -c 'for i in 1 2 3 4 5 6; do vehiclectl list --json; done; echo end' >" + reader.path());
     EXPECT_TRUE(reader.isFull());
     const std::string text = reader.readUntil("end\n");
     EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 6 * 235 + 1);
     EXPECT_EQ(lists->wait(), 0);
     EXPECT_EQ(lists->errors(), "");
+}
+
+TEST_F(Output, AReaderThatGoesAwayEndsAWatchQuietly) {
+    const auto simulator = desk.simulator();
+    const auto result = desk.run("vehiclectl watch | head -n 1");
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_EQ(std::count(result.output.begin(), result.output.end(), '\n'), 1);
+    EXPECT_EQ(result.errors.find("vehiclectl:"), std::string::npos) << result.errors;
 }
 
 }  // namespace

@@ -1,41 +1,48 @@
 #include "e2e/Process.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <signal.h>
 #include <spawn.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <chrono>
 #include <cstdlib>
-#include <filesystem>
 #include <fstream>
 #include <stdexcept>
 #include <utility>
+#include <vector>
 
 extern char** environ;
 
 namespace qvn::e2e {
 namespace {
 
-struct Pipe {
-    Pipe() {
-        if (pipe2(ends, O_CLOEXEC) != 0) {
-            throw std::runtime_error("pipe2");
-        }
+int checked(int result, const char* what) {
+    if (result < 0) {
+        throw std::runtime_error(what);
     }
+    return result;
+}
+
+struct Pipe {
+    Pipe() { checked(pipe2(ends, O_CLOEXEC), "pipe2"); }
     int ends[2];
 };
 
-std::vector<std::string> environmentWith(const Process::Environment& changes) {
+std::vector<std::string> environmentWith(Process::Environment variables) {
+    variables["PATH"] = std::string(QVN_BIN_DIR) + ":" + std::getenv("PATH");
     std::vector<std::string> result;
     for (char** entry = environ; *entry; ++entry) {
         const std::string text = *entry;
-        if (changes.count(text.substr(0, text.find('='))) == 0) {
+        if (text.rfind("QVN_", 0) != 0 && text.rfind("PATH=", 0) != 0) {
             result.push_back(text);
         }
     }
-    for (const auto& [name, value] : changes) {
+    for (const auto& [name, value] : variables) {
         result.push_back(name + "=" + value);
     }
     return result;
@@ -52,45 +59,49 @@ std::vector<char*> pointers(std::vector<std::string>& texts) {
 
 }  // namespace
 
-Process::Process(const std::vector<std::string>& command, const Environment& environment) {
+Process::Process(const std::string& command, const Environment& variables) {
     ::signal(SIGPIPE, SIG_IGN);
     const Pipe in;
     const Pipe out;
     const Pipe err;
+    const int streams[] = {in.ends[0], out.ends[1], err.ends[1]};
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_adddup2(&actions, in.ends[0], STDIN_FILENO);
-    posix_spawn_file_actions_adddup2(&actions, out.ends[1], STDOUT_FILENO);
-    posix_spawn_file_actions_adddup2(&actions, err.ends[1], STDERR_FILENO);
-    std::vector<std::string> arguments = command;
-    std::vector<std::string> variables = environmentWith(environment);
-    const int failure = posix_spawn(&pid_, command.front().c_str(), &actions, nullptr, pointers(arguments).data(),
-                                    pointers(variables).data());
-    posix_spawn_file_actions_destroy(&actions);
-    close(in.ends[0]);
-    close(out.ends[1]);
-    close(err.ends[1]);
-    input_ = in.ends[1];
-    if (failure != 0) {
-        throw std::runtime_error("cannot start " + command.front());
+    for (int fd = 0; fd < 3; ++fd) {
+        posix_spawn_file_actions_adddup2(&actions, streams[fd], fd);
     }
-    outputReader_ = std::thread([this, fd = out.ends[0]] { collect(fd, output_); });
-    errorReader_ = std::thread([this, fd = err.ends[0]] { collect(fd, errors_); });
+    posix_spawnattr_t attributes;
+    posix_spawnattr_init(&attributes);
+    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETPGROUP);
+    std::vector<std::string> arguments{"sh", "-c", command};
+    std::vector<std::string> environment = environmentWith(variables);
+    posix_spawn(&pid_, "/bin/sh", &actions, &attributes, pointers(arguments).data(), pointers(environment).data());
+    posix_spawnattr_destroy(&attributes);
+    posix_spawn_file_actions_destroy(&actions);
+    for (const int ofTheChild : streams) {
+        close(ofTheChild);
+    }
+    input_ = in.ends[1];
+    for (const int ours : {input_, out.ends[0], err.ends[0]}) {
+        fcntl(ours, F_SETFL, O_NONBLOCK);
+    }
+    const int end = checked(static_cast<int>(syscall(SYS_pidfd_open, pid_, 0)), "cannot start a program");
+    collector_ = std::thread([=] { collect(out.ends[0], err.ends[0], end); });
 }
 
 Process::~Process() {
-    if (!exitCode_) {
-        kill(pid_, SIGKILL);
-        waitpid(pid_, nullptr, 0);
-    }
+    kill(-pid_, SIGKILL);
+    collector_.join();
+    waitpid(pid_, nullptr, 0);
     closeInput();
-    outputReader_.join();
-    errorReader_.join();
 }
 
 void Process::write(const std::string& text) const {
-    if (::write(input_, text.data(), text.size()) != static_cast<ssize_t>(text.size())) {
-        throw std::runtime_error("the program does not read its input");
+    for (std::size_t done = 0; done < text.size();) {
+        pollfd writable{input_, POLLOUT, 0};
+        const int ready = poll(&writable, 1, kDeadlineSeconds * 1000);
+        const ssize_t count = ready > 0 ? ::write(input_, text.data() + done, text.size() - done) : -1;
+        done += static_cast<std::size_t>(checked(static_cast<int>(count), "the program does not read its input"));
     }
 }
 
@@ -112,7 +123,7 @@ std::string Process::errors() const {
 
 bool Process::waitForOutput(const std::function<bool(const std::string&)>& condition) {
     bool satisfied = false;
-    waitUntil([&] { return (satisfied = condition(output_)) || openStreams_ == 0; });
+    waitUntil([&] { return (satisfied = condition(output_)) || exitCode_; });
     return satisfied;
 }
 
@@ -125,85 +136,56 @@ void Process::signal(int number) const {
 }
 
 std::optional<int> Process::wait() {
-    // The streams close when the program ends, which makes the end of a process something to wait for.
-    if (!exitCode_ && waitUntil([this] { return openStreams_ == 0; })) {
-        int status = 0;
-        waitpid(pid_, &status, 0);
-        exitCode_ = WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
-    }
-    return exitCode_;
+    return waitUntil([this] { return exitCode_.has_value(); }) ? exitCode_ : std::nullopt;
 }
 
-void Process::collect(int fd, std::string& text) {
+long Process::peakKibibytes() const {
+    std::ifstream status("/proc/" + std::to_string(pid_) + "/status");
+    long kibibytes = 0;
+    for (std::string word; status >> word;) {
+        if (word == "VmHWM:") {
+            status >> kibibytes;
+        }
+    }
+    return kibibytes;
+}
+
+/// The thread: takes what the program writes until the program ends, whoever else has its streams open then. The
+/// process is left to be waited for, so that its number stays its own until it is killed with its children.
+void Process::collect(int output, int errors, int end) {
+    pollfd fds[] = {{end, POLLIN, 0}, {output, POLLIN, 0}, {errors, POLLIN, 0}};
+    while (fds[0].revents == 0) {
+        poll(fds, 3, -1);
+        take(fds[1].fd, output_);
+        take(fds[2].fd, errors_);
+    }
+    for (const pollfd& descriptor : fds) {
+        close(descriptor.fd);
+    }
+    siginfo_t how{};
+    waitid(P_PID, static_cast<id_t>(pid_), &how, WEXITED | WNOWAIT);
+    const std::lock_guard<std::mutex> lock(mutex_);
+    exitCode_ = how.si_code == CLD_EXITED ? how.si_status : -how.si_status;
+    changed_.notify_all();
+}
+
+/// Takes what is there; closes the stream at its end.
+void Process::take(int& fd, std::string& text) {
     char buffer[4096];
-    for (ssize_t count = 0; (count = read(fd, buffer, sizeof buffer)) > 0;) {
+    ssize_t count = 0;
+    while (fd >= 0 && (count = read(fd, buffer, sizeof buffer)) > 0) {
         const std::lock_guard<std::mutex> lock(mutex_);
         text.append(buffer, static_cast<std::size_t>(count));
         changed_.notify_all();
     }
-    close(fd);
-    const std::lock_guard<std::mutex> lock(mutex_);
-    --openStreams_;
-    changed_.notify_all();
+    if (fd >= 0 && (count == 0 || errno != EAGAIN)) {
+        close(std::exchange(fd, -1));
+    }
 }
 
 bool Process::waitUntil(const std::function<bool()>& condition) {
     std::unique_lock<std::mutex> lock(mutex_);
     return changed_.wait_for(lock, std::chrono::seconds(kDeadlineSeconds), condition);
-}
-
-Desk::Desk() {
-    std::string name = (std::filesystem::temp_directory_path() / "qvn-e2e-XXXXXX").string();
-    if (!mkdtemp(name.data())) {
-        throw std::runtime_error("mkdtemp");
-    }
-    directory_ = name;
-}
-
-Desk::~Desk() {
-    std::filesystem::remove_all(directory_);
-}
-
-std::string Desk::file(const std::string& name, const std::string& content) const {
-    const std::string path = directory_ + "/" + name;
-    std::ofstream(path) << content;
-    return path;
-}
-
-std::unique_ptr<Process> Desk::simulator(std::vector<std::string> arguments) const {
-    arguments.insert(arguments.begin(), QVN_SIMULATOR);
-    auto process = std::make_unique<Process>(arguments, environment());
-    if (!process->waitForOutput("service ")) {
-        throw std::runtime_error("the simulator did not start: " + process->errors());
-    }
-    return process;
-}
-
-std::unique_ptr<Process> Desk::vehiclectl(std::vector<std::string> arguments) const {
-    arguments.insert(arguments.begin(), QVN_VEHICLECTL);
-    return std::make_unique<Process>(arguments, environment());
-}
-
-Desk::Result Desk::run(const std::vector<std::string>& command, Process::Environment more) const {
-    more.insert({"QVN_HOST_DIR", directory_});
-    Process process(command, more);
-    process.closeInput();
-    const std::optional<int> exitCode = process.wait();
-    if (!exitCode) {
-        throw std::runtime_error(command.front() + " did not end");
-    }
-    return {*exitCode, process.output(), process.errors()};
-}
-
-Desk::Result Desk::runVehiclectl(std::vector<std::string> arguments, const Process::Environment& more) const {
-    arguments.insert(arguments.begin(), QVN_VEHICLECTL);
-    return run(arguments, more);
-}
-
-Desk::Result Desk::runSimulator(const std::vector<std::string>& arguments, const Process::Environment& more) const {
-    std::vector<std::string> command{QVN_SIMULATOR};
-    command.insert(command.end(), arguments.begin(), arguments.end());
-    return run(command, more);
 }
 
 }  // namespace qvn::e2e

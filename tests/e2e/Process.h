@@ -5,24 +5,25 @@
 #include <condition_variable>
 #include <functional>
 #include <map>
-#include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
 #include <thread>
-#include <vector>
 
 namespace qvn::e2e {
 
 /// How long anything may take before a test gives up on it.
 constexpr int kDeadlineSeconds = 30;
 
-/// A program that runs, with what it has written so far. Killed when it goes out of scope.
+/// A program that runs, with what it has written so far. When it goes out of scope it is killed, and with it every
+/// process that it has started. No call here waits longer than kDeadlineSeconds.
 class Process {
 public:
     using Environment = std::map<std::string, std::string>;
 
-    Process(const std::vector<std::string>& command, const Environment& environment);
+    /// Runs a command line of the shell. The tools of this build go by their names, and see no other QVN_ variables
+    /// than those that are given here.
+    Process(const std::string& command, const Environment& variables);
     ~Process();
     Process(const Process&) = delete;
     Process& operator=(const Process&) = delete;
@@ -44,8 +45,12 @@ public:
     /// Waits for its end: the exit code, or minus the number of the signal that ended it. Nothing when it goes on.
     std::optional<int> wait();
 
+    /// The most memory that it has had so far.
+    long peakKibibytes() const;
+
 private:
-    void collect(int fd, std::string& text);
+    void collect(int output, int errors, int end);
+    void take(int& fd, std::string& text);
     bool waitUntil(const std::function<bool()>& condition);
 
     pid_t pid_ = -1;
@@ -54,43 +59,8 @@ private:
     std::condition_variable changed_;
     std::string output_;
     std::string errors_;
-    int openStreams_ = 2;
     std::optional<int> exitCode_;
-    std::thread outputReader_;
-    std::thread errorReader_;
-};
-
-/// A runtime directory of its own, and the tools running in it.
-class Desk {
-public:
-    Desk();
-    ~Desk();
-    Desk(const Desk&) = delete;
-    Desk& operator=(const Desk&) = delete;
-
-    const std::string& directory() const { return directory_; }
-    /// Writes a file beside the runtime directory's own ones and returns its path.
-    std::string file(const std::string& name, const std::string& content) const;
-
-    /// Starts the simulator and waits until it serves.
-    std::unique_ptr<Process> simulator(std::vector<std::string> arguments = {}) const;
-    std::unique_ptr<Process> vehiclectl(std::vector<std::string> arguments) const;
-
-    struct Result {
-        int exitCode;
-        std::string output;
-        std::string errors;
-    };
-
-    /// Runs a program to its end, without standard input.
-    Result run(const std::vector<std::string>& command, Process::Environment more = {}) const;
-    Result runVehiclectl(std::vector<std::string> arguments, const Process::Environment& more = {}) const;
-    Result runSimulator(const std::vector<std::string>& arguments, const Process::Environment& more = {}) const;
-
-private:
-    Process::Environment environment() const { return {{"QVN_HOST_DIR", directory_}}; }
-
-    std::string directory_;
+    std::thread collector_;
 };
 
 }  // namespace qvn::e2e

@@ -1,8 +1,7 @@
-#include <gtest/gtest.h>
-
+#include <chrono>
 #include <csignal>
 
-#include "e2e/Process.h"
+#include "e2e/Desk.h"
 #include "support/Scale.h"
 
 namespace {
@@ -13,18 +12,13 @@ using Seconds = std::chrono::duration<double>;
 constexpr int kExitCode = 7;
 
 /// A service that sends values all the time, and applications that end.
-class ProcessEnd : public ::testing::Test {
+class ProcessEnd : public DeskTest {
 protected:
-    std::unique_ptr<Process> application(const std::string& way) const {
-        return std::make_unique<Process>(std::vector<std::string>{QVN_ENDING_APPLICATION, way},
-                                         Process::Environment{{"QVN_HOST_DIR", desk.directory()}});
-    }
-    Desk::Result run(const std::string& way) const { return desk.run({QVN_ENDING_APPLICATION, way}); }
+    Desk::Result run(const std::string& way) const { return desk.run("ending_application " + way); }
 
-    const Desk desk;
     const std::string trace =
         desk.file("values.trace", "(0) ESP_FD2_VehSpd=4.5 every 0.002\n(0) BCM1_DrvDoorSts=1 every 0.003\n");
-    std::unique_ptr<Process> service = desk.simulator({"--play", trace});
+    std::unique_ptr<Process> service = desk.simulator("--play " + trace);
 };
 
 TEST_F(ProcessEnd, IsCleanOnEveryWayOutUnderTraffic) {
@@ -57,7 +51,7 @@ TEST_F(ProcessEnd, DoesNotWaitForeverForACallbackThatWaitsForMain) {
 }
 
 TEST_F(ProcessEnd, DoesNotWaitForAServiceThatIsStopped) {
-    const std::unique_ptr<Process> sender = application("many-sets");
+    const auto sender = desk.start("ending_application many-sets");
     ASSERT_TRUE(sender->waitForOutput("ready\n"));
     service->signal(SIGSTOP);
     sender->write("\n");

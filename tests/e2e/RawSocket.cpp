@@ -9,12 +9,15 @@
 #include <cstdio>
 #include <cstring>
 #include <stdexcept>
-#include <utility>
 
 #include "e2e/Process.h"
 
 namespace qvn::e2e {
 namespace {
+
+int newSocket() {
+    return socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+}
 
 sockaddr_un addressOf(const std::string& path) {
     sockaddr_un address{};
@@ -41,28 +44,21 @@ std::string serviceSocket(const std::string& directory) {
 }
 
 std::string frame(int kind, unsigned code, const std::string& payload, int announced, int topic) {
-    const auto length =
-        announced < 0 ? static_cast<std::uint32_t>(payload.size()) : static_cast<std::uint32_t>(announced);
-    const auto kindBits = static_cast<std::uint16_t>(kind);
-    const auto topicLength = static_cast<std::uint16_t>(topic);
-    std::string bytes(16, '\0');
-    std::memcpy(&bytes[0], &length, 4);
-    std::memcpy(&bytes[4], &kindBits, 2);
-    std::memcpy(&bytes[6], &topicLength, 2);
-    std::memcpy(&bytes[8], &code, 4);
-    return bytes + payload;
+    const auto size = static_cast<int>(payload.size());
+    const struct {
+        std::int32_t length;
+        std::int16_t kind;
+        std::int16_t topic;
+        std::uint32_t code;
+        std::uint32_t unused;
+    } header = {announced < 0 ? size : announced, static_cast<std::int16_t>(kind), static_cast<std::int16_t>(topic),
+                code, 0};
+    return std::string(reinterpret_cast<const char*>(&header), sizeof header) + payload;
 }
 
-RawSocket::RawSocket(const std::string& path) : fd_(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+RawSocket::RawSocket(const std::string& path) : fd_(newSocket()) {
     const sockaddr_un address = addressOf(path);
     check(connect(fd_, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0, "connect");
-}
-
-RawSocket::RawSocket(RawSocket&& other) noexcept : fd_(std::exchange(other.fd_, -1)) {}
-
-RawSocket& RawSocket::operator=(RawSocket&& other) noexcept {
-    std::swap(fd_, other.fd_);
-    return *this;
 }
 
 RawSocket::~RawSocket() {
@@ -95,21 +91,17 @@ bool RawSocket::ends() const {
     return recv(fd_, &byte, 1, MSG_DONTWAIT) == 0 || errno == ECONNRESET;
 }
 
-HostileService::HostileService(const std::string& directory) : fd_(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+HostileService::HostileService(const std::string& directory) : listener_(newSocket()) {
     // Listens before it is seen.
     const std::string hidden = directory + "/hidden";
     const sockaddr_un address = addressOf(hidden);
-    check(bind(fd_, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0, "bind");
-    check(listen(fd_, 8) == 0, "listen");
+    check(bind(listener_.fd(), reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0, "bind");
+    check(listen(listener_.fd(), 8) == 0, "listen");
     check(std::rename(hidden.c_str(), serviceSocket(directory).c_str()) == 0, "rename");
 }
 
-HostileService::~HostileService() {
-    close(fd_);
-}
-
 RawSocket HostileService::accept() const {
-    const int fd = readable(fd_) ? accept4(fd_, nullptr, nullptr, SOCK_CLOEXEC) : -1;
+    const int fd = readable(listener_.fd()) ? accept4(listener_.fd(), nullptr, nullptr, SOCK_CLOEXEC) : -1;
     check(fd >= 0, "accept");
     return RawSocket(fd);
 }

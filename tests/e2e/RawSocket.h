@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <utility>
 
 namespace qvn::e2e {
 
@@ -20,10 +21,11 @@ public:
     explicit RawSocket(int fd) : fd_(fd) {}
     /// Connects to a service.
     explicit RawSocket(const std::string& path);
-    RawSocket(const RawSocket&) = delete;
-    RawSocket& operator=(const RawSocket&) = delete;
-    RawSocket(RawSocket&& other) noexcept;
-    RawSocket& operator=(RawSocket&& other) noexcept;
+    RawSocket(RawSocket&& other) noexcept : fd_(std::exchange(other.fd_, -1)) {}
+    RawSocket& operator=(RawSocket&& other) noexcept {
+        std::swap(fd_, other.fd_);
+        return *this;
+    }
     ~RawSocket();
 
     int fd() const { return fd_; }
@@ -42,15 +44,12 @@ private:
 class HostileService {
 public:
     explicit HostileService(const std::string& directory);
-    ~HostileService();
-    HostileService(const HostileService&) = delete;
-    HostileService& operator=(const HostileService&) = delete;
 
     /// Waits for a client.
     RawSocket accept() const;
 
 private:
-    int fd_;
+    RawSocket listener_;
 };
 
 }  // namespace qvn::e2e

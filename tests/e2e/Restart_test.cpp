@@ -1,4 +1,3 @@
-#include <gtest/gtest.h>
 #include <signal.h>
 
 #include <chrono>
@@ -10,7 +9,7 @@
 #include <thread>
 #include <vector>
 
-#include "e2e/Process.h"
+#include "e2e/Desk.h"
 #include "e2e/WatchOutput.h"
 #include "support/Scale.h"
 
@@ -19,6 +18,8 @@ namespace {
 
 constexpr int kTraffic = 300;  // values a round
 constexpr int kMaxRounds = 200;
+
+using Restart = DeskTest;
 
 unsigned chosenSeed() {
     const char* const given = std::getenv("QVN_TEST_SEED");
@@ -35,10 +36,9 @@ struct Round {
 
 // Half of the services are killed at any moment, the others as soon as the client has shown what its subscribe returned
 // and a part of the traffic.
-TEST(Restart, AWatchMissesNothingOfServicesThatAreKilledAtAnyMoment) {
-    const Desk desk;
+TEST_F(Restart, AWatchMissesNothingOfServicesThatAreKilledAtAnyMoment) {
     std::mt19937 random(chosenSeed());
-    const auto watch = desk.vehiclectl({"watch", kWord, kByte});
+    const auto watch = desk.start("vehiclectl watch " + kWord + " " + kByte);
     std::vector<Round> rounds;
     const int count = test::scaled(kMaxRounds);
     for (int number = 1; number <= count; ++number) {
@@ -46,14 +46,10 @@ TEST(Restart, AWatchMissesNothingOfServicesThatAreKilledAtAnyMoment) {
         Round round{(number - 1) % kMaxRounds * kTraffic + 1, 0};
         const std::string byte = std::to_string(number % 256);
         const std::string trace = desk.file("a.trace", "(0) " + wordLine(round.first) + "(0) " + kByte + "=" + byte);
-        std::string traffic;
-        for (int i = 1; i < kTraffic; ++i) {
-            traffic += wordLine(round.first + i);
-        }
 
         const std::size_t shownBefore = watch->output().size();
-        const auto simulator = desk.simulator({"--no-initial", "--play", trace, "-"});
-        simulator->write(traffic);
+        const auto simulator = desk.simulator("- --no-initial --play " + trace);
+        simulator->write(wordLines(round.first + 1, round.first + kTraffic - 1));
         if (number == count || random() % 2 == 0) {
             round.shownTo = round.first + static_cast<int>(random() % kTraffic);
             ASSERT_TRUE(waitForValue(*watch, kByte, number % 256, shownBefore));
@@ -86,20 +82,6 @@ TEST(Restart, AWatchMissesNothingOfServicesThatAreKilledAtAnyMoment) {
         EXPECT_GE(ofRound.back(), round.shownTo);
     }
     EXPECT_TRUE(value == values.end()) << "a value of no service: " << *value;
-}
-
-TEST(Restart, ABurstArrivesCompleteAndInOrder) {
-    const Desk desk;
-    const auto simulator = desk.simulator();
-    const auto watch = desk.vehiclectl({"watch", kWord});
-    ASSERT_TRUE(watch->waitForOutput("available"));
-    std::string burst;
-    for (int value = 1; value <= 2000; ++value) {
-        burst += wordLine(value);
-    }
-    simulator->write(burst);
-    ASSERT_TRUE(waitForValue(*watch, kWord, 2000));
-    EXPECT_EQ(valuesOf(watch->output(), kWord), range(0, 2000));
 }
 
 }  // namespace

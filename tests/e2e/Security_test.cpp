@@ -1,4 +1,3 @@
-#include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -11,7 +10,7 @@
 #include <functional>
 #include <string>
 
-#include "e2e/Process.h"
+#include "e2e/Desk.h"
 #include "e2e/RawSocket.h"
 #include "e2e/WatchOutput.h"
 
@@ -23,10 +22,11 @@ namespace fs = std::filesystem;
 constexpr uid_t kOtherUser = 65534;
 constexpr int kThrew = 99;
 
-/// What the action returns when another user runs it.
+/// What the action returns when another user runs it, -1 when it does not return in time.
 int asOtherUser(const std::function<int()>& action) {
     const pid_t child = fork();
     if (child == 0) {
+        alarm(kDeadlineSeconds);
         int result = kThrew;
         try {
             result = setgid(kOtherUser) == 0 && setuid(kOtherUser) == 0 ? action() : -1;
@@ -39,14 +39,15 @@ int asOtherUser(const std::function<int()>& action) {
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
-class OtherUser : public testing::Test {
+using Security = DeskTest;
+
+class OtherUser : public DeskTest {
 protected:
     void SetUp() override {
         if (geteuid() != 0) {
             GTEST_SKIP() << "only root can act as another user";
         }
     }
-    const Desk desk;
     const std::string socket = serviceSocket(desk.directory());
 };
 
@@ -57,21 +58,17 @@ TEST_F(OtherUser, ReachesNothingInTheRuntimeDirectory) {
     EXPECT_EQ(asOtherUser([&] { return access(socket.c_str(), F_OK) == 0 ? 0 : errno; }), EACCES);
     EXPECT_EQ(asOtherUser([&] { return unlink(socket.c_str()) == 0 ? 0 : errno; }), EACCES);
     EXPECT_EQ(asOtherUser([&] { return rename(socket.c_str(), "/tmp/taken") == 0 ? 0 : errno; }), EACCES);
-    EXPECT_EQ(asOtherUser([&] {
-                  setenv("QVN_HOST_DIR", desk.directory().c_str(), 1);
-                  execl(QVN_SIMULATOR, QVN_SIMULATOR, "-q", nullptr);
-                  return kThrew;
-              }),
-              1)
-        << "offer the service";
-    EXPECT_EQ(desk.runVehiclectl({"get", kWord}).exitCode, 0);
+    const std::string user = std::to_string(kOtherUser);
+    const auto service = desk.run("setpriv --reuid " + user + " --regid " + user + " --clear-groups can-service-sim");
+    EXPECT_EQ(service.exitCode, 1) << "offer the service";
+    EXPECT_NE(service.errors.find("can-service-sim: "), std::string::npos) << service.errors;
+    EXPECT_EQ(desk.run("vehiclectl get " + kWord).exitCode, 0);
 }
 
 // The permissions of the directory are the first line only.
 TEST_F(OtherUser, IsRefusedAlsoWhereTheDirectoryWasOpened) {
     const auto simulator = desk.simulator();
-    const auto watch = desk.vehiclectl({"watch", kWord});
-    ASSERT_TRUE(watch->waitForOutput("available"));
+    const auto watch = desk.watch(kWord);
     ASSERT_EQ(chmod(desk.directory().c_str(), 0777), 0);
     ASSERT_EQ(chmod(socket.c_str(), 0777), 0);
     EXPECT_EQ(asOtherUser([&] {
@@ -97,7 +94,7 @@ TEST_F(OtherUser, IsRefusedAlsoWhereTheDirectoryWasOpened) {
     EXPECT_TRUE(waitForValue(*watch, kWord, 1));
 }
 
-TEST(Security, WhatLiesInTheWayOfAServiceGivesWayOrStopsItButIsNeverFollowed) {
+TEST_F(Security, WhatLiesInTheWayOfAServiceGivesWayOrStopsItButIsNeverFollowed) {
     const struct {
         const char* file;
         bool directory;
@@ -109,19 +106,19 @@ TEST(Security, WhatLiesInTheWayOfAServiceGivesWayOrStopsItButIsNeverFollowed) {
     };
     for (const auto& [file, directory, starts] : cases) {
         SCOPED_TRACE(std::string(file) + (directory ? " is a directory" : " is a link"));
-        const Desk desk;
-        const std::string path = desk.directory() + "/" + file;
-        const std::string victim = desk.file("victim", "untouched");
+        const Desk other;
+        const std::string path = other.directory() + "/" + file;
+        const std::string victim = other.file("victim", "untouched");
         if (directory) {
             fs::create_directories(path + "/full");
         } else {
             fs::create_symlink(victim, path);
         }
         if (starts) {
-            const auto simulator = desk.simulator();
-            EXPECT_EQ(desk.runVehiclectl({"get", kWord}).exitCode, 0);
+            const auto simulator = other.simulator();
+            EXPECT_EQ(other.run("vehiclectl get " + kWord).exitCode, 0);
         } else {
-            EXPECT_EQ(desk.runSimulator({}).exitCode, 1);
+            EXPECT_EQ(other.run("can-service-sim").exitCode, 1);
         }
         std::string content;
         std::ifstream(victim) >> content;
@@ -130,11 +127,9 @@ TEST(Security, WhatLiesInTheWayOfAServiceGivesWayOrStopsItButIsNeverFollowed) {
     }
 }
 
-TEST(Security, NoSocketLeavesTheMachine) {
-    const Desk desk;
+TEST_F(Security, NoSocketLeavesTheMachine) {
     const auto simulator = desk.simulator();
-    const auto watch = desk.vehiclectl({"watch", kWord});
-    ASSERT_TRUE(watch->waitForOutput("available"));
+    const auto watch = desk.watch(kWord);
     for (const Process* const process : {simulator.get(), watch.get()}) {
         const std::string proc = "/proc/" + std::to_string(process->pid());
         std::string unixSockets;

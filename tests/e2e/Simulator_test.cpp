@@ -1,0 +1,162 @@
+#include <signal.h>
+
+#include <algorithm>
+#include <fstream>
+#include <sstream>
+
+#include "e2e/Desk.h"
+#include "e2e/WatchOutput.h"
+#include "support/Scale.h"
+
+namespace qvn::e2e {
+namespace {
+
+using Simulator = DeskTest;
+
+/// The seconds at which the journal tells of something, once; -1 when it does not.
+double timeOf(const std::string& journal, const std::string& what) {
+    std::istringstream lines(journal);
+    for (std::string line; std::getline(lines, line);) {
+        if (line.substr(std::min<std::size_t>(line.size(), 11)) == what) {
+            return std::stod(line);
+        }
+    }
+    return -1.0;
+}
+
+TEST_F(Simulator, TakesLinesOfItsInputAtTheirTimes) {
+    const auto simulator = desk.simulator("-v");
+    simulator->write("(0.5) BCM1_DrvDoorSts=1\nBCM1_DrvDoorSts=2\n");
+    simulator->closeInput();
+    EXPECT_EQ(simulator->wait(), 0) << "it ends after the last of them";
+    EXPECT_GE(timeOf(simulator->output(), "BCM1_DrvDoorSts=1"), 0.5);
+    EXPECT_GE(timeOf(simulator->output(), "BCM1_DrvDoorSts=2"), 0.0);
+}
+
+TEST_F(Simulator, PlaysATraceWithItsCyclesAndAnswersFaster) {
+    const std::string trace = desk.file("a.trace",
+                                        "(400) BCM1_DrvDoorSts=1\n"
+                                        "(0) HAP_FD2_AVM_3DAngSts=1 every 10 for 50\n");
+    const auto played = desk.run("can-service-sim -v --exit-at-end --speed 1000 --play " + trace);
+    EXPECT_EQ(played.exitCode, 0);
+    EXPECT_GE(timeOf(played.output, "BCM1_DrvDoorSts=1"), 0.4);
+    EXPECT_GE(timeOf(played.output, "HAP_FD2 timed out"), 0.05) << played.output;
+
+    const auto simulator =
+        desk.simulator("--speed 1000 --rules " + desk.file("a.rules", "HUT32_XLvl -> BCM1_DrvDoorSts=7 after 100\n"));
+    EXPECT_EQ(desk.run("vehiclectl set HUT32_XLvl 1 --wait-for BCM1_DrvDoorSts=7 --timeout 20").exitCode, 0);
+}
+
+TEST_F(Simulator, ALoopedTraceDoesNotGrow) {
+    constexpr std::size_t kJournalOfARound = 60;
+    constexpr int kMostKibibytes = 512;
+    const std::string trace = desk.file("a.trace",
+                                        "(0) ESP_FD2_VehSpd=4.5 every 1000\n"
+                                        "(0) CSA2_SteerWheelAng=3 every 0.001 for 0.002\n"
+                                        "(0.02) BCM1_DrvDoorSts=1\n");
+    const auto simulator = desk.simulator("--loop --speed 100 --play " + trace);
+    const auto rounds = [&](int count) {
+        return simulator->waitForOutput([&](const std::string& journal) {
+            return journal.size() > static_cast<std::size_t>(count) * kJournalOfARound;
+        });
+    };
+    ASSERT_TRUE(rounds(test::scaled(500)));
+    const long before = simulator->peakKibibytes();
+    ASSERT_TRUE(rounds(test::scaled(3500)));
+    if (!test::kSanitized) {
+        EXPECT_LT(simulator->peakKibibytes(), before + kMostKibibytes);
+    }
+}
+
+TEST_F(Simulator, AMessageTimesOutAndComesBackByItselfAndByHand) {
+    const auto simulator = desk.simulator();
+    const auto watch = desk.watch("ESP_FD2_VehSpd");
+    const struct {
+        const char* input;
+        std::string line;
+    } steps[] = {
+        {"ESP_FD2_VehSpd=4.5 every 0.02", shown("ESP_FD2_VehSpd", "4.5")},
+        {"ESP_FD2_VehSpd=9", shown("ESP_FD2_VehSpd", "9")},  // by the cycle
+        {"ESP_FD2_VehSpd!stop", shown("ESP_FD2_VehSpd", "9", "timed out")},
+        {"ESP_FD2_VehSpd=18 every 0.02 for 0.06", shown("ESP_FD2_VehSpd", "18")},
+        {"# the end of the cycle", shown("ESP_FD2_VehSpd", "18", "timed out")},
+        {"ESP_FD2!ok", shown("ESP_FD2_VehSpd", "18")},
+        {"ESP_FD2!timeout", shown("ESP_FD2_VehSpd", "18", "timed out")},
+        {"ESP_FD2!ok", shown("ESP_FD2_VehSpd", "18")},
+    };
+    std::size_t seen = 0;
+    for (const auto& [input, line] : steps) {
+        simulator->write(std::string(input) + "\n");
+        ASSERT_TRUE(waitForLine(*watch, line, seen)) << input << ": " << watch->output();
+        seen = watch->output().find(line, seen) + line.size();
+    }
+}
+
+TEST_F(Simulator, DecodesASetAndAnswersItByItsRule) {
+    const auto simulator =
+        desk.simulator("--no-initial --rules " + desk.file("my.rules",
+                                                           "DMS_FD1_HeadYawAng=-75 -> ESP_FD2_VehSpd=18 after 0.05\n"
+                                                           "HUT34_TimeMod -> ESP_FD2_VehSpd=9\n"
+                                                           "HUT34_TimeMod -> ESP_FD2_VehSpd=0 after 0.02\n"));
+    const struct {
+        const char* set;
+        const char* waitFor;
+        const char* journal;
+        const char* error;
+    } cases[] = {
+        {"HUT6_CarMdlDispCmd 1", "HAP_FD2_CarMdlDispSts=1 --timeout 20", "set HUT6_CarMdlDispCmd=1  (01)", nullptr},
+        {"DMS_FD1_HeadYawAng -- -75", "ESP_FD2_VehSpd=18 --timeout 20", "answer ESP_FD2_VehSpd=18", nullptr},
+        {"HUT34_TimeMod 1", "ESP_FD2_VehSpd=9 --timeout 20", "answer ESP_FD2_VehSpd=0", nullptr},  // a pulse
+        {"HUT32_XLvl 300", "HAP_FD2_CarMdlDispSts=2 --timeout 0.2", "set HUT32_XLvl=300  (012C)",
+         "vehiclectl: HAP_FD2_CarMdlDispSts is 1 after 0.2 s, not 2\n"},
+        {"HUT32_XLvl 2", "PEPS2_SysPowerMod=2 --timeout 0.2", "set HUT32_XLvl=2  (0002)",
+         "vehiclectl: PEPS2_SysPowerMod is - after 0.2 s, not 2\n"},  // the client's own value of it does not count
+    };
+    for (const auto& [set, waitFor, journal, error] : cases) {
+        const auto result = desk.run(std::string("vehiclectl set --wait-for ") + waitFor + " " + set);
+        EXPECT_EQ(result.exitCode, error ? 3 : 0) << set;
+        EXPECT_EQ(result.errors, error ? error : "");
+        EXPECT_TRUE(simulator->waitForOutput(journal)) << simulator->output();
+    }
+}
+
+TEST_F(Simulator, ReverseBeforeTheServiceReachesAnApplication) {
+    const std::string trace = desk.file("a.trace", "(0) service=down\n(0) reverse=0\n(0) BCM1_TrunkSts=1\n");
+    const auto simulator = desk.simulator("- --play " + trace);
+    ASSERT_TRUE(simulator->waitForOutput("reverse released"));
+    const auto watch = desk.watch("BCM8_PASWorkCmd BCM1_TrunkSts");
+    ASSERT_TRUE(waitForValue(*watch, "BCM8_PASWorkCmd", 0));
+    simulator->write("reverse=1\n");
+    ASSERT_TRUE(waitForValue(*watch, "BCM8_PASWorkCmd", 1));
+    EXPECT_EQ(watch->output().find("BCM1_TrunkSts"), std::string::npos);
+    simulator->write("service=up\n");
+    EXPECT_TRUE(waitForValue(*watch, "BCM1_TrunkSts", 1));
+}
+
+TEST_F(Simulator, TheParkingTracePlaysThroughToItsEnd) {
+    const auto watch = desk.start("vehiclectl watch HAP_FD1_APS_ProcBar");
+    const auto played = desk.run("can-service-sim --play " QVN_PARKING_TRACE " --speed 10 --exit-at-end");
+    EXPECT_EQ(played.exitCode, 0) << played.errors;
+    EXPECT_LT(timeOf(played.output, "HAP_FD3 timed out"), timeOf(played.output, "HAP_FD3 ok")) << played.output;
+    EXPECT_TRUE(waitForValue(*watch, "HAP_FD1_APS_ProcBar", 100)) << watch->output();
+}
+
+TEST_F(Simulator, EndsWithItsInputOrASignal) {
+    const auto byInput = desk.simulator();
+    byInput->write("reverse=1\n");
+    byInput->closeInput();
+    EXPECT_EQ(byInput->wait(), 0);
+    std::string level;
+    std::ifstream(desk.directory() + "/gpio/87") >> level;
+    EXPECT_EQ(level, "0");
+
+    for (const int number : {SIGINT, SIGTERM}) {
+        const auto background = desk.simulator();
+        background->closeInput();
+        background->signal(number);
+        EXPECT_EQ(background->wait(), 0);
+    }
+}
+
+}  // namespace
+}  // namespace qvn::e2e
