@@ -113,6 +113,7 @@ TEST_F(EndingClientTest, DoesNotWaitForTheCallbackThatEndsIt) {
     EXPECT_FALSE(client->isInsideCallback());
     server.signal(can_service::QVN_GET_BCM1_DrvDoorSts, "\x01");
     EXPECT_FALSE(result.get_future().get());
+    EXPECT_TRUE(client->endCallbacks(std::chrono::steady_clock::now() + std::chrono::seconds(60)));
 }
 
 TEST_F(EndingClientTest, ReportsNoFurtherPropertyOfAMessage) {
