@@ -98,6 +98,12 @@ TEST_F(Output, AFullDiskIsAnError) {
     }
 }
 
+TEST_F(Output, ThatIsClosedIsAnErrorAndTakesNothingElsesPlace) {
+    const auto result = desk.run("vehiclectl list >&-");
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(result.errors, "vehiclectl: cannot write standard output: Bad file descriptor\n");
+}
+
 TEST_F(Output, NothingIsLostOnTheWayToAReaderThatIsLate) {
     const StoppedReader reader(desk.directory() + "/list");
     const auto lists =

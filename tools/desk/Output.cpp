@@ -17,7 +17,7 @@
 namespace qvn::tools {
 namespace {
 
-constexpr std::size_t kMostWaiting = 256 * 1024;  // bytes; a pipe of the system holds 64 KiB more
+constexpr std::size_t kMostWaiting = std::size_t{256} * 1024;  // bytes; a pipe of the system holds 64 KiB more
 constexpr std::size_t kChunk = 4096;
 constexpr std::chrono::milliseconds kHurriedWait(500);
 
@@ -202,8 +202,10 @@ void Output::drain() {
         writer_->settled.clear();
         hurried_ = fds[1].revents != 0;
     }
-    const Clock::time_point end = Clock::now() + kHurriedWait;
-    while (!idle() && !gone() && Clock::now() < end) {
+    if (!giveUp_) {
+        giveUp_ = Clock::now() + kHurriedWait;
+    }
+    while (!idle() && !gone() && Clock::now() < *giveUp_) {
         pollfd settled{writer_->settled.fd(), POLLIN, 0};
         poll(&settled, 1, static_cast<int>(kHurriedWait.count()));
         writer_->settled.clear();

@@ -1,7 +1,9 @@
 #pragma once
 
+#include <chrono>
 #include <deque>
 #include <memory>
+#include <optional>
 #include <string>
 #include <thread>
 
@@ -45,6 +47,7 @@ private:
     std::shared_ptr<Writer> writer_;  // shared with the thread, which may be stuck in a write to the end
     std::thread thread_;
     bool hurried_ = false;
+    std::optional<std::chrono::steady_clock::time_point> giveUp_;  // once it is in a hurry
 };
 
 }  // namespace qvn::tools
