@@ -4,25 +4,27 @@
 #include <dlfcn.h>
 #include <pthread.h>
 #include <sys/socket.h>
-#include <sys/stat.h>
 #include <sys/un.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <atomic>
 #include <cerrno>
-#include <chrono>
-#include <condition_variable>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <functional>
 #include <future>
 #include <memory>
-#include <mutex>
+#include <stdexcept>
 #include <string>
+#include <system_error>
 #include <thread>
 #include <vector>
+
+#include "support/HostDir.h"
+#include "support/Journal.h"
+#include "support/Resources.h"
 
 std::atomic<bool> refuseThreads{false};
 
@@ -35,41 +37,30 @@ extern "C" int pthread_create(pthread_t* thread, const pthread_attr_t* attribute
 
 namespace {
 
-constexpr std::chrono::seconds kDeadline(20);
+using qvn::test::Journal;
+using qvn::test::logOf;
+using Texts = std::vector<std::string>;
+
 const char kUrl[] = "svc://test_service";
 constexpr int kUnsubscribed = 99;
+const std::string kLarge(1 << 20, 'x');  // more than a socket holds
 
-/// Values that callbacks add on a worker's thread and a test waits for.
-template <typename T>
-class Log {
-public:
-    void add(T value) {
-        std::lock_guard<std::mutex> lock(mMutex);
-        mValues.push_back(std::move(value));
-        mChanged.notify_all();
+CFdbMsgSubscribeList listOf(const CFdbMsgTable& items) {
+    CFdbMsgSubscribeList list;
+    for (const CFdbMsgSubscribeItem& item : items) {
+        CFdbBaseObject::addNotifyItem(list, item.msg_code(), item.filter().c_str());
     }
-    /// The values, when there are at least `count` or the deadline has passed.
-    std::vector<T> waitFor(size_t count) {
-        std::unique_lock<std::mutex> lock(mMutex);
-        mChanged.wait_for(lock, kDeadline, [&] { return mValues.size() >= count; });
-        return mValues;
-    }
-
-private:
-    std::mutex mMutex;
-    std::condition_variable mChanged;
-    std::vector<T> mValues;
-};
+    return list;
+}
 
 std::string payloadOf(CBaseJob::Ptr& job) {
     auto* message = castToMessage<CFdbMessage*>(job);
-    return std::string(reinterpret_cast<char*>(message->getPayloadBuffer()),
-                       static_cast<size_t>(message->getPayloadSize()));
+    return {reinterpret_cast<char*>(message->getPayloadBuffer()), static_cast<size_t>(message->getPayloadSize())};
 }
 
 class Text : public IFdbMsgBuilder {
 public:
-    explicit Text(std::string text) : mText(std::move(text)) {}
+    Text(std::string text) : mText(std::move(text)) {}
     int32_t build() override { return bufferSize(); }
     int32_t bufferSize() override { return static_cast<int32_t>(mText.size()); }
     const uint8_t* buffer() override { return reinterpret_cast<const uint8_t*>(mText.data()); }
@@ -77,10 +68,7 @@ public:
         std::memcpy(buffer, mText.data(), static_cast<size_t>(size));
         return true;
     }
-    bool toString(std::string& text) const override {
-        text = mText;
-        return true;
-    }
+    bool toString(std::string&) const override { return false; }
 
 private:
     std::string mText;
@@ -94,19 +82,27 @@ public:
 
 class Server : public CBaseServer {
 public:
-    explicit Server(CBaseWorker* worker) : CBaseServer("test_service", worker) {}
+    explicit Server(CBaseWorker* worker, const char* url = nullptr) : CBaseServer("test_service", worker) {
+        if (url) {
+            bind(url);
+        }
+    }
     ~Server() override { prepareDestroy(); }
 
-    Log<std::string> sessions;
-    Log<std::string> received;
-    Log<int> subscribed;
+    bool tell(int code, const std::string& text, const char* topic = nullptr) {
+        Text payload(text);
+        return broadcast(code, payload, topic);
+    }
+
+    Journal<std::string> sessions;
+    Journal<std::string> received;
+    Journal<int> subscribed;
 
 protected:
     void onOnline(FdbSessionId_t, bool is_first) override { sessions.add(is_first ? "first online" : "online"); }
     void onOffline(FdbSessionId_t, bool is_last) override { sessions.add(is_last ? "last offline" : "offline"); }
     void onInvoke(CBaseJob::Ptr& job) override {
         const std::string payload = payloadOf(job);
-        received.add(payload);
         Text answer("answer");
         if (payload == "plain") {
             EXPECT_FALSE(CFdbMessage::reply(job, answer)) << "nobody expects one";
@@ -115,6 +111,7 @@ protected:
         } else if (payload == "refuse") {
             CFdbMessage::status(job, 17, "refused");
         }
+        received.add(payload);
     }
     void onSubscribe(CBaseJob::Ptr& job) override {
         auto* message = castToMessage<CBaseMessage*>(job);
@@ -130,35 +127,41 @@ protected:
 
 class Client : public CBaseClient {
 public:
-    explicit Client(CBaseWorker* worker, std::vector<int> codes = {1, 2}, const char* topic = nullptr)
-        : CBaseClient("test_client", worker), mCodes(std::move(codes)), mTopic(topic) {}
+    /// Subscribes the items whenever it comes online.
+    explicit Client(CBaseWorker* worker, const CFdbMsgTable& items = {{1, nullptr}, {2, nullptr}},
+                    const char* url = kUrl)
+        : CBaseClient("test_client", worker), mItems(items) {
+        if (url) {
+            EXPECT_EQ(FDB_INVALID_ID, connect(url)) << "it says nothing about what comes of it";
+        }
+    }
     ~Client() override { prepareDestroy(); }
 
+    Texts values(size_t count) { return broadcasts.atLeast(count); }
+
     std::function<void(const std::string&)> onValue = [](const std::string&) {};
-    Log<std::string> broadcasts;
-    Log<std::string> replies;
-    Log<std::string> state;
+    Journal<std::string> broadcasts;  // payloads; with a topic "TOPIC: PAYLOAD"
+    Journal<std::string> replies;
+    Journal<std::string> state;
     std::atomic<CBaseWorker*> ranOn{nullptr};
 
 protected:
     void onOnline(FdbSessionId_t, bool) override {
-        CFdbMsgSubscribeList list;
-        for (const int code : mCodes) {
-            addNotifyItem(list, code, mTopic);
-        }
+        CFdbMsgSubscribeList list = listOf(mItems);
         subscribe(list);
         state.add("online");
     }
     void onOffline(FdbSessionId_t, bool) override { state.add("offline"); }
     void onBroadcast(CBaseJob::Ptr& job) override {
         const std::string payload = payloadOf(job);
+        const auto* message = castToMessage<CFdbMessage*>(job);
         CountingParser parser;
-        EXPECT_EQ(!payload.empty(), castToMessage<CFdbMessage*>(job)->deserialize(parser));
+        EXPECT_EQ(!payload.empty(), message->deserialize(parser));
         EXPECT_EQ(payload.empty() ? 0 : 1, parser.calls) << "no parser sees an empty payload";
         if (worker() && worker()->isSelf()) {
             ranOn = worker();
         }
-        broadcasts.add(payload);
+        broadcasts.add(message->topic().empty() ? payload : message->topic() + ": " + payload);
         onValue(payload);
     }
     void onReply(CBaseJob::Ptr& job) override { replies.add(payloadOf(job)); }
@@ -167,15 +170,15 @@ protected:
     }
 
 private:
-    std::vector<int> mCodes;
-    const char* mTopic;
+    const CFdbMsgTable mItems;
 };
 
 /// A client of code 1 whose callback does not return before it is released.
 class BlockedClient : public Client {
 public:
-    explicit BlockedClient(CBaseWorker* worker) : Client(worker, {1}) {
+    explicit BlockedClient(CBaseWorker* worker) : Client(worker, {{1, nullptr}}, nullptr) {
         onValue = [released = release.get_future().share()](const std::string&) { released.wait(); };
+        connect(kUrl);
     }
     ~BlockedClient() override { prepareDestroy(); }
 
@@ -191,213 +194,170 @@ private:
     std::function<void()> mTask;
 };
 
+class Worker : public CBaseWorker {
+public:
+    explicit Worker(const char* name) : CBaseWorker(name) { start(); }
+    ~Worker() override {
+        exit();
+        join();
+    }
+};
+
 class FdbusTest : public testing::Test {
 protected:
-    FdbusTest() {
-        std::string pattern = testing::TempDir() + "fdbus_XXXXXX";
-        mDir = mkdtemp(pattern.data());
-        setenv("QVN_HOST_DIR", mDir.c_str(), 1);
-        FDB_CONTEXT->start();
-        serverWorker.start();
-        clientWorker.start();
-    }
-    ~FdbusTest() override {
-        for (CBaseWorker* const worker : {&serverWorker, &clientWorker}) {
-            worker->exit();
-            worker->join();
-        }
-        std::filesystem::remove_all(mDir);
-    }
+    FdbusTest() { FDB_CONTEXT->start(); }
 
-    /// A raw connection to the service, as a peer that does not know the protocol would make it.
-    int connectRaw() const {
-        const int fd = socket(AF_UNIX, SOCK_STREAM, 0);
+    std::string socketPath() const { return mHost.path() / "test_service.sock"; }
+    /// Connects a socket as a peer would that does not know the protocol.
+    void connectRaw(int fd) const {
         sockaddr_un address = {};
         address.sun_family = AF_UNIX;
-        const std::string path = mDir + "/test_service.sock";
-        std::memcpy(address.sun_path, path.c_str(), path.size() + 1);
+        std::memcpy(address.sun_path, socketPath().c_str(), socketPath().size() + 1);
         EXPECT_EQ(0, connect(fd, reinterpret_cast<sockaddr*>(&address), sizeof(address)));
-        return fd;
     }
 
-    std::string mDir;
-    CBaseWorker serverWorker{"server"};
-    CBaseWorker clientWorker{"client"};
+    HostDir mHost;
+    Worker serverWorker{"server"};
+    Worker clientWorker{"client"};
 };
 
 TEST_F(FdbusTest, ClientMayConnectBeforeOrAfterTheServerBinds) {
-    Client early(&clientWorker);
-    EXPECT_EQ(FDB_INVALID_ID, early.connect(kUrl)) << "it says nothing about what comes of it";
+    Client early(&clientWorker, {{1, nullptr}, {2, nullptr}}, nullptr);
+    early.onValue = [](const std::string& value) {  // the bus swallows what a callback throws
+        value == "current 1" ? throw std::runtime_error("no luck") : throw 5;
+    };
+    early.connect(kUrl);
     Server server(&serverWorker);
     EXPECT_EQ(FDB_INVALID_ID, server.bind(kUrl));
     Client late(nullptr);
-    late.connect(kUrl);
-
-    const std::vector<std::string> current = {"current 1", "current 2"};
-    EXPECT_EQ(current, early.broadcasts.waitFor(2));
-    EXPECT_EQ(current, late.broadcasts.waitFor(2));
+    const Texts current = {"current 1", "current 2"};
+    EXPECT_EQ(current, early.values(2));
+    EXPECT_EQ(current, late.values(2));
     EXPECT_EQ(&clientWorker, early.ranOn);
     EXPECT_TRUE(early.connected());
-    EXPECT_EQ((std::vector<std::string>{"first online", "online"}), server.sessions.waitFor(2));
+    EXPECT_EQ((Texts{"first online", "online"}), server.sessions.atLeast(2));
 }
 
 TEST_F(FdbusTest, BroadcastsReachSubscribersOfTheCodeInOrder) {
-    Server server(&serverWorker);
-    server.bind(kUrl);
-    Client one(&clientWorker, {1, 1});
-    Client topical(&clientWorker, {1}, "left");
-    one.connect(kUrl);
-    topical.connect(kUrl);
-    server.subscribed.waitFor(3);
-
-    constexpr int kCount = 20000;
-    for (int i = 0; i < kCount; ++i) {
-        Text text(std::to_string(i));
-        ASSERT_TRUE(server.broadcast(1, text));
-        Text other("other code");
-        ASSERT_TRUE(server.broadcast(3, other));
+    Server server(&serverWorker, kUrl);
+    Client one(&clientWorker, {{1, nullptr}, {1, nullptr}});
+    Client topical(&clientWorker, {{1, "left"}});
+    server.subscribed.waitForSize(3);
+    Texts expected = {"current 1", "current 1"};
+    for (int i = 0; i < 20000; ++i) {
+        expected.push_back(std::to_string(i));
+        ASSERT_TRUE(server.tell(1, expected.back()));
+        ASSERT_TRUE(server.tell(3, "other code"));
     }
     server.broadcast(1);
-    Text left("on the left");
-    server.broadcast(1, left, "left");
-
-    std::vector<std::string> expected = {"current 1", "current 1"};
-    for (int i = 0; i < kCount; ++i) {
-        expected.push_back(std::to_string(i));
-    }
-    expected.push_back("");
-    expected.push_back("on the left");
-    EXPECT_EQ(expected, one.broadcasts.waitFor(expected.size()));
-    EXPECT_EQ((std::vector<std::string>{"current 1", "on the left"}), topical.broadcasts.waitFor(2));
+    server.tell(1, "here", "left");
+    server.tell(1, "there", "right");
+    server.tell(1, "end");
+    expected.insert(expected.end(), {"", "left: here", "right: there", "end"});
+    EXPECT_EQ(expected, one.values(expected.size()));
+    EXPECT_EQ((Texts{"left: current 1", "left: here"}), topical.values(2));
 }
 
 TEST_F(FdbusTest, SubscriptionsAreRepeatedAndEnded) {
-    Server server(&serverWorker);
-    server.bind(kUrl);
-    Client client(&clientWorker, {1});
-    client.connect(kUrl);
-    client.broadcasts.waitFor(1);
-    CFdbMsgSubscribeList list;
-    CFdbBaseObject::addNotifyItem(list, 1);
-    CFdbBaseObject::addNotifyItem(list, 2, "left");
-    EXPECT_TRUE(client.subscribe(list));
-    server.subscribed.waitFor(3);
-    server.broadcast(1, "once", 4);
-    CFdbMsgSubscribeList ended;
-    CFdbBaseObject::addNotifyItem(ended, 2);
-    EXPECT_TRUE(client.unsubscribe(ended));
-    client.send(5, "mark", 4);
-    server.received.waitFor(1);
-    server.broadcast(2, "ended", 5, "left");
-    server.broadcast(1, "end", 3);
-    EXPECT_EQ((std::vector<std::string>{"current 1", "current 1", "current 2", "once", "end"}),
-              client.broadcasts.waitFor(5));
+    const CFdbMsgTable before = {{1, nullptr}, {2, "left"}, {2, "right"}, {3, nullptr}};
+    const struct {
+        CFdbMsgTable ended;
+        Texts rest;  // of what is broadcast afterwards
+    } cases[] = {
+        {{{2, nullptr}}, {"one", "three"}},
+        {{{2, "left"}, {3, nullptr}}, {"one", "right: two"}},
+        {{{77, nullptr}, {2, "up"}, {1, nullptr}}, {"left: two", "right: two", "three"}},
+        {{}, {"one", "left: two", "right: two", "three"}},
+    };
+    Server server(&serverWorker, kUrl);
+    for (const auto& c : cases) {
+        Client client(&clientWorker, before);
+        client.broadcasts.waitForSize(4);
+        CFdbMsgSubscribeList again = listOf({{1, nullptr}});
+        EXPECT_TRUE(client.subscribe(again));
+        EXPECT_EQ("current 1", client.values(5).back()) << "subscribing again repeats the current value";
+        CFdbMsgSubscribeList ended = listOf(c.ended);
+        EXPECT_TRUE(client.unsubscribe(ended));
+        CFdbMsgSubscribeList mark = listOf({{4, nullptr}});
+        client.subscribe(mark);
+        EXPECT_EQ("current 4", client.values(6).back());
+        client.broadcasts.clear();
+        server.tell(1, "one");
+        server.tell(2, "two", "left");
+        server.tell(2, "two", "right");
+        server.tell(3, "three");
+        server.tell(4, "end");
+        Texts expected = c.rest;
+        expected.push_back("end");
+        EXPECT_EQ(expected, client.values(expected.size()));
+    }
 }
 
 TEST_F(FdbusTest, SendInvokeReplyAndStatus) {
     Server server(&serverWorker);
-    Client client(&clientWorker);
+    Client client(&clientWorker, {}, nullptr);
     Text early("early");
     EXPECT_TRUE(client.send(5, early)) << "it is lost, and nobody is told";
     EXPECT_TRUE(client.invoke(5, early));
-    EXPECT_EQ("-2 the service is not there", client.replies.waitFor(1).at(0));
+    EXPECT_EQ("-2 the service is not there", client.replies.atLeast(1).at(0));
     server.bind(kUrl);
     client.connect(kUrl);
-    client.state.waitFor(1);
+    client.state.waitForSize(1);
 
-    Text plain("plain"), ask("ask"), refuse("refuse"), silent("silent");
+    Text plain("plain");
     EXPECT_TRUE(client.send(5, plain));
     EXPECT_TRUE(client.send(5, "raw", 3));
-    EXPECT_TRUE(client.invoke(6, ask));
-    EXPECT_EQ("answer", client.replies.waitFor(2).at(1));
-    EXPECT_TRUE(client.invoke(6, refuse));
-    EXPECT_EQ("17 refused", client.replies.waitFor(3).at(2));
-    EXPECT_TRUE(client.invoke(6, silent, 20));
-    EXPECT_EQ("-1 no reply in time", client.replies.waitFor(4).at(3));
-    EXPECT_EQ((std::vector<std::string>{"plain", "raw", "ask", "refuse", "silent"}), server.received.waitFor(5));
+    const struct {
+        const char* request;
+        int timeout;
+        const char* outcome;
+    } cases[] = {{"ask", 0, "answer"},
+                 {"refuse", 0, "17 refused"},
+                 {"silent", 20, "-1 no reply in time"},
+                 {"ask", 60000, "answer"}};
+    for (const auto& c : cases) {
+        client.replies.clear();
+        Text request(c.request);
+        EXPECT_TRUE(client.invoke(6, request, c.timeout));
+        EXPECT_EQ(Texts{c.outcome}, client.replies.atLeast(1));
+    }
+    EXPECT_EQ((Texts{"plain", "raw", "ask", "refuse", "silent", "ask"}), server.received.atLeast(6));
 }
 
 TEST_F(FdbusTest, ClientComesBackWithTheService) {
     Client client(&clientWorker);
-    client.connect(kUrl);
     for (size_t round = 1; round <= 20; ++round) {
-        Server server(&serverWorker);
-        server.bind(kUrl);
-        ASSERT_EQ(2 * round, client.broadcasts.waitFor(2 * round).size());
-        server.prepareDestroy();
-        ASSERT_EQ("offline", client.state.waitFor(2 * round).back());
+        Server server(&serverWorker, kUrl);
+        ASSERT_EQ(2 * round, client.values(2 * round).size());
+        round % 2 ? server.prepareDestroy() : server.unbind();
+        ASSERT_EQ("offline", client.state.atLeast(2 * round).back());
         EXPECT_TRUE(client.send(5, "lost", 4));
     }
     client.disconnect();
     EXPECT_FALSE(client.connected());
 }
 
-TEST_F(FdbusTest, RuntimeDirectoryMayVanish) {
-    Server server(&serverWorker);
-    server.bind(kUrl);
-    Client before(&clientWorker);
-    before.connect(kUrl);
-    before.broadcasts.waitFor(2);
-
-    const std::string away = mDir + ".away";  // moved first: the server makes it again at once
-    std::filesystem::rename(mDir, away);
-    std::filesystem::remove_all(away);
-    Client after(&clientWorker);
-    after.connect(kUrl);
-    EXPECT_EQ(2u, after.broadcasts.waitFor(2).size());
-    Text live("live");
-    server.broadcast(1, live);
-    EXPECT_EQ("live", before.broadcasts.waitFor(3).back());
-}
-
 TEST_F(FdbusTest, NamesAndFoldersThatCannotBeUsed) {
-    const auto logOf = [](const std::function<void()>& action) {
-        testing::internal::CaptureStderr();
-        action();
-        return testing::internal::GetCapturedStderr();
-    };
-    const auto expectLog = [](const std::string& log, const char* text) {
+    const auto complains = [](const std::function<void()>& action, const std::string& text) {
+        const std::string log = logOf(action);
         EXPECT_NE(log.find(text), std::string::npos) << log;
     };
     Server server(&serverWorker);
     for (const char* const url : {"tcp://elsewhere", "svc://", "svc://../up"}) {
-        expectLog(logOf([&] { server.bind(url); }), "is no service address");
+        complains([&] { server.bind(url); }, "fdbus: '" + std::string(url) + "' is no service address");
     }
     EXPECT_EQ("", logOf([&] { server.bind(kUrl); }));
-    Server second(&serverWorker);
-    expectLog(logOf([&] { second.bind(kUrl); }), "another server has this name");
+    complains([&] { Server(&serverWorker, kUrl); }, "cannot offer 'test_service': another server has this name");
 
-    const struct {
-        std::string folder;
-        const char* complaint;
-    } folders[] = {{"/proc/no_such_folder", "'test_service': cannot make the directory /proc/no_such_folder"},
-                   {mDir + "/" + std::string(100, 'd'), "bytes that a socket's may have; set QVN_HOST_DIR to a"}};
-    for (const auto& unusable : folders) {
-        setenv("QVN_HOST_DIR", unusable.folder.c_str(), 1);
-        Server nowhere(&serverWorker);
-        expectLog(logOf([&] { nowhere.bind(kUrl); }), unusable.complaint);
-        Client client(&clientWorker);
-        expectLog(logOf([&] { client.connect(kUrl); }), unusable.complaint);
+    const std::pair<std::string, const char*> folders[] = {
+        {"/proc/no_such_folder", "'test_service': cannot make the directory /proc/no_such_folder"},
+        {mHost.path() / std::string(100, 'd'), "bytes that a socket's may have; set QVN_HOST_DIR to a"}};
+    for (const auto& [folder, complaint] : folders) {
+        setenv("QVN_HOST_DIR", folder.c_str(), 1);
+        complains([&] { Server(&serverWorker, kUrl); }, complaint);
+        complains([&] { Client(&clientWorker, {}, kUrl); }, complaint);
     }
 }
-
-TEST_F(FdbusTest, StaleAndForeignSocketFilesGiveWay) {
-    const std::string path = mDir + "/test_service.sock";
-    ASSERT_EQ(0, symlink("/dev/null", path.c_str()));
-    Client client(&clientWorker);
-    client.connect(kUrl);
-    Server server(&serverWorker);
-    server.bind(kUrl);
-    EXPECT_EQ(2u, client.broadcasts.waitFor(2).size());
-    struct stat status;
-    ASSERT_EQ(0, lstat(path.c_str(), &status));
-    EXPECT_TRUE(S_ISSOCK(status.st_mode));
-}
-
-struct BadFrame {
-    const char* what;
-    std::string bytes;
-};
 
 std::string header(uint32_t length, uint16_t kind, uint16_t topic) {
     std::string bytes(16, '\0');
@@ -408,13 +368,10 @@ std::string header(uint32_t length, uint16_t kind, uint16_t topic) {
 }
 
 TEST_F(FdbusTest, MalformedFramesEndTheirSessionOnly) {
-    Server server(&serverWorker);
-    server.bind(kUrl);
+    Server server(&serverWorker, kUrl);
     Client client(&clientWorker);
-    client.connect(kUrl);
-    client.broadcasts.waitFor(2);
-
-    const BadFrame frames[] = {
+    client.broadcasts.waitForSize(2);
+    const std::pair<const char*, std::string> frames[] = {
         {"unknown kind", header(0, 99, 0)},
         {"no kind", header(0, 0, 0)},
         {"oversized", header(0x7fffffff, 3, 0)},
@@ -423,103 +380,78 @@ TEST_F(FdbusTest, MalformedFramesEndTheirSessionOnly) {
         {"truncated subscribe list", header(5, 1, 0) + "abcde"},
         {"subscribe topic beyond the end", header(6, 1, 0) + std::string("\1\0\0\0\x10\0", 6)},
         {"text", "GET / HTTP/1.1\r\n\r\n"},
+        {"half a frame, and away", header(100, 3, 0) + "half"},
     };
-    for (const BadFrame& frame : frames) {
-        const int fd = connectRaw();
-        ASSERT_EQ(static_cast<ssize_t>(frame.bytes.size()), write(fd, frame.bytes.data(), frame.bytes.size()));
+    for (const auto& [what, bytes] : frames) {
+        const int fd = socket(AF_UNIX, SOCK_STREAM, 0);
+        connectRaw(fd);
+        ASSERT_EQ(static_cast<ssize_t>(bytes.size()), write(fd, bytes.data(), bytes.size()));
+        if (bytes.find("half") != std::string::npos) {
+            shutdown(fd, SHUT_WR);
+        }
         char byte;
-        EXPECT_LE(read(fd, &byte, 1), 0) << frame.what << ": the session must end";
+        EXPECT_LE(read(fd, &byte, 1), 0) << what << ": the session must end";
         close(fd);
     }
-    {
-        const int fd = connectRaw();  // half a frame, and away
-        const std::string half = header(100, 3, 0) + "half";
-        ASSERT_EQ(static_cast<ssize_t>(half.size()), write(fd, half.data(), half.size()));
-        close(fd);
-    }
-    Text live("still here");
-    server.broadcast(1, live);
-    EXPECT_EQ("still here", client.broadcasts.waitFor(3).back());
+    server.tell(1, "still here");
+    EXPECT_EQ("still here", client.values(3).back());
 }
 
 TEST_F(FdbusTest, LargePayloadsAndBlockedReceivers) {
-    Server server(&serverWorker);
-    server.bind(kUrl);
+    Server server(&serverWorker, kUrl);
     BlockedClient client(&clientWorker);
-    client.connect(kUrl);
-    server.subscribed.waitFor(1);
-    const std::string large(1 << 20, 'x');
+    server.subscribed.waitForSize(1);
+    Texts expected = {"current 1"};
     for (int i = 0; i < 20; ++i) {
-        Text text(large);
-        ASSERT_TRUE(server.broadcast(1, text));
-        Text small(std::to_string(i));
-        ASSERT_TRUE(server.broadcast(1, small));
+        expected.push_back(kLarge);
+        expected.push_back(std::to_string(i));
+        ASSERT_TRUE(server.tell(1, kLarge) && server.tell(1, expected.back()));
     }
     client.release.set_value();
-    const std::vector<std::string> received = client.broadcasts.waitFor(41);
-    ASSERT_EQ(41u, received.size());
-    EXPECT_EQ(large, received[39]);
-    EXPECT_EQ("19", received[40]);
+    EXPECT_TRUE(expected == client.values(expected.size()));
 }
 
 // A job that waits for what it has sent to arrive stands for an application's callback that takes long.
 TEST_F(FdbusTest, FramesLeaveWhileTheLoopIsBusy) {
-    Server server(&serverWorker);
-    server.bind(kUrl);
-    Client client(&clientWorker, {1});
-    client.connect(kUrl);
-    client.broadcasts.waitFor(1);
+    Server server(&serverWorker, kUrl);
+    Client client(&clientWorker, {{1, nullptr}});
+    client.broadcasts.waitForSize(1);
     clientWorker.sendSync(new Job([&] {
         for (int i = 0; i < 9; ++i) {
             client.send(5, "set", 3);
         }
-        EXPECT_EQ(9u, server.received.waitFor(9).size());
+        EXPECT_EQ(9u, server.received.atLeast(9).size());
     }));
-    const std::string large(1 << 20, 'x');  // more than the socket holds
     serverWorker.sendSync(new Job([&] {
         for (int i = 0; i < 9; ++i) {
-            server.broadcast(1, large.data(), static_cast<int32_t>(large.size()));
+            server.tell(1, kLarge);
         }
-        EXPECT_EQ(10u, client.broadcasts.waitFor(10).size());
+        EXPECT_EQ(10u, client.values(10).size());
     }));
-}
-
-TEST_F(FdbusTest, ClientThatFallsTooFarBehindIsCutOffAndComesBack) {
-    Server server(&serverWorker);
-    server.bind(kUrl);
-    BlockedClient client(&clientWorker);
-    client.connect(kUrl);
-    server.subscribed.waitFor(1);
-    const std::string large(1 << 20, 'x');
-    for (int i = 0; i < 80; ++i) {
-        Text text(large);
-        server.broadcast(1, text);
-    }
-    EXPECT_EQ("last offline", server.sessions.waitFor(2).back());
-    client.release.set_value();
-    EXPECT_EQ((std::vector<std::string>{"online", "offline", "online"}), client.state.waitFor(3));
-    EXPECT_EQ(2u, server.subscribed.waitFor(2).size()) << "it gets current values again";
 }
 
 TEST_F(FdbusTest, ObjectsMayGoWhileTrafficFlows) {
     std::atomic<bool> stop{false};
-    Server server(&serverWorker);
-    server.bind(kUrl);
+    Server server(&serverWorker, kUrl);
     std::thread traffic([&] {
         for (int i = 0; !stop; ++i) {
-            Text text(std::to_string(i));
-            server.broadcast(1 + i % 2, text);
+            server.tell(1 + i % 2, std::to_string(i));
         }
     });
     for (int round = 0; round < 50; ++round) {
         auto client = std::make_unique<Client>(round % 2 ? &clientWorker : nullptr);
-        client->connect(kUrl);
-        client->broadcasts.waitFor(static_cast<size_t>(round % 5));
+        client->broadcasts.waitForSize(static_cast<size_t>(round % 5));
+        if (round % 2) {
+            clientWorker.sendSync(new Job([&] {  // what it has asked the loop for is still to be done when it goes
+                Text silent("silent");
+                client->invoke(6, silent, 1);
+                client->connect(kUrl);
+                client.reset();
+            }));
+        }
         client.reset();
-        CBaseWorker ending("ending");
-        ending.start();
+        Worker ending("ending");
         Client orphan(&ending);
-        orphan.connect(kUrl);
         if (round % 3 == 0) {
             orphan.prepareDestroy();
         }
@@ -530,18 +462,68 @@ TEST_F(FdbusTest, ObjectsMayGoWhileTrafficFlows) {
     traffic.join();
 }
 
-TEST_F(FdbusTest, ExceptionsOfCallbacksAreSwallowed) {
-    Server server(&serverWorker);
-    server.bind(kUrl);
-    Client client(&clientWorker);
-    client.onValue = [](const std::string& value) {
-        if (value == "current 1") {
-            throw std::runtime_error("no luck");
+TEST_F(FdbusTest, WithoutDescriptorsItWaitsAndGoesOnLater) {
+    Server server(&serverWorker, kUrl);
+    const int raw = socket(AF_UNIX, SOCK_STREAM, 0);
+    auto client = std::make_unique<Client>(&clientWorker, CFdbMsgTable{{1, nullptr}}, nullptr);
+    const std::string log = logOf([&] {
+        {
+            const qvn::test::NoMoreDescriptors shortage;
+            connectRaw(raw);  // the server cannot accept it
+            client->connect(kUrl);
+            EXPECT_TRUE(qvn::test::isIdle());
         }
-        throw 5;
+        EXPECT_EQ(Texts{"current 1"}, client->values(1));
+        EXPECT_EQ((Texts{"first online", "online"}), server.sessions.atLeast(2));
+    });
+    close(raw);
+    for (const char* const what :
+         {"watch the runtime directory", "connect to service 'test_service'", "accept a client"}) {
+        EXPECT_EQ(1u, qvn::test::count(log, std::string("cannot ") + what + ": Too many open files; trying again"))
+            << log;
+    }
+}
+
+TEST_F(FdbusTest, NoDescriptorStaysBehind) {
+    const auto use = [] {
+        Worker worker("used");
+        Server server(&worker, kUrl);
+        Client client(&worker);
+        EXPECT_EQ(2u, client.values(2).size());
+        client.disconnect();
+        client.connect(kUrl);
+        EXPECT_EQ(4u, client.values(4).size());
     };
-    client.connect(kUrl);
-    EXPECT_EQ(2u, client.broadcasts.waitFor(2).size());
+    use();  // the first connection of a process starts its writer, which stays
+    const size_t before = qvn::test::openDescriptors();
+    for (int round = 0; round < 5; ++round) {
+        use();
+    }
+    EXPECT_EQ(before, qvn::test::openDescriptors());
+}
+
+// What a child does not use itself must neither keep it from ending nor be disturbed by that.
+TEST_F(FdbusTest, AChildOfForkEndsWithoutAMark) {
+    auto server = std::make_unique<Server>(&serverWorker, kUrl);
+    auto client = std::make_unique<Client>(&clientWorker);
+    client->broadcasts.waitForSize(2);
+    auto worker = std::make_unique<Worker>("parent's");
+    const pid_t child = fork();
+    if (child == 0) {  // as the destructors of static objects would
+        alarm(20);
+        client.reset();
+        server.reset();
+        worker.reset();
+        FDB_CONTEXT->destroy();
+        _exit(0);
+    }
+    int status = 0;
+    ASSERT_EQ(child, waitpid(child, &status, 0));
+    EXPECT_EQ(0, status);
+    server->tell(1, "live");
+    EXPECT_EQ("live", client->values(3).back());
+    Client late(&clientWorker);
+    EXPECT_EQ(2u, late.values(2).size()) << "the service can still be found";
 }
 
 TEST(FdbusWorkerTest, RunsJobsInOrderFromStartToExit) {
@@ -550,6 +532,7 @@ TEST(FdbusWorkerTest, RunsJobsInOrderFromStartToExit) {
     EXPECT_FALSE(worker.flush());
     std::promise<void> reached, opened;
     EXPECT_TRUE(worker.start());
+    EXPECT_FALSE(worker.start()) << "it starts once";
     EXPECT_TRUE(worker.sendSync(new Job([&] {
         EXPECT_TRUE(worker.isSelf());
         EXPECT_FALSE(worker.join()) << "a worker cannot wait for itself";
@@ -571,37 +554,57 @@ TEST(FdbusWorkerTest, RunsJobsInOrderFromStartToExit) {
     EXPECT_EQ((std::vector<int>{0, 1, 2}), ran) << "exit() lets the jobs before it run";
     EXPECT_FALSE(worker.sendAsync(new Job([] {})));
     EXPECT_FALSE(worker.flush());
-}
-
-TEST(FdbusWorkerTest, StartsOnce) {
-    CBaseWorker worker("once");
-    EXPECT_TRUE(worker.start());
-    EXPECT_FALSE(worker.start());
-    worker.exit();
-    worker.join();
-    EXPECT_FALSE(worker.start());
+    EXPECT_FALSE(worker.start()) << "not even when it has ended";
 }
 
 TEST(FdbusWorkerTest, ReportsAThreadThatRunsAtItsDestruction) {
-    testing::internal::CaptureStderr();
-    {
-        CBaseWorker worker("left alone");
-        worker.start();
-    }
-    const std::string log = testing::internal::GetCapturedStderr();
+    const std::string log = logOf([] { CBaseWorker("left alone").start(); });
     EXPECT_NE(log.find("worker 'left alone' is destroyed while its thread runs"), std::string::npos) << log;
 }
 
 TEST(FdbusWorkerTest, SaysWhenThereIsNoThreadToStart) {
     CBaseWorker worker("starved");
-    refuseThreads = true;
-    EXPECT_FALSE(worker.start());
-    refuseThreads = false;
+    const std::string log = logOf([&] {
+        refuseThreads = true;
+        EXPECT_FALSE(worker.start());
+        refuseThreads = false;
+    });
+    EXPECT_NE(log.find("fdbus: cannot start the thread of worker 'starved'"), std::string::npos) << log;
     EXPECT_FALSE(worker.flush()) << "nothing waits for a loop that does not run";
     EXPECT_TRUE(worker.start()) << "it may be tried again";
     EXPECT_TRUE(worker.flush());
     worker.exit();
     worker.join();
+}
+
+TEST(FdbusWorkerTest, LoopMayRunInPlace) {
+    CBaseWorker worker("here");
+    std::thread other([&] {
+        while (!worker.sendAsync(new Job([&] {
+            EXPECT_TRUE(worker.isSelf());
+            worker.exit();
+        }))) {
+            std::this_thread::yield();
+        }
+    });
+    EXPECT_TRUE(worker.start(FDB_WORKER_EXE_IN_PLACE));
+    other.join();
+}
+
+TEST(FdbusWorkerTest, WithoutDescriptorsItsConstructionFailsAsAWhole) {
+    bool fails = false, succeeds = false;
+    const size_t open = qvn::test::openDescriptors();
+    for (rlim_t limit = 3; limit < 40; ++limit) {
+        try {
+            const qvn::test::NoMoreDescriptors shortage(limit);
+            CBaseWorker("short");
+            succeeds = true;
+        } catch (const std::system_error& error) {
+            fails = error.code().value() == EMFILE;
+        }
+        EXPECT_EQ(open, qvn::test::openDescriptors());
+    }
+    EXPECT_TRUE(fails && succeeds);
 }
 
 /// Goes when the main thread's own objects have gone.
@@ -619,7 +622,7 @@ TEST(FdbusExitTest, AStaticObjectMaySend) {
     EXPECT_EXIT(
         {
             FDB_CONTEXT->start();
-            sendsAfterMain.client = std::make_unique<Client>(nullptr);
+            sendsAfterMain.client = std::make_unique<Client>(nullptr, CFdbMsgTable{}, nullptr);
             sendsAfterMain.client->send(5, "early", 5);
             std::exit(0);
         },
@@ -634,7 +637,6 @@ TEST(FdbusContextTest, NothingIsSentBeforeAndAfterIt) {
             Client client(nullptr);
             Server server(nullptr);
             Text text("text");
-            client.connect(kUrl);
             bool sends = client.send(5, text) || client.invoke(5, text) || server.broadcast(5, text);
             FDB_CONTEXT->start();
             sends = sends || !client.send(5, text) || !client.invoke(5, text) || !server.broadcast(5, text);
@@ -643,50 +645,6 @@ TEST(FdbusContextTest, NothingIsSentBeforeAndAfterIt) {
             std::exit(sends ? 1 : 0);
         },
         testing::ExitedWithCode(0), "needs the context");
-}
-
-// What a child does not use itself must neither keep it from ending nor be disturbed by that.
-TEST_F(FdbusTest, AChildOfForkEndsWithoutAMark) {
-    auto server = std::make_unique<Server>(&serverWorker);
-    server->bind(kUrl);
-    auto client = std::make_unique<Client>(&clientWorker);
-    client->connect(kUrl);
-    client->broadcasts.waitFor(2);
-    auto worker = std::make_unique<CBaseWorker>("parent's");
-    worker->start();
-    const pid_t child = fork();
-    if (child == 0) {  // as the destructors of static objects would
-        alarm(20);
-        client.reset();
-        server.reset();
-        worker.reset();
-        FDB_CONTEXT->destroy();
-        _exit(0);
-    }
-    int status = 0;
-    ASSERT_EQ(child, waitpid(child, &status, 0));
-    EXPECT_EQ(0, status);
-    server->broadcast(1, "live", 4);
-    EXPECT_EQ("live", client->broadcasts.waitFor(3).back());
-    Client late(&clientWorker);
-    late.connect(kUrl);
-    EXPECT_EQ(2u, late.broadcasts.waitFor(2).size()) << "the service can still be found";
-    worker->exit();
-    worker->join();
-}
-
-TEST(FdbusWorkerTest, LoopMayRunInPlace) {
-    CBaseWorker worker("here");
-    std::thread other([&] {
-        while (!worker.sendAsync(new Job([&] {
-            EXPECT_TRUE(worker.isSelf());
-            worker.exit();
-        }))) {
-            std::this_thread::yield();
-        }
-    });
-    EXPECT_TRUE(worker.start(FDB_WORKER_EXE_IN_PLACE));
-    other.join();
 }
 
 }  // namespace

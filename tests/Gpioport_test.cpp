@@ -1,20 +1,18 @@
 #include <gpioport/gpioport_client.h>
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <atomic>
-#include <chrono>
-#include <condition_variable>
 #include <functional>
 #include <list>
-#include <mutex>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "support/HostDir.h"
+#include "support/Journal.h"
+#include "support/Resources.h"
 
 namespace fs = std::filesystem;
 
@@ -25,79 +23,60 @@ constexpr int kRising = 1;
 constexpr int kFalling = 2;
 constexpr int kBothEdges = 3;
 
-/** Records the level of the line at each interrupt, then does what the test asks for. */
-class Recorder {
-public:
-    explicit Recorder(int line = kLine) : line_(line) {}
+using Levels = std::vector<int>;
+
+/// Records the level of the line at each interrupt, then does what the test asks for.
+struct Recorder {
+    explicit Recorder(int lineNumber = kLine) : line(lineNumber) {}
 
     static void interrupt(void* context) {
         auto* self = static_cast<Recorder*>(context);
-        const int level = gpioport_get_inout_value(self->line_);
+        const int level = gpioport_get_inout_value(self->line);
         if (self->during) {
             self->during();
         }
-        const std::lock_guard<std::mutex> lock(self->mutex_);
-        self->levels_.push_back(level);
-        self->thread_ = std::this_thread::get_id();
-        self->changed_.notify_all();
+        self->thread = std::this_thread::get_id();
+        self->levels.add(level);
     }
 
-    /** The levels recorded once there are that many; fewer when the deadline came first. */
-    std::vector<int> levels(std::size_t count) {
-        std::unique_lock<std::mutex> lock(mutex_);
-        changed_.wait_for(lock, std::chrono::seconds(20), [&] { return levels_.size() >= count; });
-        return levels_;
-    }
-
-    std::thread::id thread() {
-        const std::lock_guard<std::mutex> lock(mutex_);
-        return thread_;
-    }
-
+    const int line;
     std::function<void()> during;
-
-private:
-    const int line_;
-    std::mutex mutex_;
-    std::condition_variable changed_;
-    std::vector<int> levels_;
-    std::thread::id thread_;
+    std::atomic<std::thread::id> thread{std::thread::id()};
+    qvn::test::Journal<int> levels;
 };
 
 class Gpioport : public testing::Test {
 protected:
     ~Gpioport() override { EXPECT_EQ(gpioport_exit(), 0); }
 
-    fs::path file(int line = kLine) const { return host_.path() / "gpio" / std::to_string(line); }
-
+    fs::path file(int line = kLine) const { return mHost.path() / "gpio" / std::to_string(line); }
     void drive(const std::string& text, int line = kLine) { writeFile(file(line), text); }
+    /// A file that can become the line's without a descriptor.
+    void prepare(const std::string& text) { writeFile(file().parent_path() / "next", text); }
+    void driveAsPrepared() { fs::rename(file().parent_path() / "next", file()); }
 
     Recorder& watch(int mode, int line = kLine) {
-        Recorder& recorder = recorders_.emplace_back(line);
+        Recorder& recorder = mRecorders.emplace_back(line);
         EXPECT_EQ(gpioport_irq_func_register(line, mode, Recorder::interrupt, &recorder), 0);
         return recorder;
     }
-
-    /** Returns when the callbacks of every earlier change have run: the port works in batches. */
+    /// Returns when the callbacks of every earlier change have run: the port works in batches.
     void settle() {
         for (int batch = 0; batch < 3; ++batch) {
-            ASSERT_EQ(gpioport_irq_func_register(kMarker, kBothEdges, Recorder::interrupt, &marker_), 0);
+            ASSERT_EQ(gpioport_irq_func_register(kMarker, kBothEdges, Recorder::interrupt, &mMarker), 0);
             drive(gpioport_get_inout_value(kMarker) == 0 ? "1" : "0", kMarker);
-            ++markers_;
-            ASSERT_EQ(marker_.levels(markers_).size(), markers_);
+            ASSERT_TRUE(mMarker.levels.waitForSize(++mMarkers));
         }
     }
 
-    HostDir host_;
+    HostDir mHost;
 
 private:
     static constexpr int kMarker = 1000;
-    Recorder marker_{kMarker};
-    std::size_t markers_ = 0;
-    std::list<Recorder> recorders_;
+    Recorder mMarker{kMarker};
+    std::size_t mMarkers = 0;
+    std::list<Recorder> mRecorders;
 };
-
-using Levels = std::vector<int>;
 
 }  // namespace
 
@@ -123,21 +102,24 @@ TEST_F(Gpioport, CallsBackOnTheEdgesOfItsMode) {
     Recorder& rising = watch(kRising);
     Recorder& falling = watch(kFalling);
     Recorder& otherLine = watch(kBothEdges, 88);
+    Recorder& replaced = watch(kBothEdges);
+    ASSERT_EQ(gpioport_irq_func_register(kLine, kRising, Recorder::interrupt, &replaced), 0);
     drive("0");
     settle();
     drive("1\n");
     settle();
-    writeFile(host_.root() / "ready", "0");
-    fs::rename(host_.root() / "ready", file());
+    prepare("0");
+    driveAsPrepared();
     settle();
     fs::remove(file());
     settle();
-    EXPECT_EQ(both.levels(4), (Levels{0, 1, 0, 1}));
-    EXPECT_EQ(rising.levels(2), (Levels{1, 1}));
-    EXPECT_EQ(falling.levels(2), (Levels{0, 0}));
-    EXPECT_EQ(otherLine.levels(0), Levels{});
-    EXPECT_NE(both.thread(), std::this_thread::get_id());
-    EXPECT_EQ(both.thread(), rising.thread());
+    EXPECT_EQ(both.levels.entries(), (Levels{0, 1, 0, 1}));
+    EXPECT_EQ(rising.levels.entries(), (Levels{1, 1}));
+    EXPECT_EQ(falling.levels.entries(), (Levels{0, 0}));
+    EXPECT_EQ(otherLine.levels.entries(), Levels{});
+    EXPECT_EQ(replaced.levels.entries(), (Levels{1, 1})) << "by the later registration of the same context";
+    EXPECT_NE(both.thread.load(), std::this_thread::get_id());
+    EXPECT_EQ(both.thread.load(), rising.thread.load());
 }
 
 TEST_F(Gpioport, IgnoresWritesThatChangeNothing) {
@@ -147,27 +129,17 @@ TEST_F(Gpioport, IgnoresWritesThatChangeNothing) {
     drive("0\n");
     drive("garbage");
     settle();
-    EXPECT_EQ(recorder.levels(0), Levels{});
-
     std::ofstream rewriting(file(), std::ios::trunc);
     settle();
-    EXPECT_EQ(recorder.levels(0), Levels{}) << "a truncated file is no level";
     rewriting << "0";
     rewriting.close();
     settle();
-    EXPECT_EQ(recorder.levels(0), Levels{});
+    EXPECT_EQ(recorder.levels.entries(), Levels{}) << "what is no level is no edge either";
+    drive("garbage");
+    Recorder& late = watch(kBothEdges);
     drive("1");
-    EXPECT_EQ(recorder.levels(1), (Levels{1}));
-}
-
-TEST_F(Gpioport, ReplacesARegistrationOfTheSameContext) {
-    Recorder& recorder = watch(kBothEdges);
-    ASSERT_EQ(gpioport_irq_func_register(kLine, kRising, Recorder::interrupt, &recorder), 0);
-    drive("0");
-    settle();
-    drive("1");
-    settle();
-    EXPECT_EQ(recorder.levels(1), (Levels{1}));
+    EXPECT_EQ(recorder.levels.atLeast(1), (Levels{1}));
+    EXPECT_EQ(late.levels.atLeast(1), (Levels{1})) << "the first level that it can read counts as an edge";
 }
 
 TEST_F(Gpioport, RefusesUnusableArguments) {
@@ -179,65 +151,73 @@ TEST_F(Gpioport, RefusesUnusableArguments) {
 }
 
 TEST_F(Gpioport, FailsWithALogLineWhenTheRuntimeDirectoryIsUnusable) {
-    writeFile(host_.path(), "in the way");
-    testing::internal::CaptureStderr();
-    EXPECT_NE(gpioport_request(0), 0);
-    const std::string log = testing::internal::GetCapturedStderr();
-    EXPECT_NE(log.find(host_.path().string() + " is not a directory"), std::string::npos) << log;
+    writeFile(mHost.path(), "in the way");
+    const std::string log = qvn::test::logOf([] { EXPECT_NE(gpioport_request(0), 0); });
+    EXPECT_NE(log.find(" gpioport: " + mHost.path().string() + " is not a directory"), std::string::npos) << log;
 
-    fs::remove(host_.path());
+    fs::remove(mHost.path());
     EXPECT_EQ(gpioport_request(0), 0) << "a later request may succeed";
 }
 
 TEST_F(Gpioport, RecoversWhenTheDirectoryIsMadeAgain) {
     Recorder& recorder = watch(kBothEdges);
     drive("0");
-    EXPECT_EQ(recorder.levels(1), (Levels{0}));
-    fs::remove_all(host_.path());
-    EXPECT_EQ(recorder.levels(2), (Levels{0, 1})) << "no file: released";
+    EXPECT_EQ(recorder.levels.atLeast(1), (Levels{0}));
+    fs::remove_all(mHost.path());
+    EXPECT_EQ(recorder.levels.atLeast(2), (Levels{0, 1})) << "no file: released";
     drive("0");
-    EXPECT_EQ(recorder.levels(3), (Levels{0, 1, 0}));
+    EXPECT_EQ(recorder.levels.atLeast(3), (Levels{0, 1, 0}));
 }
 
 TEST_F(Gpioport, SeesAnEdgeLaterThatNoDescriptorWasLeftFor) {
     Recorder& recorder = watch(kBothEdges);
-    const fs::path next = host_.path() / "gpio" / "next";
-    writeFile(next, "0");
-    rlimit usual{};
-    ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &usual), 0);
-    const rlimit none{3, usual.rlim_max};
-    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
-    fs::rename(next, file());
-    for (int i = 0; i < 10000; ++i) {  // the port's thread tries meanwhile
+    prepare("0");
+    settle();
+    {
+        const qvn::test::NoMoreDescriptors shortage;
+        driveAsPrepared();
+        EXPECT_TRUE(qvn::test::isIdle());
         EXPECT_EQ(gpioport_get_inout_value(kLine), -1);
     }
-    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &usual), 0);
-    EXPECT_EQ(recorder.levels(1), (Levels{0}));
+    EXPECT_EQ(recorder.levels.atLeast(1), (Levels{0}));
 }
 
 TEST_F(Gpioport, MayBeOpenedWhileNoDescriptorIsLeft) {
     drive("1");
-    rlimit usual{};
-    ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &usual), 0);
-    const rlimit none{3, usual.rlim_max};
-    const fs::path next = host_.path() / "gpio" / "next";
-    writeFile(next, "0");
-    testing::internal::CaptureStderr();
-    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
-    EXPECT_EQ(gpioport_request(0), 0);
-    Recorder& recorder = watch(kFalling);
-    fs::rename(next, file());
-    ASSERT_EQ(gpioport_exit(), 0) << "nor does it keep the port from closing";
-    Recorder& another = watch(kFalling);
-    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &usual), 0);
-    EXPECT_EQ(another.levels(1), (Levels{0}));
-    drive("1");
-    settle();
-    drive("0");
-    EXPECT_EQ(another.levels(2), (Levels{0, 0}));
-    EXPECT_EQ(recorder.levels(0), Levels{});
-    const std::string log = testing::internal::GetCapturedStderr();
-    EXPECT_NE(log.find("cannot watch the GPIO lines: Too many open files; trying again"), std::string::npos) << log;
+    prepare("0");
+    const std::string log = qvn::test::logOf([this] {
+        auto shortage = std::make_unique<qvn::test::NoMoreDescriptors>();
+        Recorder& forgotten = watch(kFalling);
+        EXPECT_EQ(gpioport_exit(), 0) << "nor does it keep the port from closing";
+        Recorder& recorder = watch(kFalling);
+        driveAsPrepared();
+        EXPECT_TRUE(qvn::test::isIdle());
+        shortage.reset();
+        EXPECT_EQ(recorder.levels.atLeast(1), (Levels{0}));
+        drive("1");
+        settle();
+        drive("0");
+        EXPECT_EQ(recorder.levels.atLeast(2), (Levels{0, 0}));
+        EXPECT_EQ(forgotten.levels.entries(), Levels{});
+    });
+    const char* const complaint = " gpioport: cannot watch the GPIO lines: Too many open files; trying again\n";
+    EXPECT_NE(log.find(complaint), std::string::npos) << log;
+    EXPECT_LE(qvn::test::count(log, complaint), 2U) << "once for each time that it was opened";
+}
+
+TEST_F(Gpioport, ForgetsRegistrationsOnExitAndLeavesNoDescriptorBehind) {
+    const std::size_t before = qvn::test::openDescriptors();
+    for (int round = 0; round < 3; ++round) {
+        drive("1");
+        Recorder& recorder = watch(kBothEdges);
+        drive("0");
+        EXPECT_EQ(recorder.levels.atLeast(1), (Levels{0}));
+        settle();
+        ASSERT_EQ(gpioport_exit(), 0);
+        ASSERT_EQ(gpioport_exit(), 0);
+        EXPECT_EQ(qvn::test::openDescriptors(), before);
+        recorder.during = [] { ADD_FAILURE() << "it is forgotten"; };
+    }
 }
 
 TEST_F(Gpioport, IsLeftAloneByAChildThatEnds) {
@@ -252,25 +232,14 @@ TEST_F(Gpioport, IsLeftAloneByAChildThatEnds) {
     ASSERT_EQ(waitpid(child, &status, 0), child);
     EXPECT_EQ(status, 0);
     drive("0");
-    EXPECT_EQ(recorder.levels(1), (Levels{0}));
-}
-
-TEST_F(Gpioport, ForgetsRegistrationsOnExitAndOpensAgain) {
-    Recorder& forgotten = watch(kBothEdges);
-    ASSERT_EQ(gpioport_exit(), 0);
-    ASSERT_EQ(gpioport_exit(), 0);
-    Recorder& recorder = watch(kBothEdges);
-    drive("0");
-    EXPECT_EQ(recorder.levels(1), (Levels{0}));
-    settle();
-    EXPECT_EQ(forgotten.levels(0), Levels{});
+    EXPECT_EQ(recorder.levels.atLeast(1), (Levels{0}));
 }
 
 TEST_F(Gpioport, MayBeClosedAndOpenedInsideACallback) {
     Recorder& once = watch(kBothEdges);
     once.during = [] { EXPECT_EQ(gpioport_exit(), 0); };
     drive("0");
-    EXPECT_EQ(once.levels(1), (Levels{0}));
+    EXPECT_EQ(once.levels.atLeast(1), (Levels{0}));
 
     Recorder& again = watch(kBothEdges);
     again.during = [&again] {
@@ -279,11 +248,11 @@ TEST_F(Gpioport, MayBeClosedAndOpenedInsideACallback) {
         EXPECT_EQ(gpioport_irq_func_register(kLine, kBothEdges, Recorder::interrupt, &again), 0);
     };
     drive("1");
-    EXPECT_EQ(again.levels(1), (Levels{1}));
+    EXPECT_EQ(again.levels.atLeast(1), (Levels{1}));
     drive("0");
-    EXPECT_EQ(again.levels(2), (Levels{1, 0}));
+    EXPECT_EQ(again.levels.atLeast(2), (Levels{1, 0}));
     settle();
-    EXPECT_EQ(once.levels(1), (Levels{0}));
+    EXPECT_EQ(once.levels.entries(), (Levels{0}));
 }
 
 TEST_F(Gpioport, RunsNoCallbackAfterExitHasReturned) {

@@ -1,31 +1,29 @@
 #include <gtest/gtest.h>
-#include <poll.h>
+#include <host/DirectoryWatch.h>
+#include <host/RuntimeDir.h>
+#include <host/ServiceSocket.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
-#include <cerrno>
 #include <functional>
+#include <future>
+#include <memory>
+#include <optional>
+#include <string>
+#include <system_error>
 
-#include "host/DirectoryWatch.h"
-#include "host/RuntimeDir.h"
-#include "host/ServiceSocket.h"
 #include "support/HostDir.h"
+#include "support/Journal.h"
+#include "support/Resources.h"
 
 namespace fs = std::filesystem;
-using qvn::host::DirectoryWatch;
+using namespace qvn::host;
 
 namespace {
 
-constexpr int kDeadlineMs = 20000;
-
 void setOrUnset(const char* name, const char* value) {
-    if (value != nullptr) {
-        ::setenv(name, value, 1);
-    } else {
-        ::unsetenv(name);
-    }
+    value != nullptr ? ::setenv(name, value, 1) : ::unsetenv(name);
 }
 
 mode_t modeOf(const fs::path& path) {
@@ -33,28 +31,10 @@ mode_t modeOf(const fs::path& path) {
     return ::lstat(path.c_str(), &status) == 0 ? status.st_mode & 07777U : 0U;
 }
 
-/** Collects changes until one satisfies the condition, or the deadline ends the test. */
-bool eventually(DirectoryWatch& watch, const std::function<bool(const DirectoryWatch::Changes&)>& condition) {
-    for (;;) {
-        pollfd source = {watch.fd(), POLLIN, 0};
-        if (::poll(&source, 1, kDeadlineMs) != 1) {
-            return false;
-        }
-        if (condition(watch.drain())) {
-            return true;
-        }
-    }
-}
-
-bool reports(DirectoryWatch& watch, const std::string& name) {
-    return eventually(watch, [&](const DirectoryWatch::Changes& changes) {
-        return std::count(changes.names.begin(), changes.names.end(), name) > 0;
-    });
-}
-
 }  // namespace
 
 TEST(RuntimeDir, FollowsTheEnvironment) {
+    const HostDir restoresTheEnvironment;
     const std::string ofThisUser = "/tmp/qvn-" + std::to_string(::geteuid());
     const struct {
         const char* hostDir;
@@ -72,9 +52,8 @@ TEST(RuntimeDir, FollowsTheEnvironment) {
     for (const auto& c : cases) {
         setOrUnset("QVN_HOST_DIR", c.hostDir);
         setOrUnset("XDG_RUNTIME_DIR", c.xdgRuntimeDir);
-        EXPECT_EQ(qvn::host::runtimeDir(), c.expected);
+        EXPECT_EQ(runtimeDir(), c.expected);
     }
-    ::unsetenv("QVN_HOST_DIR");
 }
 
 TEST(RuntimeDir, IsMadeForItsUserOnlyWithMissingParents) {
@@ -83,169 +62,192 @@ TEST(RuntimeDir, IsMadeForItsUserOnlyWithMissingParents) {
     ::setenv("QVN_HOST_DIR", deep.c_str(), 1);
     ::umask(0);
     std::string error;
-    ASSERT_TRUE(qvn::host::ensureRuntimeDir(&error)) << error;
+    ASSERT_TRUE(ensureRuntimeDir(&error)) << error;
     EXPECT_EQ(modeOf(deep), 0700U);
     EXPECT_EQ(modeOf(host.path()), 0700U);
-    EXPECT_TRUE(qvn::host::ensureRuntimeDir(nullptr)) << "a second time";
-    EXPECT_TRUE(qvn::host::ensureRuntimeSubdir("gpio", &error)) << error;
+    EXPECT_TRUE(ensureRuntimeDir(nullptr)) << "a second time";
+    EXPECT_TRUE(ensureRuntimeSubdir("gpio", &error)) << error;
     EXPECT_TRUE(fs::is_directory(deep / "gpio"));
 }
 
 TEST(RuntimeDir, RefusesWhatOthersCouldReach) {
+    const auto withMode = [](mode_t mode) {
+        return [mode](const fs::path& path) { ::mkdir(path.c_str(), 0700), ::chmod(path.c_str(), mode); };
+    };
     const struct {
-        const char* what;
         std::function<void(const fs::path&)> prepare;
-        const char* message;
+        const char* complaint;
     } cases[] = {
-        {"readable by others", [](const fs::path& p) { ::mkdir(p.c_str(), 0700), ::chmod(p.c_str(), 0755); },
-         "is open to other users; run: chmod 700 "},
-        {"writable by the group", [](const fs::path& p) { ::mkdir(p.c_str(), 0700), ::chmod(p.c_str(), 0720); },
-         "is open to other users; run: chmod 700 "},
-        {"closed to its owner", [](const fs::path& p) { ::mkdir(p.c_str(), 0700), ::chmod(p.c_str(), 0500); },
-         "is closed to its owner; run: chmod 700 "},
-        {"a file", [](const fs::path& p) { writeFile(p, ""); }, "is not a directory"},
-        {"a symbolic link",
-         [](const fs::path& p) {
-             fs::create_directory(p.parent_path() / "elsewhere");
-             fs::create_directory_symlink("elsewhere", p);
+        {withMode(0755), " is open to other users; run: chmod 700 "},
+        {withMode(0720), " is open to other users; run: chmod 700 "},
+        {withMode(0500), " is closed to its owner; run: chmod 700 "},
+        {[](const fs::path& path) { writeFile(path, ""); }, " is not a directory"},
+        {[](const fs::path& path) { fs::create_directory_symlink(path.parent_path(), path); },
+         " is not a directory (symbolic links are refused)"},
+        {[](const fs::path& path) { ::setenv("QVN_HOST_DIR", (path.parent_path() / "file/run").c_str(), 1); },
+         ": Not a directory; set QVN_HOST_DIR to a folder that you can write to"},
+        {[](const fs::path& path) {
+             fs::create_directory(path);
+             ASSERT_EQ(::chown(path.c_str(), 65534, 65534), 0);
          },
-         "is not a directory (symbolic links are refused)"},
+         " belongs to another user; set QVN_HOST_DIR to a folder of yours"},
     };
     for (const auto& c : cases) {
         const HostDir host;
+        if (std::string(c.complaint).find("another user") != std::string::npos && ::geteuid() != 0) {
+            continue;  // only root can give a folder away
+        }
+        writeFile(host.root() / "file", "");
         c.prepare(host.path());
         std::string error;
-        EXPECT_FALSE(qvn::host::ensureRuntimeDir(&error)) << c.what;
-        EXPECT_NE(error.find(c.message), std::string::npos) << error;
-        EXPECT_NE(error.find(host.path().string()), std::string::npos) << error;
+        EXPECT_FALSE(ensureRuntimeDir(&error)) << c.complaint;
+        EXPECT_NE(error.find(runtimeDir() + c.complaint), std::string::npos) << error;
     }
-}
-
-TEST(RuntimeDir, RefusesTheFolderOfAnotherUser) {
-    if (::geteuid() != 0) {
-        GTEST_SKIP() << "only root can give a folder away";
-    }
-    const HostDir host;
-    ASSERT_EQ(::mkdir(host.path().c_str(), 0700), 0);
-    ASSERT_EQ(::chown(host.path().c_str(), 65534, 65534), 0);
-    std::string error;
-    EXPECT_FALSE(qvn::host::ensureRuntimeDir(&error));
-    EXPECT_NE(error.find("belongs to another user"), std::string::npos) << error;
-}
-
-TEST(RuntimeDir, NamesThePlaceThatCannotBeMade) {
-    ::setenv("QVN_HOST_DIR", "/proc/self/qvn/run", 1);
-    std::string error;
-    EXPECT_FALSE(qvn::host::ensureRuntimeDir(&error));
-    EXPECT_EQ(error.rfind("cannot make the directory /proc/self/qvn/run: ", 0), 0U) << error;
-    EXPECT_NE(error.find("set QVN_HOST_DIR"), std::string::npos) << error;
-    ::unsetenv("QVN_HOST_DIR");
 }
 
 TEST(ServiceSocket, HasAPathThatFits) {
-    const std::string longest(sizeof(sockaddr_un::sun_path) - 1 - std::string("/x.sock").size(), 'd');
+    const HostDir restoresTheEnvironment;
+    const std::string longest =
+        "/" + std::string(sizeof(sockaddr_un::sun_path) - 1 - std::string("//x.sock").size(), 'd');
+    ::setenv("QVN_HOST_DIR", longest.c_str(), 1);
     std::string path, error;
-    ::setenv("QVN_HOST_DIR", ("/" + longest.substr(1)).c_str(), 1);
-    EXPECT_TRUE(qvn::host::serviceSocketPath("x", &path, &error)) << error;
-    EXPECT_EQ(path, "/" + longest.substr(1) + "/x.sock");
-    EXPECT_FALSE(qvn::host::serviceSocketPath("xx", &path, &error));
-    EXPECT_EQ(error, "the path /" + longest.substr(1) +
+    EXPECT_TRUE(serviceSocketPath("x", &path, &error)) << error;
+    EXPECT_EQ(path, longest + "/x.sock");
+    EXPECT_FALSE(serviceSocketPath("xx", &path, &error));
+    EXPECT_EQ(error, "the path " + longest +
                          "/xx.sock is longer than the 107 bytes that a socket's may have; "
                          "set QVN_HOST_DIR to a folder with a shorter path");
-    EXPECT_EQ(qvn::host::serviceHolder("xx"), 0);
-    EXPECT_EQ(errno, ENAMETOOLONG);
-    ::unsetenv("QVN_HOST_DIR");
+    std::error_code code;
+    EXPECT_FALSE(connectToService("xx", code));
+    EXPECT_EQ(code, std::errc::filename_too_long);
 }
 
 TEST(ServiceSocket, IsHeldByTheProcessThatListens) {
     const HostDir host;
     fs::create_directories(host.path());
-    EXPECT_EQ(qvn::host::serviceHolder("x"), 0);
-    EXPECT_EQ(errno, ENOENT);
-    std::string path;
+    const auto reasonNotToConnect = [] {
+        std::error_code error;
+        connectToService("x", error);
+        return error;
+    };
+    EXPECT_EQ(serviceHolder("x"), 0);
+    EXPECT_EQ(reasonNotToConnect(), std::errc::no_such_file_or_directory);
     sockaddr_un address;
-    ASSERT_TRUE(qvn::host::serviceSocketPath("x", &path, nullptr) && qvn::host::socketAddress(path, &address));
-    const int listener = ::socket(AF_UNIX, SOCK_STREAM, 0);
-    ASSERT_EQ(::bind(listener, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
-    ASSERT_EQ(::listen(listener, 1), 0);
-    EXPECT_EQ(qvn::host::serviceHolder("x"), ::getpid());
-    ::close(listener);
-    EXPECT_EQ(qvn::host::serviceHolder("x"), 0);
-    EXPECT_EQ(errno, ECONNREFUSED) << "a socket file that a process has left behind";
-}
-
-TEST(DirectoryWatch, ReportsNamesThatComeChangeAndGo) {
-    const HostDir host;
-    fs::create_directories(host.path());
-    writeFile(host.root() / "outside", "1");
-    DirectoryWatch watch;
-    ASSERT_TRUE(watch.open(host.path()));
-    EXPECT_TRUE(watch.present());
-    EXPECT_TRUE(watch.drain().names.empty());
-
-    writeFile(host.path() / "made", "1");
-    EXPECT_TRUE(reports(watch, "made"));
-    fs::rename(host.root() / "outside", host.path() / "moved");
-    EXPECT_TRUE(reports(watch, "moved"));
-    watch.drain();
-    writeFile(host.path() / "made", "0");
-    EXPECT_TRUE(reports(watch, "made"));
-    watch.drain();
-    fs::remove(host.path() / "made");
-    EXPECT_TRUE(reports(watch, "made"));
-}
-
-TEST(DirectoryWatch, FollowsADirectoryThatIsRemovedAndMadeAgain) {
-    const HostDir host;
-    const fs::path directory = host.path() / "gpio";
-    fs::create_directories(directory);
-    DirectoryWatch watch;
-    ASSERT_TRUE(watch.open(directory));
-    for (int round = 0; round < 3; ++round) {
-        fs::remove_all(host.path());
-        ASSERT_TRUE(eventually(watch, [](const auto& changes) { return changes.directoryGone; }));
-        EXPECT_FALSE(watch.present());
-        fs::create_directories(directory);
-        ASSERT_TRUE(eventually(watch, [](const auto& changes) { return changes.rescan; }));
-        EXPECT_TRUE(watch.present());
-        writeFile(directory / "87", "0");
-        ASSERT_TRUE(reports(watch, "87"));
+    ASSERT_FALSE(socketAddress(host.path() / "x.sock", &address));
+    {
+        const UniqueFd listener(::socket(AF_UNIX, SOCK_STREAM, 0));
+        ASSERT_EQ(::bind(listener.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+        ASSERT_EQ(::listen(listener.get(), 5), 0);
+        EXPECT_EQ(serviceHolder("x"), ::getpid());
+        EXPECT_FALSE(reasonNotToConnect());
     }
-    fs::rename(directory, host.path() / "aside");
-    EXPECT_TRUE(eventually(watch, [](const auto& changes) { return changes.directoryGone; }));
+    EXPECT_EQ(serviceHolder("x"), 0) << "a socket file that a process has left behind";
+    EXPECT_EQ(reasonNotToConnect(), std::errc::connection_refused);
 }
 
-TEST(DirectoryWatch, WaitsForADirectoryThatDoesNotExistYet) {
-    const HostDir host;
-    const fs::path directory = host.path() / "gpio";
-    DirectoryWatch watch;
-    ASSERT_TRUE(watch.open(directory));
-    EXPECT_FALSE(watch.present());
-    fs::create_directories(host.path());
-    fs::create_directory_symlink(host.root(), directory);
-    fs::remove(directory);
+namespace {
+
+/// A watch of the directory run/gpio on a loop with a thread.
+class DirectoryWatchTest : public testing::Test {
+protected:
+    DirectoryWatchTest() { mLoop->start("watch", false); }
+    ~DirectoryWatchTest() override {
+        onLoop([this] { mWatch.reset(); });
+        mLoop->stop();
+        mLoop->join(0);
+    }
+
+    void onLoop(const std::function<void()>& task) { mLoop->runExclusive(task); }
+    void start() {
+        onLoop([this] {
+            mWatch.emplace(*mLoop, "test: cannot watch");
+            mWatch->start(directory, [this] { mChanges.add(0); });
+        });
+    }
+    /// Whether the watch calls back after the action.
+    bool notices(const std::function<void()>& action) {
+        // What is still reported of earlier actions goes first: the loop runs handlers in turn.
+        for (int turn = 0; turn < 3; ++turn) {
+            std::promise<void> ran;
+            mLoop->post([&ran] { ran.set_value(); });
+            ran.get_future().wait();
+        }
+        mChanges.clear();
+        action();
+        return mChanges.waitForSize(1);
+    }
+    std::size_t changes() { return mChanges.entries().size(); }
+
+    HostDir mHost;
+    const fs::path directory = mHost.path() / "gpio";
+    std::shared_ptr<EventLoop> mLoop = std::make_shared<EventLoop>();
+    std::optional<DirectoryWatch> mWatch;
+    qvn::test::Journal<int> mChanges;
+};
+
+}  // namespace
+
+TEST_F(DirectoryWatchTest, ReportsWhatComesChangesAndGoes) {
     fs::create_directories(directory);
-    EXPECT_TRUE(eventually(watch, [](const auto& changes) { return changes.rescan; }));
-    EXPECT_TRUE(watch.present());
+    writeFile(mHost.root() / "outside", "1");
+    start();
+    EXPECT_TRUE(notices([&] { writeFile(directory / "made", "1"); }));
+    EXPECT_TRUE(notices([&] { fs::rename(mHost.root() / "outside", directory / "moved"); }));
+    EXPECT_TRUE(notices([&] { writeFile(directory / "made", "0"); }));
+    EXPECT_TRUE(notices([&] { fs::remove(directory / "made"); }));
+    EXPECT_TRUE(notices([&] { fs::rename(directory / "moved", mHost.root() / "away"); }));
+    EXPECT_TRUE(notices([&] { fs::rename(directory, mHost.root() / "gpio"); }));
+    EXPECT_TRUE(notices([&] { fs::rename(mHost.root() / "gpio", directory); }));
 }
 
-TEST(DirectoryWatch, DoesNotFollowASymbolicLink) {
-    const HostDir host;
-    fs::create_directory_symlink("elsewhere", host.path());
-    fs::create_directories(host.root() / "elsewhere");
-    DirectoryWatch watch;
-    ASSERT_TRUE(watch.open(host.path()));
-    EXPECT_FALSE(watch.present());
+TEST_F(DirectoryWatchTest, FollowsAPathThatIsMadeRemovedAndMadeAgain) {
+    start();
+    for (int round = 0; round < 3; ++round) {
+        EXPECT_TRUE(notices([&] { fs::create_directories(directory); })) << round;
+        EXPECT_TRUE(notices([&] { writeFile(directory / "87", "0"); })) << round;
+        EXPECT_TRUE(notices([&] { fs::remove_all(mHost.path()); })) << round;
+    }
 }
 
-TEST(DirectoryWatch, IsQuietWhenClosed) {
-    const HostDir host;
-    fs::create_directories(host.path());
-    DirectoryWatch watch;
-    EXPECT_EQ(watch.fd(), -1);
-    EXPECT_TRUE(watch.drain().names.empty());
-    ASSERT_TRUE(watch.open(host.path()));
-    watch.close();
-    EXPECT_EQ(watch.fd(), -1);
-    EXPECT_FALSE(watch.present());
+TEST_F(DirectoryWatchTest, TakesASymbolicLinkForNoDirectory) {
+    fs::create_directories(mHost.root() / "elsewhere");
+    fs::create_directories(mHost.path());
+    fs::create_directory_symlink(mHost.root() / "elsewhere", directory);
+    start();
+    writeFile(directory / "87", "0");
+    writeFile(mHost.path() / "beside", "");
+    EXPECT_TRUE(notices([&] {
+        EXPECT_EQ(changes(), 0U) << "neither the link's target nor a file beside it is of interest";
+        fs::remove(directory);
+        fs::create_directory(directory);
+    }));
+}
+
+TEST_F(DirectoryWatchTest, TriesAgainWhenNoDescriptorIsLeft) {
+    fs::create_directories(directory);
+    const std::string log = qvn::test::logOf([&] {
+        {
+            const qvn::test::NoMoreDescriptors shortage;
+            start();
+            EXPECT_TRUE(qvn::test::isIdle());
+            EXPECT_EQ(changes(), 0U);
+        }
+        EXPECT_TRUE(mChanges.waitForSize(1)) << "something may have changed meanwhile";
+        EXPECT_TRUE(notices([&] { writeFile(directory / "87", "0"); }));
+    });
+    EXPECT_EQ(qvn::test::count(log, "test: cannot watch: Too many open files; trying again"), 1U) << log;
+}
+
+TEST_F(DirectoryWatchTest, IsQuietWhenStopped) {
+    fs::create_directories(directory);
+    const std::size_t before = qvn::test::openDescriptors();
+    start();
+    onLoop([&] {
+        writeFile(directory / "87", "0");
+        mWatch->stop();
+        EXPECT_EQ(qvn::test::openDescriptors(), before);
+    });
+    onLoop([&] { mWatch->start(directory, [this] { mChanges.add(1); }); });
+    EXPECT_TRUE(notices([&] { writeFile(directory / "87", "1"); }));
+    EXPECT_EQ(mChanges.entries().front(), 1);
 }

@@ -25,14 +25,14 @@ Lines linesOf(const std::filesystem::path& path) {
     return lines;
 }
 
-/** The settings are read once a process, so every case logs in a process of its own; returns its stderr. */
+/// The settings are read once a process, so every case logs in a process of its own; returns its stderr.
 Lines stderrOf(const char* level, const char* file, const std::function<void()>& log) {
     const HostDir host;
     const std::filesystem::path output = host.root() / "stderr";
     const pid_t child = ::fork();
     if (child == 0) {
-        level != nullptr ? ::setenv("QVN_LOG_LEVEL", level, 1) : ::unsetenv("QVN_LOG_LEVEL");
-        file != nullptr ? ::setenv("QVN_LOG_FILE", file, 1) : ::unsetenv("QVN_LOG_FILE");
+        level != nullptr ? ::setenv("QVN_LOG_LEVEL", level, 1) : 0;
+        file != nullptr ? ::setenv("QVN_LOG_FILE", file, 1) : 0;
         if (std::freopen(output.c_str(), "w", stderr) != nullptr) {
             log();
         }
@@ -44,95 +44,75 @@ Lines stderrOf(const char* level, const char* file, const std::function<void()>&
     return linesOf(output);
 }
 
-/** The message texts alone, without time, level and thread; a line of another shape gives "?" and the line. */
-Lines textsOf(const Lines& lines) {
-    Lines texts;
+/// Each line as its level's letter and its text, without time and thread; "?" and the line where it has another shape.
+Lines messagesOf(const Lines& lines) {
+    Lines messages;
     for (const std::string& line : lines) {
         int start = 0;
-        std::sscanf(line.c_str(), "%*4d-%*2d-%*2d %*2d:%*2d:%*2d.%*3d %*[TDIWEC] %*d/%*d%n", &start);
-        texts.push_back(start > 0 ? line.substr(static_cast<std::size_t>(start) + 1) : "?" + line);
+        char letter = 0;
+        std::sscanf(line.c_str(), "%*4d-%*2d-%*2d %*2d:%*2d:%*2d.%*3d %c %*d/%*d%n", &letter, &start);
+        messages.push_back(start > 0 ? letter + line.substr(static_cast<std::size_t>(start)) : "?" + line);
     }
-    return texts;
-}
-
-void logEveryLevel() {
-    for (int level = 0; level <= 5; ++level) {
-        lgklog_print(level, "level %d", level);
-    }
+    return messages;
 }
 
 }  // namespace
 
 TEST(Lgklog, PrintsUpToTheLimit) {
-    const std::string warning = "QVN_LOG_LEVEL is \"";
+    const Lines all = {"C level 0", "E level 1", "W level 2", "I level 3", "D level 4", "T level 5"};
     const struct {
-        const char* level;
-        Lines expected;
-    } cases[] = {
-        {nullptr, {"level 0", "level 1"}},
-        {"", {"level 0", "level 1"}},
-        {"0", {"level 0"}},
-        {"3", {"level 0", "level 1", "level 2", "level 3"}},
-        {"5", {"level 0", "level 1", "level 2", "level 3", "level 4", "level 5"}},
-        {"6", {warning + "6\", expected 0 to 5; using 1", "level 0", "level 1"}},
-        {"-1", {warning + "-1\", expected 0 to 5; using 1", "level 0", "level 1"}},
-        {"debug", {warning + "debug\", expected 0 to 5; using 1", "level 0", "level 1"}},
-    };
+        const char* limit;
+        std::ptrdiff_t printed;
+        const char* refused;
+    } cases[] = {{nullptr, 2, nullptr}, {"", 2, nullptr}, {"0", 1, nullptr}, {"3", 4, nullptr},
+                 {"5", 6, nullptr},     {"6", 2, "6"},    {"-1", 2, "-1"},   {"debug", 2, "debug"}};
     for (const auto& c : cases) {
-        EXPECT_EQ(textsOf(stderrOf(c.level, nullptr, logEveryLevel)), c.expected);
+        Lines expected(all.begin(), all.begin() + c.printed);
+        if (c.refused != nullptr) {
+            expected.insert(expected.begin(),
+                            "W QVN_LOG_LEVEL is \"" + std::string(c.refused) + "\", expected 0 to 5; using 1");
+        }
+        const Lines lines = stderrOf(c.limit, nullptr, [] {
+            for (int level = 0; level <= 5; ++level) {
+                lgklog_print(level, "level %d", level);
+            }
+        });
+        EXPECT_EQ(messagesOf(lines), expected);
     }
 }
 
-TEST(Lgklog, MarksTheSeverityWithALetter) {
-    const Lines lines = stderrOf("5", nullptr, logEveryLevel);
-    std::string letters;
-    for (const std::string& line : lines) {
-        letters += line.at(std::string("2024-01-01 00:00:00.000 ").size());
-    }
-    EXPECT_EQ(letters, "CEWIDT");
-}
-
-TEST(Lgklog, PrintsOneLineAMessage) {
+TEST(Lgklog, PrintsOneLineAMessageAndReturnsItsLength) {
     const std::string longText(5000, 'x');
-    const Lines texts = textsOf(stderrOf("1", nullptr, [&] {
-        lgklog_print(1, "[%s][%d]with newline %d\n", "dispatch", 92, 7);
+    const Lines lines = stderrOf("1", nullptr, [&] {
+        EXPECT_EQ(lgklog_print(1, "[%s][%d]with newline %d\n", "dispatch", 92, 7), 29);
+        EXPECT_EQ(lgklog_print(2, "%d\n", 123), 0) << "its level is off";
         lgklog_print(1, "without newline");
         lgklog_print(1, "two\nlines\r\n");
         lgklog_print(1, "100%% {} {0} %s", "%s");
-        lgklog_print(1, "%s", longText.c_str());
+        EXPECT_EQ(lgklog_print(1, "%s", longText.c_str()), 5000);
         lgklog_print(-3, "more severe than 0");
-    }));
-    EXPECT_EQ(texts, (Lines{"[dispatch][92]with newline 7", "without newline", "two lines", "100% {} {0} %s", longText,
-                            "more severe than 0"}));
-}
-
-TEST(Lgklog, ReturnsTheLengthOrZeroWhenOff) {
-    stderrOf("1", nullptr, [] {
-        EXPECT_EQ(lgklog_print(1, "%d\n", 123), 4);
-        EXPECT_EQ(lgklog_print(2, "%d\n", 123), 0);
-        EXPECT_EQ(lgklog_print(1, "%s", std::string(2000, 'x').c_str()), 2000);
     });
+    EXPECT_EQ(messagesOf(lines), (Lines{"E [dispatch][92]with newline 7", "E without newline", "E two lines",
+                                        "E 100% {} {0} %s", "E " + longText, "C more severe than 0"}));
 }
 
-TEST(Lgklog, AppendsToTheFile) {
+TEST(Lgklog, AppendsToTheFileOrGoesOnWithStderr) {
     const HostDir host;
     const std::string file = (host.root() / "head-unit.log").string();
     for (int run = 0; run < 2; ++run) {
         EXPECT_EQ(stderrOf(nullptr, file.c_str(), [run] { lgklog_print(1, "run %d", run); }), Lines{});
     }
-    EXPECT_EQ(textsOf(linesOf(file)), (Lines{"run 0", "run 1"}));
-}
+    EXPECT_EQ(messagesOf(linesOf(file)), (Lines{"E run 0", "E run 1"}));
 
-TEST(Lgklog, GoesOnWithStderrWhenTheFileIsUnwritable) {
-    const Lines texts = textsOf(stderrOf(nullptr, "/proc/self/qvn/log", [] { lgklog_print(1, "still here"); }));
-    ASSERT_EQ(texts.size(), 2U);
-    EXPECT_EQ(texts[0].rfind("QVN_LOG_FILE: ", 0), 0U) << texts[0];
-    EXPECT_NE(texts[0].find("/proc/self/qvn/log"), std::string::npos) << texts[0];
-    EXPECT_EQ(texts[1], "still here");
+    const Lines messages = messagesOf(stderrOf(nullptr, "/proc/self/qvn/log", [] { lgklog_print(1, "still here"); }));
+    ASSERT_EQ(messages.size(), 2U);
+    EXPECT_EQ(messages[0].rfind("W QVN_LOG_FILE: ", 0), 0U) << messages[0];
+    EXPECT_NE(messages[0].find("/proc/self/qvn/log"), std::string::npos) << messages[0];
+    EXPECT_EQ(messages[1], "E still here");
 }
 
 TEST(Lgklog, KeepsLinesOfSeveralThreadsApart) {
-    const Lines texts = textsOf(stderrOf("1", nullptr, [] {
+    const Lines lines = stderrOf("1", nullptr, [] {
         std::vector<std::thread> threads;
         for (int i = 0; i < 4; ++i) {
             threads.emplace_back([] {
@@ -144,6 +124,6 @@ TEST(Lgklog, KeepsLinesOfSeveralThreadsApart) {
         for (std::thread& thread : threads) {
             thread.join();
         }
-    }));
-    EXPECT_EQ(texts, Lines(400, "a line of some length"));
+    });
+    EXPECT_EQ(messagesOf(lines), Lines(400, "E a line of some length"));
 }

@@ -26,6 +26,11 @@ public:
         const std::lock_guard<std::mutex> lock(mMutex);
         return mEntries;
     }
+    /// Waits for that many entries. Fewer come back only when the deadline has passed.
+    std::vector<Entry> atLeast(std::size_t size) {
+        waitForSize(size);
+        return entries();
+    }
     template <class Condition>
     bool waitUntil(Condition condition, std::chrono::milliseconds patience = std::chrono::seconds(60)) {
         std::unique_lock<std::mutex> lock(mMutex);

@@ -1,11 +1,15 @@
 #include <common_base/CBaseWorker.h>
 #include <common_base/CFdbContext.h>
 
-#include "EventLoop.h"
-
-#include <lgklog/lgklog.h>
+#include <host/EventLoop.h>
+#include <host/Log.h>
 
 #include <exception>
+#include <system_error>
+
+using qvn::host::EventLoop;
+using qvn::host::kLogError;
+using qvn::host::kLogFatal;
 
 namespace {
 
@@ -13,9 +17,9 @@ void runGuarded(CBaseJob& job, CBaseWorker* worker, CBaseJob::Ptr& ref) {
     try {
         job.run(worker, ref);
     } catch (const std::exception& error) {
-        lgklog_print(1, "fdbus: a job of worker '%s' threw: %s", worker->name().c_str(), error.what());
+        lgklog_print(kLogError, "fdbus: a job of worker '%s' threw: %s", worker->name().c_str(), error.what());
     } catch (...) {
-        lgklog_print(1, "fdbus: a job of worker '%s' threw", worker->name().c_str());
+        lgklog_print(kLogError, "fdbus: a job of worker '%s' threw", worker->name().c_str());
     }
 }
 
@@ -42,15 +46,15 @@ CBaseWorker::CBaseWorker(const char* thread_name, uint32_t normal_queue_size, ui
     : mName(thread_name ? thread_name : ""),
       mQueueSize(normal_queue_size),
       mQueued(std::make_shared<std::atomic<uint32_t>>(0)),
-      mLoop(std::make_shared<fdb::EventLoop>()) {}
+      mLoop(std::make_shared<EventLoop>()) {}
 
 CBaseWorker::~CBaseWorker() {
     if (mLoop->isForeign()) {
-        fdb::EventLoop::abandon(mLoop);
+        EventLoop::abandon(mLoop);
         return;
     }
     if (mLoop->running()) {
-        lgklog_print(0, "fdbus: worker '%s' is destroyed while its thread runs; call exit() and join() before",
+        lgklog_print(kLogFatal, "fdbus: worker '%s' is destroyed while its thread runs; call exit() and join() before",
                      mName.c_str());
         mLoop->stop();
         mLoop->join(0);
@@ -58,7 +62,12 @@ CBaseWorker::~CBaseWorker() {
 }
 
 bool CBaseWorker::start(uint32_t flag) {
-    return mLoop->start(mName.empty() ? "fdb_worker" : mName, (flag & FDB_WORKER_EXE_IN_PLACE) != 0);
+    try {
+        return mLoop->start(mName.empty() ? "fdb_worker" : mName, (flag & FDB_WORKER_EXE_IN_PLACE) != 0);
+    } catch (const std::system_error& error) {
+        lgklog_print(kLogFatal, "fdbus: cannot start the thread of worker '%s': %s", mName.c_str(), error.what());
+        return false;
+    }
 }
 
 void CBaseWorker::exit(int32_t /*code*/) {

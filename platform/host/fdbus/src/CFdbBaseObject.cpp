@@ -3,7 +3,7 @@
 
 #include "Endpoint.h"
 
-#include <lgklog/lgklog.h>
+#include <host/Log.h>
 
 #include <atomic>
 #include <exception>
@@ -19,9 +19,9 @@ void guarded(CFdbBaseObject* owner, const char* callback, Call call) {
     try {
         call();
     } catch (const std::exception& error) {
-        lgklog_print(1, "fdbus: %s of a client or server threw: %s", callback, error.what());
+        lgklog_print(qvn::host::kLogError, "fdbus: %s of a client or server threw: %s", callback, error.what());
     } catch (...) {
-        lgklog_print(1, "fdbus: %s of a client or server threw", callback);
+        lgklog_print(qvn::host::kLogError, "fdbus: %s of a client or server threw", callback);
     }
 }
 
@@ -55,7 +55,7 @@ void Callbacks::subscribe(CFdbBaseObject* owner, CBaseJob::Ptr& job) {
     guarded(owner, "onSubscribe", [&] { owner->onSubscribe(job); });
 }
 
-std::shared_ptr<EventLoop> loopOf(CBaseWorker* worker) {
+std::shared_ptr<qvn::host::EventLoop> loopOf(CBaseWorker* worker) {
     return (worker ? worker : FDB_CONTEXT)->loop();
 }
 
@@ -65,7 +65,8 @@ bool contextRuns() {
 
 bool contextRunsFor(const std::string& service) {
     if (!contextRuns()) {
-        lgklog_print(0, "fdbus: service '%s' needs the context: call FDB_CONTEXT->start() before", service.c_str());
+        lgklog_print(qvn::host::kLogFatal, "fdbus: service '%s' needs the context: call FDB_CONTEXT->start() before",
+                     service.c_str());
         return false;
     }
     return true;

@@ -2,22 +2,14 @@
 
 #include "ServiceAddress.h"
 
+#include <host/Log.h>
 #include <host/RuntimeDir.h>
 #include <host/ServiceSocket.h>
-#include <lgklog/lgklog.h>
 
-#include <fcntl.h>
-
-#include <algorithm>
-#include <cerrno>
 #include <chrono>
-#include <cstring>
 
 namespace fdb {
 namespace {
-
-/// How long to wait when the system is short of something that nothing reports the return of.
-constexpr std::chrono::milliseconds kRetryPause(100);
 
 FrameView emptyReply(FdbMsgCode_t code, uint32_t serial) {
     static const uint8_t nothing = 0;
@@ -26,41 +18,39 @@ FrameView emptyReply(FdbMsgCode_t code, uint32_t serial) {
 
 }  // namespace
 
+ClientLink::ClientLink(std::shared_ptr<qvn::host::EventLoop> loop, CFdbBaseObject* owner)
+    : Endpoint(std::move(loop), owner), mWatch(*mLoop, "fdbus: cannot watch the runtime directory"), mRetry(*mLoop) {}
+
 void ClientLink::connect(const std::string& service) {
     std::string error;
     if (!qvn::host::ensureRuntimeDir(&error) || !qvn::host::serviceSocketPath(service, nullptr, &error)) {
-        lgklog_print(0, "fdbus: cannot reach '%s': %s", service.c_str(), error.c_str());
+        lgklog_print(qvn::host::kLogFatal, "fdbus: cannot reach '%s': %s", service.c_str(), error.c_str());
         return;
     }
-    mLoop->post([weak = weak_from_this(), service] {
-        const auto self = weak.lock();
-        if (self && self->mOwner) {
-            self->dropConnection();
-            self->mService = service;
-            self->mWanted = true;
-            self->look();
-        }
-    });
+    mLoop->post(whileOwned([this, service] {
+        dropConnection();
+        mService = service;
+        mWanted = true;
+        mWatch.start(qvn::host::runtimeDir(), whileOwned([this] { look(); }));
+        look();
+    }));
 }
 
 void ClientLink::disconnect() {
     mOnline = false;
-    mLoop->post([weak = weak_from_this()] {
-        const auto self = weak.lock();
-        if (self && self->mOwner) {
-            self->mWanted = false;
-            self->mWatchDescriptor.reset();
-            self->mRetry.reset();
-            self->dropConnection();
-        }
-    });
+    mLoop->post(whileOwned([this] {
+        mWanted = false;
+        mWatch.stop();
+        mRetry.stop();
+        dropConnection();
+    }));
 }
 
 void ClientLink::closeAll() {
     mWanted = false;
     mOnline = false;
-    mWatchDescriptor.reset();
-    mRetry.reset();
+    mWatch.stop();
+    mRetry.stop();
     mRequests.clear();
     if (const std::shared_ptr<Connection> connection = current()) {
         connection->close();
@@ -69,67 +59,23 @@ void ClientLink::closeAll() {
     mConnection.reset();
 }
 
-/// Watches the runtime directory, and then looks whether the service is there already.
+/// Connects if the service is there.
 void ClientLink::look() {
-    if (!mWanted || mOnline) {
+    if (!mWanted || current()) {
         return;
     }
-    if (!watchDirectory()) {
-        retryLater("watch the runtime directory");
-        return;
-    }
-    tryConnect();
-}
-
-bool ClientLink::watchDirectory() {
-    if (mWatchDescriptor) {
-        return true;
-    }
-    if (!mWatch.open(qvn::host::runtimeDir())) {
-        return false;
-    }
-    mWatchDescriptor = mLoop->adopt(UniqueFd(::fcntl(mWatch.fd(), F_DUPFD_CLOEXEC, 0)));
-    if (!mWatchDescriptor) {
-        return false;
-    }
-    awaitDirectory();
-    return true;
-}
-
-void ClientLink::awaitDirectory() {
-    mWatchDescriptor->async_wait(asio::posix::stream_descriptor::wait_read,
-                                 [weak = weak_from_this()](const std::error_code& error) {
-                                     const auto self = weak.lock();
-                                     if (self && !error && self->mWatchDescriptor) {
-                                         self->onDirectoryChange();
-                                     }
-                                 });
-}
-
-void ClientLink::onDirectoryChange() {
-    const qvn::host::DirectoryWatch::Changes changes = mWatch.drain();
-    awaitDirectory();
-    if (changes.rescan ||
-        std::count(changes.names.begin(), changes.names.end(), qvn::host::serviceSocketName(mService)) != 0) {
-        look();
-    }
-}
-
-void ClientLink::tryConnect() {
-    UniqueFd fd(qvn::host::connectToService(mService));
-    if (!fd) {
-        if (errno != ENOENT && errno != ECONNREFUSED) {
-            retryLater("connect");
-        }
+    std::error_code error;
+    qvn::host::UniqueFd fd = qvn::host::connectToService(mService, error);
+    if (error == std::errc::no_such_file_or_directory || error == std::errc::connection_refused) {
         return;
     }
     const std::string label = "service '" + mService + "'";
-    if (!isSameUser(fd.get(), label)) {
+    if (fd && !isSameUser(fd.get(), label)) {
         return;
     }
-    const std::shared_ptr<Connection> connection = Connection::open(*mLoop, std::move(fd), label);
+    const std::shared_ptr<Connection> connection = fd ? Connection::open(*mLoop, std::move(fd), label, error) : nullptr;
     if (!connection) {
-        retryLater("connect");
+        retryLater("connect to", error);
         return;
     }
     {
@@ -139,20 +85,13 @@ void ClientLink::tryConnect() {
     mSession = nextSessionId();
     mHeardFrom = false;
     mOnline = true;
-    connection->start(weak_from_this());
+    connection->start(std::static_pointer_cast<ClientLink>(shared_from_this()));
     Callbacks::online(mOwner, mSession, true);
 }
 
-void ClientLink::retryLater(const char* what) {
-    lgklog_print(1, "fdbus: cannot %s for service '%s': %s; trying again", what, mService.c_str(),
-                 std::strerror(errno));
-    mRetry = std::make_unique<asio::steady_timer>(mLoop->context(), kRetryPause);
-    mRetry->async_wait([weak = weak_from_this()](const std::error_code& error) {
-        const auto self = weak.lock();
-        if (self && !error) {
-            self->look();
-        }
-    });
+void ClientLink::retryLater(const char* what, const std::error_code& reason) {
+    mRetry.later(std::string("fdbus: cannot ") + what + " service '" + mService + "': " + reason.message(),
+                 whileOwned([this] { look(); }));
 }
 
 /// Ends the connection if there is one, and tells the owner.
@@ -179,8 +118,8 @@ void ClientLink::onClosed() {
     if (mHeardFrom) {
         look();
     } else {
-        errno = ECONNRESET;
-        retryLater("stay connected");  // a service that ends every session would keep this loop busy
+        // A service that ends every session would keep this loop busy.
+        retryLater("stay connected with", std::make_error_code(std::errc::connection_reset));
     }
 }
 
@@ -188,7 +127,10 @@ bool ClientLink::onFrame(const FrameView& frame) {
     if (frame.kind != FrameKind::Broadcast && frame.kind != FrameKind::Reply && frame.kind != FrameKind::Status) {
         return false;
     }
-    mHeardFrom = true;
+    if (!mHeardFrom) {
+        mHeardFrom = true;
+        mRetry.succeeded();
+    }
     CBaseJob::Ptr job = std::make_shared<CFdbMessage>(frame, mSession, nullptr);
     if (frame.kind == FrameKind::Broadcast) {
         Callbacks::broadcast(mOwner, job);
@@ -228,33 +170,22 @@ bool ClientLink::invoke(FdbMsgCode_t code, IFdbMsgBuilder& builder, int32_t time
         return false;
     }
     // The request is entered on the loop before its answer can be read there.
-    mLoop->post([weak = weak_from_this(), serial, code, timeout, request = std::string(frame.bytes())] {
-        const auto self = weak.lock();
-        if (!self || !self->mOwner) {
-            return;
-        }
-        self->awaitReply(serial, code, timeout);
-        const std::shared_ptr<Connection> connection = self->current();
+    mLoop->post(whileOwned([this, serial, code, timeout, request = std::string(frame.bytes())] {
+        awaitReply(serial, code, timeout);
+        const std::shared_ptr<Connection> connection = current();
         if (!connection || !connection->send(request)) {
-            self->failRequest(serial, FDB_ST_OFFLINE, "the service is not there");
+            failRequest(serial, FDB_ST_OFFLINE, "the service is not there");
         }
-    });
+    }));
     return true;
 }
 
 void ClientLink::awaitReply(uint32_t serial, FdbMsgCode_t code, int32_t timeout) {
-    Request& request = mRequests[serial];
-    request.code = code;
-    if (timeout <= 0) {
-        return;
+    Request& request = mRequests.emplace(serial, Request{code, qvn::host::Timer(*mLoop)}).first->second;
+    if (timeout > 0) {
+        request.timer.start(std::chrono::milliseconds(timeout),
+                            whileOwned([this, serial] { failRequest(serial, FDB_ST_TIMEOUT, "no reply in time"); }));
     }
-    request.timer = std::make_unique<asio::steady_timer>(mLoop->context(), std::chrono::milliseconds(timeout));
-    request.timer->async_wait([weak = weak_from_this(), serial](const std::error_code& error) {
-        const auto self = weak.lock();
-        if (self && !error) {
-            self->failRequest(serial, FDB_ST_TIMEOUT, "no reply in time");
-        }
-    });
 }
 
 void ClientLink::failRequest(uint32_t serial, int32_t error, const char* text) {

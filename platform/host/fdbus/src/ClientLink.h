@@ -4,22 +4,21 @@
 #include "Endpoint.h"
 
 #include <host/DirectoryWatch.h>
+#include <host/Timer.h>
 #include <sync/Mutex.h>
-
-#include <asio/posix/stream_descriptor.hpp>
-#include <asio/steady_timer.hpp>
 
 #include <atomic>
 #include <map>
 #include <memory>
 #include <string>
+#include <system_error>
 
 namespace fdb {
 
 /// A client's way to its service: connects whenever the service's socket appears in the runtime directory.
-class ClientLink : public Endpoint, public ConnectionHandler, public std::enable_shared_from_this<ClientLink> {
+class ClientLink : public Endpoint, public ConnectionHandler {
 public:
-    using Endpoint::Endpoint;
+    ClientLink(std::shared_ptr<qvn::host::EventLoop> loop, CFdbBaseObject* owner);
 
     /// A log line says when the service can never be reached.
     void connect(const std::string& service);
@@ -37,18 +36,14 @@ public:
 private:
     struct Request {
         FdbMsgCode_t code;
-        std::unique_ptr<asio::steady_timer> timer;
+        qvn::host::Timer timer;
     };
 
     void closeAll() override;
 
     // On the loop's thread.
     void look();
-    bool watchDirectory();
-    void awaitDirectory();
-    void onDirectoryChange();
-    void tryConnect();
-    void retryLater(const char* what);
+    void retryLater(const char* what, const std::error_code& reason);
     void dropConnection();
     void awaitReply(uint32_t serial, FdbMsgCode_t code, int32_t timeout);
     void failRequest(uint32_t serial, int32_t error, const char* text);
@@ -57,9 +52,8 @@ private:
 
     std::string mService;
     bool mWanted = false;
-    std::unique_ptr<asio::posix::stream_descriptor> mWatchDescriptor;
     qvn::host::DirectoryWatch mWatch;
-    std::unique_ptr<asio::steady_timer> mRetry;
+    qvn::host::Retry mRetry;
     std::map<uint32_t, Request> mRequests;
     FdbSessionId_t mSession = FDB_INVALID_ID;
     bool mHeardFrom = false;  // something has arrived in this session

@@ -2,11 +2,9 @@
 
 #include "Writer.h"
 
-#include <lgklog/lgklog.h>
+#include <host/Log.h>
 
 #include <fcntl.h>
-
-#include <asio/buffer.hpp>
 
 #include <cstring>
 #include <new>
@@ -18,16 +16,23 @@ constexpr size_t kReadBytes = size_t{64} * 1024;
 
 }  // namespace
 
-std::shared_ptr<Connection> Connection::open(EventLoop& loop, UniqueFd socket, const std::string& label) {
-    if (!Writer::instance().ready()) {
+std::shared_ptr<Connection> Connection::open(qvn::host::EventLoop& loop, qvn::host::UniqueFd socket,
+                                             const std::string& label, std::error_code& error) {
+    error = Writer::instance().ready();
+    if (error) {
         return nullptr;
     }
-    UniqueFd output(::fcntl(socket.get(), F_DUPFD_CLOEXEC, 0));
-    Descriptor input = output ? loop.adopt(std::move(socket)) : nullptr;
-    return input ? std::make_shared<Connection>(std::move(input), std::move(output), label) : nullptr;
+    qvn::host::UniqueFd output(::fcntl(socket.get(), F_DUPFD_CLOEXEC, 0));
+    if (!output) {
+        error = qvn::host::lastError();
+        return nullptr;
+    }
+    qvn::host::LoopDescriptor input;
+    error = input.open(loop, std::move(socket));
+    return error ? nullptr : std::make_shared<Connection>(std::move(input), std::move(output), label);
 }
 
-Connection::Connection(Descriptor input, UniqueFd output, const std::string& label)
+Connection::Connection(qvn::host::LoopDescriptor input, qvn::host::UniqueFd output, const std::string& label)
     : mInput(std::move(input)),
       mLabel(label),
       mReadBuffer(kReadBytes),
@@ -39,17 +44,16 @@ void Connection::start(std::weak_ptr<ConnectionHandler> handler) {
 }
 
 void Connection::read() {
-    mInput->async_read_some(
-        asio::buffer(mReadBuffer.data() + mReadEnd, mReadBuffer.size() - mReadEnd),
-        [self = shared_from_this()](const std::error_code& error, size_t bytes) { self->onRead(error, bytes); });
+    mInput.read(mReadBuffer.data() + mReadEnd, mReadBuffer.size() - mReadEnd,
+                [self = shared_from_this()](size_t bytes) { self->onRead(bytes); });
 }
 
-void Connection::onRead(const std::error_code& error, size_t bytes) {
+void Connection::onRead(size_t bytes) {
     const std::shared_ptr<ConnectionHandler> handler = mHandler.lock();
     if (!handler) {
         return;
     }
-    if (error) {
+    if (bytes == 0) {
         end(nullptr);
         return;
     }
@@ -105,7 +109,7 @@ bool Connection::dispatch(ConnectionHandler& handler) {
 
 void Connection::end(const char* reason) {
     if (reason) {
-        lgklog_print(1, "fdbus: %s %s, the session ends", mLabel.c_str(), reason);
+        lgklog_print(qvn::host::kLogError, "fdbus: %s %s, the session ends", mLabel.c_str(), reason);
     }
     const std::shared_ptr<ConnectionHandler> handler = mHandler.lock();
     close();

@@ -1,14 +1,14 @@
 #pragma once
 
-#include "EventLoop.h"
 #include "Frame.h"
 #include "Output.h"
 
-#include <asio/posix/stream_descriptor.hpp>
+#include <host/LoopDescriptor.h>
 
 #include <memory>
 #include <string>
 #include <string_view>
+#include <system_error>
 #include <vector>
 
 namespace fdb {
@@ -26,14 +26,13 @@ public:
 /// One stream of frames between a client and a server. The loop's thread reads; any thread may send.
 class Connection : public std::enable_shared_from_this<Connection> {
 public:
-    using Descriptor = std::unique_ptr<asio::posix::stream_descriptor>;
-
-    /// Takes over a connected socket; `label` names the other side in log lines. Null, with errno set, when the system
-    /// is short of something.
-    static std::shared_ptr<Connection> open(EventLoop& loop, UniqueFd socket, const std::string& label);
+    /// Takes over a connected socket; `label` names the other side in log lines. Null, with `error` set, when the
+    /// system is short of something.
+    static std::shared_ptr<Connection> open(qvn::host::EventLoop& loop, qvn::host::UniqueFd socket,
+                                            const std::string& label, std::error_code& error);
 
     /// Of open().
-    Connection(Descriptor input, UniqueFd output, const std::string& label);
+    Connection(qvn::host::LoopDescriptor input, qvn::host::UniqueFd output, const std::string& label);
 
     /// Starts to read. Call it on the loop.
     void start(std::weak_ptr<ConnectionHandler> handler);
@@ -45,11 +44,11 @@ public:
 
 private:
     void read();
-    void onRead(const std::error_code& error, size_t bytes);
+    void onRead(size_t bytes);
     bool dispatch(ConnectionHandler& handler);
     void end(const char* reason);
 
-    const Descriptor mInput;
+    qvn::host::LoopDescriptor mInput;
     const std::string mLabel;
     std::weak_ptr<ConnectionHandler> mHandler;
 

@@ -2,19 +2,22 @@
 
 #include <common_base/CFdbBaseObject.h>
 
-#include "EventLoop.h"
 #include "Frame.h"
+
+#include <host/EventLoop.h>
 
 #include <memory>
 #include <string>
+#include <utility>
 
 namespace fdb {
 
 /// What stands behind a CFdbBaseObject. An operation that its side does not have fails; the others return whether the
 /// context runs.
-class Endpoint {
+class Endpoint : public std::enable_shared_from_this<Endpoint> {
 public:
-    explicit Endpoint(std::shared_ptr<EventLoop> loop, CFdbBaseObject* owner) : mLoop(std::move(loop)), mOwner(owner) {}
+    Endpoint(std::shared_ptr<qvn::host::EventLoop> loop, CFdbBaseObject* owner)
+        : mLoop(std::move(loop)), mOwner(owner) {}
     virtual ~Endpoint() = default;
 
     virtual bool subscription(FrameKind /*kind*/, const CFdbMsgSubscribeList& /*list*/) { return false; }
@@ -23,11 +26,11 @@ public:
     virtual bool broadcast(FdbMsgCode_t /*code*/, const char* /*topic*/, FrameBuilder& /*frame*/) { return false; }
     virtual void enableReconnect(bool /*enable*/) {}
 
-    /// Called last by the owner, which goes.
+    /// For the owner's destructor: ends all traffic and lets go of the endpoint.
     static void retire(std::shared_ptr<Endpoint> endpoint) {
         endpoint->shutdown();
         if (endpoint->mLoop->isForeign()) {
-            EventLoop::abandon(std::move(endpoint));
+            qvn::host::EventLoop::abandon(std::move(endpoint));
         }
     }
 
@@ -40,10 +43,21 @@ public:
     }
 
 protected:
-    /// Between two handlers of the loop.
+    /// Called while no handler of the loop runs.
     virtual void closeAll() = 0;
 
-    const std::shared_ptr<EventLoop> mLoop;
+    /// `action` in a form that the loop may call at any time later: it does nothing when the owner has gone by then.
+    template <typename Action>
+    auto whileOwned(Action action) {
+        return [weak = weak_from_this(), action = std::move(action)] {
+            const std::shared_ptr<Endpoint> self = weak.lock();
+            if (self && self->mOwner) {
+                action();
+            }
+        };
+    }
+
+    const std::shared_ptr<qvn::host::EventLoop> mLoop;
     CFdbBaseObject* mOwner;  // the loop's thread only; null after shutdown()
 };
 
@@ -59,7 +73,7 @@ struct Callbacks {
 };
 
 /// The loop that serves an object: its worker's, else the context's.
-std::shared_ptr<EventLoop> loopOf(CBaseWorker* worker);
+std::shared_ptr<qvn::host::EventLoop> loopOf(CBaseWorker* worker);
 
 /// Whether the context's thread runs, without which the bus carries nothing.
 bool contextRuns();

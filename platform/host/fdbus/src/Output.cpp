@@ -2,7 +2,7 @@
 
 #include "Writer.h"
 
-#include <lgklog/lgklog.h>
+#include <host/Log.h>
 #include <sys/socket.h>
 
 #include <cerrno>
@@ -50,7 +50,7 @@ bool Output::send(std::string_view frame) {
     const bool lone = now - mLastSend >= kGatherWindow;
     mLastSend = now;
     if (queuedBytes() != 0 && queuedBytes() + frame.size() > queueLimit()) {
-        lgklog_print(1, "fdbus: %s has fallen %zu MiB behind and is disconnected", mLabel.c_str(),
+        lgklog_print(qvn::host::kLogError, "fdbus: %s has fallen %zu MiB behind and is disconnected", mLabel.c_str(),
                      queueLimit() / kMebibyte);
         breakOff();
         return false;

@@ -1,7 +1,6 @@
 #pragma once
 
-#include "UniqueFd.h"
-
+#include <host/UniqueFd.h>
 #include <sync/Mutex.h>
 
 #include <chrono>
@@ -20,7 +19,7 @@ namespace fdb {
 class Output : public std::enable_shared_from_this<Output> {
 public:
     /// @param label names the other side in log lines
-    Output(UniqueFd fd, std::string label) : mFd(std::move(fd)), mLabel(std::move(label)) {}
+    Output(qvn::host::UniqueFd fd, std::string label) : mFd(std::move(fd)), mLabel(std::move(label)) {}
 
     /// False when the connection has ended.
     bool send(std::string_view frame);
@@ -39,7 +38,7 @@ private:
     void write() QVN_REQUIRES(mMutex);
     void breakOff() QVN_REQUIRES(mMutex);
 
-    const UniqueFd mFd;
+    const qvn::host::UniqueFd mFd;
     const std::string mLabel;
 
     // Held across writes, none of which waits.

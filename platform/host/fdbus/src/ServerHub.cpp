@@ -1,25 +1,19 @@
 #include "ServerHub.h"
 
+#include <host/Log.h>
 #include <host/RuntimeDir.h>
-#include <lgklog/lgklog.h>
 
-#include <fcntl.h>
 #include <sys/socket.h>
 
 #include <algorithm>
 #include <cerrno>
-#include <chrono>
-#include <cstring>
 #include <iterator>
 #include <string_view>
 
 namespace fdb {
-namespace {
 
-/// How long to wait when the system is short of something that nothing reports the return of.
-constexpr std::chrono::milliseconds kRetryPause(100);
-
-}  // namespace
+using qvn::host::kLogError;
+using qvn::host::kLogFatal;
 
 bool ServerSession::onFrame(const FrameView& frame) {
     const std::shared_ptr<ServerHub> server = hub.lock();
@@ -32,28 +26,31 @@ void ServerSession::onClosed() {
     }
 }
 
+ServerHub::ServerHub(std::shared_ptr<qvn::host::EventLoop> loop, CFdbBaseObject* owner)
+    : Endpoint(std::move(loop), owner), mWatch(*mLoop, "fdbus: cannot watch the runtime directory"), mRetry(*mLoop) {}
+
 void ServerHub::bind(const std::string& service) {
     mLoop->runExclusive([&] {
-        if (mOwner && !mSocket) {
-            mService = service;
-            publish();
+        std::string error;
+        if (!mOwner || mSocket) {
+            return;
+        }
+        mService = service;
+        if (!publish(error)) {
+            lgklog_print(kLogFatal, "fdbus: cannot offer '%s': %s", service.c_str(), error.c_str());
         }
     });
 }
 
 void ServerHub::unbind() {
-    mLoop->post([weak = weak_from_this()] {
-        const auto self = weak.lock();
-        if (!self) {
-            return;
+    mLoop->post(whileOwned([this] {
+        withdraw();
+        while (!mSessions.empty()) {
+            const FdbSessionId_t id = mSessions.begin()->first;
+            mSessions.begin()->second->connection->close();
+            onClosed(id);
         }
-        self->withdraw();
-        while (!self->mSessions.empty()) {
-            const FdbSessionId_t id = self->mSessions.begin()->first;
-            self->mSessions.begin()->second->connection->close();
-            self->onClosed(id);
-        }
-    });
+    }));
 }
 
 void ServerHub::closeAll() {
@@ -66,116 +63,83 @@ void ServerHub::closeAll() {
     mSubscribers.clear();
 }
 
-bool ServerHub::publish() {
+bool ServerHub::publish(std::string& error) {
     auto socket = std::make_unique<ServiceSocket>();
-    if (!socket->open(mService)) {
+    if (!socket->open(mService, error)) {
         return false;
     }
-    const bool watches = mWatch.open(qvn::host::runtimeDir());
-    auto watch = watches ? mLoop->adopt(UniqueFd(::fcntl(mWatch.fd(), F_DUPFD_CLOEXEC, 0))) : nullptr;
-    auto listener = watch ? mLoop->adopt(socket->takeFd()) : nullptr;
-    if (!listener) {
-        const int error = errno;
-        lgklog_print(0, "fdbus: cannot offer '%s': %s", mService.c_str(), std::strerror(error));
-        socket.reset();
-        errno = error;
+    if (const std::error_code code = mListener.open(*mLoop, socket->takeFd())) {
+        error = code.message();
         return false;
     }
-    mWatchDescriptor = std::move(watch);
-    mListener = std::move(listener);
     mSocket = std::move(socket);
+    mWatch.start(qvn::host::runtimeDir(), whileOwned([this] { keepPublished(); }));
     awaitClient();
-    awaitDirectory();
     return true;
 }
 
+void ServerHub::keepPublished() {
+    if (mSocket && mSocket->isPublished()) {
+        return;
+    }
+    withdraw();
+    std::string error;
+    if (publish(error)) {
+        mRetry.succeeded();
+        lgklog_print(kLogError, "fdbus: the socket of '%s' was removed and has been made again", mService.c_str());
+    } else {
+        mRetry.later("fdbus: cannot make the socket of '" + mService + "' again: " + error,
+                     whileOwned([this] { keepPublished(); }));
+    }
+}
+
 void ServerHub::withdraw() {
-    mListener.reset();
-    mWatchDescriptor.reset();
-    mRetry.reset();
+    mListener.close();
+    mWatch.stop();
+    mRetry.stop();
     mSocket.reset();
 }
 
 void ServerHub::awaitClient() {
-    mListener->async_wait(asio::posix::stream_descriptor::wait_read,
-                          [weak = weak_from_this()](const std::error_code& error) {
-                              const auto self = weak.lock();
-                              if (self && !error && self->mListener) {
-                                  self->acceptClients();
-                              }
-                          });
+    mListener.awaitReadable(whileOwned([this] { acceptClients(); }));
 }
 
 void ServerHub::acceptClients() {
-    for (;;) {
-        UniqueFd fd(::accept4(mListener->native_handle(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
+    while (mListener) {  // the owner's callback may end the service
+        qvn::host::UniqueFd fd(::accept4(mListener.get(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
         if (fd) {
+            mRetry.succeeded();
             openSession(std::move(fd));
-            if (!mListener) {
-                return;  // the owner's callback ended the service
-            }
         } else if (errno == EAGAIN) {
             awaitClient();
             return;
         } else if (errno != EINTR && errno != ECONNABORTED) {
-            retryLater("accept a client", [this] { acceptClients(); });
+            mRetry.later(
+                "fdbus: service '" + mService + "' cannot accept a client: " + qvn::host::lastError().message(),
+                whileOwned([this] { acceptClients(); }));
             return;
         }
     }
 }
 
-void ServerHub::openSession(UniqueFd fd) {
+void ServerHub::openSession(qvn::host::UniqueFd fd) {
     const FdbSessionId_t id = nextSessionId();
     const std::string label = "client " + std::to_string(id) + " of '" + mService + "'";
     if (!isSameUser(fd.get(), label)) {
         return;
     }
-    const std::shared_ptr<Connection> connection = Connection::open(*mLoop, std::move(fd), label);
+    std::error_code error;
+    const std::shared_ptr<Connection> connection = Connection::open(*mLoop, std::move(fd), label, error);
     if (!connection) {
-        lgklog_print(1, "fdbus: cannot serve %s: %s", label.c_str(), std::strerror(errno));
+        lgklog_print(kLogError, "fdbus: cannot serve %s: %s", label.c_str(), error.message().c_str());
         return;
     }
-    const auto session = std::make_shared<ServerSession>(weak_from_this(), id, connection);
+    const auto session =
+        std::make_shared<ServerSession>(std::static_pointer_cast<ServerHub>(shared_from_this()), id, connection);
     const bool first = mSessions.empty();
     mSessions.emplace(id, session);
     Callbacks::online(mOwner, id, first);
     connection->start(session);
-}
-
-void ServerHub::awaitDirectory() {
-    mWatchDescriptor->async_wait(asio::posix::stream_descriptor::wait_read,
-                                 [weak = weak_from_this()](const std::error_code& error) {
-                                     const auto self = weak.lock();
-                                     if (self && !error && self->mWatchDescriptor) {
-                                         self->onDirectoryChange();
-                                     }
-                                 });
-}
-
-void ServerHub::onDirectoryChange() {
-    mWatch.drain();
-    if (mSocket && mSocket->isPublished()) {
-        awaitDirectory();
-        return;
-    }
-    withdraw();
-    if (publish()) {
-        lgklog_print(1, "fdbus: the socket of '%s' was removed and has been made again", mService.c_str());
-        return;
-    }
-    retryLater("make the socket again", [this] { onDirectoryChange(); });
-}
-
-template <typename Action>
-void ServerHub::retryLater(const char* what, Action action) {
-    lgklog_print(1, "fdbus: service '%s' cannot %s: %s; trying again", mService.c_str(), what, std::strerror(errno));
-    mRetry = std::make_unique<asio::steady_timer>(mLoop->context(), kRetryPause);
-    mRetry->async_wait([weak = weak_from_this(), action](const std::error_code& error) {
-        const auto self = weak.lock();
-        if (self && !error && self->mRetry) {
-            action();
-        }
-    });
 }
 
 bool ServerHub::onFrame(const std::shared_ptr<ServerSession>& session, const FrameView& frame) {

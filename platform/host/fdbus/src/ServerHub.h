@@ -5,10 +5,9 @@
 #include "ServiceAddress.h"
 
 #include <host/DirectoryWatch.h>
+#include <host/LoopDescriptor.h>
+#include <host/Timer.h>
 #include <sync/Mutex.h>
-
-#include <asio/posix/stream_descriptor.hpp>
-#include <asio/steady_timer.hpp>
 
 #include <functional>
 #include <map>
@@ -35,12 +34,12 @@ public:
     const std::shared_ptr<Connection> connection;
 };
 
-/// A server's sessions, and who of them subscribed what.
+/// A server's sessions, and which of them subscribed what.
 ///
 /// The service stays reachable: when its socket, or the whole runtime directory, is removed, it is made again.
-class ServerHub : public Endpoint, public std::enable_shared_from_this<ServerHub> {
+class ServerHub : public Endpoint {
 public:
-    using Endpoint::Endpoint;
+    ServerHub(std::shared_ptr<qvn::host::EventLoop> loop, CFdbBaseObject* owner);
 
     /// A log line says when the service cannot be offered.
     void bind(const std::string& service);
@@ -61,15 +60,12 @@ private:
     void closeAll() override;
 
     // On the loop's thread.
-    bool publish();
+    bool publish(std::string& error);
+    void keepPublished();
     void withdraw();
     void awaitClient();
     void acceptClients();
-    void openSession(UniqueFd fd);
-    void awaitDirectory();
-    void onDirectoryChange();
-    template <typename Action>
-    void retryLater(const char* what, Action action);
+    void openSession(qvn::host::UniqueFd fd);
     static Topics::iterator leave(Topics& topics, Topics::iterator topic,
                                   const std::shared_ptr<Connection>& connection);
     void subscribe(ServerSession& session, CFdbMsgSubscribeList& list);
@@ -78,10 +74,9 @@ private:
 
     std::string mService;
     std::unique_ptr<ServiceSocket> mSocket;
-    std::unique_ptr<asio::posix::stream_descriptor> mListener;
-    std::unique_ptr<asio::posix::stream_descriptor> mWatchDescriptor;
+    qvn::host::LoopDescriptor mListener;
     qvn::host::DirectoryWatch mWatch;
-    std::unique_ptr<asio::steady_timer> mRetry;
+    qvn::host::Retry mRetry;
     std::map<FdbSessionId_t, std::shared_ptr<ServerSession>> mSessions;
 
     qvn::sync::Mutex mMutex;

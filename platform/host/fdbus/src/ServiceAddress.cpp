@@ -1,8 +1,8 @@
 #include "ServiceAddress.h"
 
+#include <host/Log.h>
 #include <host/RuntimeDir.h>
 #include <host/ServiceSocket.h>
-#include <lgklog/lgklog.h>
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -15,6 +15,9 @@
 #include <cstring>
 
 namespace fdb {
+
+using qvn::host::UniqueFd;
+
 namespace {
 
 const char kScheme[] = "svc://";
@@ -23,7 +26,7 @@ constexpr int kBacklog = 128;
 UniqueFd listenAt(const std::string& path) {
     sockaddr_un address;
     UniqueFd fd(::socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
-    if (!fd || !qvn::host::socketAddress(path, &address)) {
+    if (!fd || qvn::host::socketAddress(path, &address)) {
         return UniqueFd();
     }
     ::unlink(path.c_str());
@@ -42,7 +45,8 @@ std::string serviceName(const char* url, const std::string& fallback) {
         name = std::strncmp(url, kScheme, sizeof(kScheme) - 1) == 0 ? url + sizeof(kScheme) - 1 : "";
     }
     if (name.empty() || name[0] == '.' || name.find('/') != std::string::npos) {
-        lgklog_print(0, "fdbus: '%s' is no service address; expected svc://NAME", url ? url : fallback.c_str());
+        lgklog_print(qvn::host::kLogFatal, "fdbus: '%s' is no service address; expected svc://NAME",
+                     url ? url : fallback.c_str());
         return "";
     }
     return name;
@@ -54,24 +58,22 @@ ServiceSocket::~ServiceSocket() {
     }
 }
 
-bool ServiceSocket::open(const std::string& service) {
-    std::string path, error;
+bool ServiceSocket::open(const std::string& service, std::string& error) {
+    std::string path;
     if (!qvn::host::ensureRuntimeDir(&error) || !qvn::host::serviceSocketPath(service, &path, &error)) {
-        lgklog_print(0, "fdbus: cannot offer '%s': %s", service.c_str(), error.c_str());
         return false;
     }
     const std::string base = qvn::host::runtimeDir() + "/" + service;
     mLock = UniqueFd(::open((base + ".lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600));
     if (!mLock || ::flock(mLock.get(), LOCK_EX | LOCK_NB) != 0) {
-        lgklog_print(0, "fdbus: cannot offer '%s': %s", service.c_str(),
-                     errno == EWOULDBLOCK ? "another server has this name" : std::strerror(errno));
+        error = errno == EWOULDBLOCK ? "another server has this name" : base + ".lock: " + std::strerror(errno);
         return false;
     }
     const std::string temporary = base + ".new";
     UniqueFd fd = listenAt(temporary);
     struct stat status;
     if (!fd || ::stat(temporary.c_str(), &status) != 0 || ::rename(temporary.c_str(), path.c_str()) != 0) {
-        lgklog_print(0, "fdbus: cannot make the socket %s: %s", path.c_str(), std::strerror(errno));
+        error = path + ": " + std::strerror(errno);
         return false;
     }
     mFd = std::move(fd);
@@ -92,7 +94,8 @@ bool isSameUser(int fd, const std::string& label) {
     if (::getsockopt(fd, SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0 && peer.uid == ::geteuid()) {
         return true;
     }
-    lgklog_print(1, "fdbus: %s belongs to user %u and is refused", label.c_str(), static_cast<unsigned>(peer.uid));
+    lgklog_print(qvn::host::kLogError, "fdbus: %s belongs to user %u and is refused", label.c_str(),
+                 static_cast<unsigned>(peer.uid));
     return false;
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "UniqueFd.h"
+#include <host/UniqueFd.h>
 
 #include <string>
 #include <utility>
@@ -18,17 +18,17 @@ class ServiceSocket {
 public:
     ~ServiceSocket();
 
-    /// False, with a log line, when the name is taken or the runtime directory cannot be used.
-    bool open(const std::string& service);
+    /// False, with the reason, when the name is taken or the runtime directory cannot be used.
+    bool open(const std::string& service, std::string& error);
     /// Whether the socket's file is in its place.
     bool isPublished() const;
 
     /// The listening descriptor; the caller takes it over.
-    UniqueFd takeFd() { return std::move(mFd); }
+    qvn::host::UniqueFd takeFd() { return std::move(mFd); }
 
 private:
-    UniqueFd mLock;
-    UniqueFd mFd;
+    qvn::host::UniqueFd mLock;
+    qvn::host::UniqueFd mFd;
     std::string mPath;
     unsigned long mInode = 0;
 };

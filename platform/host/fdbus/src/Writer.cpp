@@ -5,7 +5,6 @@
 #include <pthread.h>
 #include <sys/eventfd.h>
 
-#include <cerrno>
 #include <new>
 #include <system_error>
 #include <thread>
@@ -19,24 +18,23 @@ Writer& Writer::instance() {
     return writer;
 }
 
-bool Writer::ready() {
+std::error_code Writer::ready() {
     const MutexLock lock(mMutex);
     if (mWake) {
-        return true;
+        return {};
     }
-    UniqueFd wake(::eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC));
+    qvn::host::UniqueFd wake(::eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC));
     if (!wake) {
-        return false;
+        return qvn::host::lastError();
     }
     mPolled.assign(1, pollfd{wake.get(), POLLIN, 0});
     try {
         std::thread([this] { run(); }).detach();
     } catch (const std::system_error& error) {
-        errno = error.code().value();
-        return false;
+        return error.code();
     }
     mWake = std::move(wake);
-    return true;
+    return {};
 }
 
 void Writer::add(std::shared_ptr<Output> output) {

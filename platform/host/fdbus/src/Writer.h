@@ -1,12 +1,12 @@
 #pragma once
 
-#include "UniqueFd.h"
-
+#include <host/UniqueFd.h>
 #include <sync/Mutex.h>
 
 #include <poll.h>
 
 #include <memory>
+#include <system_error>
 #include <vector>
 
 namespace fdb {
@@ -20,8 +20,8 @@ public:
     /// The one instance; it is never destructed, and its thread ends with the process.
     static Writer& instance();
 
-    /// Starts the thread with the first call. False, with errno set, when the system is short of something.
-    bool ready();
+    /// Starts the thread with the first call. An error when the system is short of something.
+    std::error_code ready();
     /// Has the output flushed soon. ready() comes first.
     void add(std::shared_ptr<Output> output);
 
@@ -33,7 +33,7 @@ private:
     void awaitRoom(std::shared_ptr<Output> output);
 
     qvn::sync::Mutex mMutex;
-    UniqueFd mWake QVN_GUARDED_BY(mMutex);  // an eventfd; set once
+    qvn::host::UniqueFd mWake QVN_GUARDED_BY(mMutex);  // an eventfd; set once
     std::vector<std::shared_ptr<Output>> mAdded QVN_GUARDED_BY(mMutex);
 
     // The thread's own.

@@ -1,34 +1,34 @@
 #include "GpioPort.h"
 
 #include <fcntl.h>
-#include <poll.h>
+#include <host/DirectoryWatch.h>
+#include <host/Log.h>
+#include <host/RuntimeDir.h>
+#include <host/UniqueFd.h>
 #include <pthread.h>
 #include <signal.h>
-#include <sys/eventfd.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
-#include <cstring>
 #include <string>
 #include <system_error>
 
-#include "host/RuntimeDir.h"
-#include "lgklog/lgklog.h"
-
-namespace qvn {
-namespace host {
+namespace qvn::host {
 namespace {
 
 constexpr char kLinesDir[] = "gpio";
+constexpr char kCannotWatch[] = "gpioport: cannot watch the GPIO lines";
 constexpr int kUnknown = -1;
 constexpr int kReleased = 1;
-constexpr int kLogError = 1;
-constexpr int kRetryMilliseconds = 100;
 
 thread_local bool onPortThread = false;
 
-/** Leaves every signal to the application's own threads. */
+std::string linesDir() {
+    return runtimeDir() + "/" + kLinesDir;
+}
+
+/// Leaves every signal to the application's own threads.
 void blockSignals() {
     sigset_t all;
     sigfillset(&all);
@@ -38,20 +38,19 @@ void blockSignals() {
 }  // namespace
 
 int GpioPort::level(int line) {
-    const std::string path = runtimeDir() + "/" + kLinesDir + "/" + std::to_string(line);
-    const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-    if (fd < 0) {
+    const std::string path = linesDir() + "/" + std::to_string(line);
+    const UniqueFd fd(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    if (!fd) {
         return errno == ENOENT ? kReleased : kUnknown;
     }
     char text[3] = {};
-    const ssize_t size = ::read(fd, text, sizeof text);
-    ::close(fd);
+    const ssize_t size = ::read(fd.get(), text, sizeof text);
     const bool oneDigit = size == 1 || (size == 2 && text[1] == '\n');
     return oneDigit && (text[0] == '0' || text[0] == '1') ? text[0] - '0' : kUnknown;
 }
 
 bool GpioPort::ofParent() const {
-    const pid_t process = process_;
+    const pid_t process = mProcess;
     return process != 0 && process != ::getpid();
 }
 
@@ -62,7 +61,7 @@ bool GpioPort::open() {
     if (onPortThread) {
         return !closing();
     }
-    const sync::MutexLock lock(lifecycleMutex_);
+    const sync::MutexLock lock(mLifecycleMutex);
     return start();
 }
 
@@ -73,141 +72,129 @@ bool GpioPort::watchLine(int line, int edges, Callback callback, void* context) 
     if (onPortThread) {
         return add(line, edges, callback, context);
     }
-    const sync::MutexLock lock(lifecycleMutex_);
+    const sync::MutexLock lock(mLifecycleMutex);
     return start() && add(line, edges, callback, context);
 }
 
 void GpioPort::close() {
     if (ofParent()) {
-        return;  // its thread is not here, its descriptors are shared, and its mutexes may be locked for ever
+        return;  // its thread does not exist here, its descriptors are shared, and its mutexes may be locked for ever
     }
     if (onPortThread) {
-        const sync::MutexLock lock(mutex_);
-        registrations_.clear();
+        const sync::MutexLock lock(mMutex);
+        mRegistrations.clear();
         return;
     }
-    const sync::MutexLock lifecycleLock(lifecycleMutex_);
-    if (!thread_.joinable()) {
+    const sync::MutexLock lifecycleLock(mLifecycleMutex);
+    if (!mThread.joinable()) {
         return;
     }
     {
-        const sync::MutexLock lock(mutex_);
-        closing_ = true;
-        registrations_.clear();
-        wake();
+        const sync::MutexLock lock(mMutex);
+        mClosing = true;
+        mRegistrations.clear();
+        mChanged.notify_all();
+        if (mLoop) {
+            mLoop->stop();
+        }
     }
-    thread_.join();
-    process_ = 0;
-    watch_.close();
-    const sync::MutexLock lock(mutex_);
-    if (wakeFd_ >= 0) {
-        ::close(wakeFd_);
-        wakeFd_ = -1;
-    }
-    closing_ = false;
+    mThread.join();
+    mProcess = 0;
+    const sync::MutexLock lock(mMutex);
+    mLoop.reset();
+    mClosing = false;
 }
 
 bool GpioPort::start() {
-    if (thread_.joinable()) {
+    if (mThread.joinable()) {
         return true;
     }
     std::string error;
     if (!ensureRuntimeSubdir(kLinesDir, &error)) {
-        lgklog_print(kLogError, "[%s][%d]%s", __func__, __LINE__, error.c_str());
+        lgklog_print(kLogError, "gpioport: %s", error.c_str());
         return false;
     }
     try {
-        thread_ = std::thread(&GpioPort::run, this);
+        mThread = std::thread(&GpioPort::run, this);
     } catch (const std::system_error& problem) {
-        lgklog_print(kLogError, "[%s][%d]cannot start the GPIO thread: %s", __func__, __LINE__, problem.what());
+        lgklog_print(kLogError, "gpioport: cannot start the thread: %s", problem.what());
         return false;
     }
-    process_ = ::getpid();
+    mProcess = ::getpid();
     return true;
 }
 
 bool GpioPort::add(int line, int edges, Callback callback, void* context) {
-    const sync::MutexLock lock(mutex_);
-    if (closing_) {
+    const sync::MutexLock lock(mMutex);
+    if (mClosing) {
         return false;
     }
-    const auto same = std::find_if(registrations_.begin(), registrations_.end(),
+    const auto same = std::find_if(mRegistrations.begin(), mRegistrations.end(),
                                    [&](const Registration& r) { return r.line == line && r.context == context; });
-    if (same != registrations_.end()) {
+    if (same != mRegistrations.end()) {
         same->edges = edges;
         same->callback = callback;
     } else {
-        registrations_.push_back({line, edges, callback, context, level(line), false});
-        if (registrations_.back().level == kUnknown) {
-            wake();  // the thread reads it again until it is known
+        mRegistrations.push_back({line, edges, callback, context, level(line), false});
+        if (mRegistrations.back().level == kUnknown && mLoop) {
+            mLoop->post([this] { serve(); });  // it reads the line again until the level is known
         }
     }
     return true;
 }
 
 bool GpioPort::closing() {
-    const sync::MutexLock lock(mutex_);
-    return closing_;
+    const sync::MutexLock lock(mMutex);
+    return mClosing;
 }
 
 void GpioPort::run() {
     onPortThread = true;
     blockSignals();
     pthread_setname_np(pthread_self(), "gpioport");
-    bool complained = false;
-    for (;;) {
-        const bool watching = openSources();
-        if (!watching && !complained) {
-            lgklog_print(kLogError, "[%s][%d]cannot watch the GPIO lines: %s; trying again", __func__, __LINE__,
-                         std::strerror(errno));
-            complained = true;
-        }
-        const int wakeFd = takeWakeUps();
-        if (closing()) {
-            return;
-        }
-        if (watching) {
-            watch_.drain();  // which names changed does not matter: a level that is the same as before is no edge
-        }
-        const bool allRead = sample();
-        callPending();
-        // Nothing reports the end of what may keep a line from being watched or read, such as a lack of descriptors.
-        pollfd sources[] = {{watch_.fd(), POLLIN, 0}, {wakeFd, POLLIN, 0}};
-        ::poll(sources, 2, watching && allRead ? -1 : kRetryMilliseconds);
+    const std::shared_ptr<EventLoop> loop = makeLoop();
+    if (!loop) {
+        return;
     }
+    mNextSample.emplace(*loop);
+    // Which file has changed does not matter: a level that is the same as before is no edge.
+    DirectoryWatch watch(*loop, kCannotWatch);
+    watch.start(linesDir(), [this] { serve(); });
+    serve();
+    loop->start("", true);
+    mNextSample.reset();
 }
 
-bool GpioPort::openSources() {
-    {
-        const sync::MutexLock lock(mutex_);
-        if (wakeFd_ < 0) {
-            wakeFd_ = eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC);
+std::shared_ptr<EventLoop> GpioPort::makeLoop() {
+    sync::MutexLock lock(mMutex);
+    for (bool complained = false; !mClosing; complained = true) {
+        try {
+            mLoop = std::make_shared<EventLoop>();
+            return mLoop;
+        } catch (const std::system_error& problem) {
+            if (!complained) {
+                lgklog_print(kLogError, "%s: %s; trying again", kCannotWatch, problem.code().message().c_str());
+            }
         }
-        if (wakeFd_ < 0) {
-            return false;
-        }
+        mChanged.wait_for(lock.native(), Retry::kPause);
     }
-    return watch_.fd() >= 0 || watch_.open(runtimeDir() + "/" + kLinesDir);
+    return nullptr;
 }
 
-/** Returns the descriptor to wait on for more of them. */
-int GpioPort::takeWakeUps() {
-    const sync::MutexLock lock(mutex_);
-    eventfd_t ignored = 0;
-    eventfd_read(wakeFd_, &ignored);
-    return wakeFd_;
-}
-
-void GpioPort::wake() {
-    if (wakeFd_ >= 0) {
-        eventfd_write(wakeFd_, 1);
+void GpioPort::serve() {
+    // Nothing tells when a line that cannot be read now can be read again.
+    if (sample()) {
+        mNextSample->stop();
+    } else {
+        mNextSample->start(Retry::kPause, [this] { serve(); });
     }
+    callPending();
 }
 
 bool GpioPort::sample() {
-    const sync::MutexLock lock(mutex_);
+    const sync::MutexLock lock(mMutex);
     bool allRead = true;
-    for (Registration& registration : registrations_) {
+    for (Registration& registration : mRegistrations) {
         const int now = level(registration.line);
         allRead = allRead && now != kUnknown;
         if (now == kUnknown || now == registration.level) {
@@ -224,10 +211,10 @@ void GpioPort::callPending() {
         Callback callback = nullptr;
         void* context = nullptr;
         {
-            const sync::MutexLock lock(mutex_);
-            const auto due = std::find_if(registrations_.begin(), registrations_.end(),
+            const sync::MutexLock lock(mMutex);
+            const auto due = std::find_if(mRegistrations.begin(), mRegistrations.end(),
                                           [](const Registration& r) { return r.pending; });
-            if (due == registrations_.end()) {
+            if (due == mRegistrations.end()) {
                 return;
             }
             due->pending = false;
@@ -238,5 +225,4 @@ void GpioPort::callPending() {
     }
 }
 
-}  // namespace host
-}  // namespace qvn
+}  // namespace qvn::host

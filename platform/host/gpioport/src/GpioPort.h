@@ -1,30 +1,30 @@
 #pragma once
 
+#include <host/EventLoop.h>
+#include <host/Timer.h>
+#include <sync/Mutex.h>
 #include <sys/types.h>
 
 #include <atomic>
+#include <condition_variable>
+#include <memory>
+#include <optional>
 #include <thread>
 #include <vector>
 
-#include "host/DirectoryWatch.h"
-#include "sync/Mutex.h"
+namespace qvn::host {
 
-namespace qvn {
-namespace host {
-
-/**
- * The process's GPIO port: a thread that samples the registered lines whenever their directory changes, and from time
- * to time while the system is short of what it takes to watch or read them.
- *
- * Members may be called from any thread, callbacks included. In a child of fork() the port of its parent cannot be
- * used; close() does nothing there.
- */
+/// The process's GPIO port: a loop with a thread, which samples the registered lines whenever their directory changes,
+/// and from time to time while the system is short of what it takes to watch or read them.
+///
+/// Members may be called from any thread, callbacks included. In a child of fork() the port of its parent cannot be
+/// used; close() does nothing there.
 class GpioPort {
 public:
     enum Edge : int { kRising = 1, kFalling = 2, kBoth = 3 };
     using Callback = void (*)(void*);
 
-    /** The level of a line: 0, 1, or -1 when its file is unusable. */
+    /// The level of a line: 0, 1, or -1 when its file is unusable.
     static int level(int line);
 
     bool open();
@@ -41,32 +41,32 @@ private:
         bool pending;  // an edge waits for its callback
     };
 
-    bool start() QVN_REQUIRES(lifecycleMutex_);
+    bool start() QVN_REQUIRES(mLifecycleMutex);
     bool ofParent() const;
     bool add(int line, int edges, Callback callback, void* context);
+    bool closing();
     void run();
-    /// Opens what is not open yet. False when the system is short of something; errno tells of what.
-    bool openSources();
-    int takeWakeUps();
-    void wake() QVN_REQUIRES(mutex_);
-    /// Looks for edges. False when a level could not be read.
+    /// Waits until the system has the descriptors for a loop. Null when the port is closed before.
+    std::shared_ptr<EventLoop> makeLoop();
+    /// Looks for edges and calls back.
+    void serve();
+    /// False when a level could not be read.
     bool sample();
     void callPending();
-    bool closing();
 
     // Held while the thread is started and joined. The thread itself never takes it.
-    sync::Mutex lifecycleMutex_;
-    std::thread thread_ QVN_GUARDED_BY(lifecycleMutex_);
-    std::atomic<pid_t> process_{0};  // whose port is open
+    sync::Mutex mLifecycleMutex;
+    std::thread mThread QVN_GUARDED_BY(mLifecycleMutex);
+    std::atomic<pid_t> mProcess{0};  // whose port is open
 
-    DirectoryWatch watch_;  // the thread's own
+    std::optional<Timer> mNextSample;  // the thread's own
 
     // Never held across a callback.
-    sync::Mutex mutex_;
-    std::vector<Registration> registrations_ QVN_GUARDED_BY(mutex_);
-    bool closing_ QVN_GUARDED_BY(mutex_) = false;
-    int wakeFd_ QVN_GUARDED_BY(mutex_) = -1;  // an eventfd; -1 while there is none
+    sync::Mutex mMutex;
+    std::condition_variable mChanged;
+    std::vector<Registration> mRegistrations QVN_GUARDED_BY(mMutex);
+    bool mClosing QVN_GUARDED_BY(mMutex) = false;
+    std::shared_ptr<EventLoop> mLoop QVN_GUARDED_BY(mMutex);  // null while there is none
 };
 
-}  // namespace host
-}  // namespace qvn
+}  // namespace qvn::host

@@ -1,17 +1,17 @@
 #include "gpioport/gpioport_client.h"
 
+#include <host/Log.h>
+
 #include <exception>
 
 #include "GpioPort.h"
-#include "lgklog/lgklog.h"
 
 namespace {
 
 constexpr int kOk = 0;
 constexpr int kFailed = -1;
-constexpr int kLogError = 1;
 
-/** Never destroyed: a process may end with the port open. */
+/// Never destroyed: a process may end with the port open.
 qvn::host::GpioPort& port() {
     static qvn::host::GpioPort& instance = *new qvn::host::GpioPort;
     return instance;
@@ -22,7 +22,7 @@ int guarded(Function function) {
     try {
         return function();
     } catch (const std::exception& problem) {
-        lgklog_print(kLogError, "[%s][%d]GPIO port: %s", __func__, __LINE__, problem.what());
+        lgklog_print(qvn::host::kLogError, "gpioport: %s", problem.what());
         return kFailed;
     }
 }

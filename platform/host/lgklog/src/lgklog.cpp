@@ -26,14 +26,14 @@ spdlog::level::level_enum severityOf(int level) {
 
 class Log {
 public:
-    Log() : logger_(makeLogger(std::make_shared<spdlog::sinks::stderr_sink_mt>())) {
+    Log() : mLogger(makeLogger(std::make_shared<spdlog::sinks::stderr_sink_mt>())) {
         openFile(std::getenv("QVN_LOG_FILE"));
         setLimit(std::getenv("QVN_LOG_LEVEL"));
     }
 
-    bool enabled(int level) const { return level <= limit_; }
+    bool enabled(int level) const { return level <= mLimit; }
 
-    void write(spdlog::level::level_enum severity, spdlog::string_view_t text) { logger_->log(severity, text); }
+    void write(spdlog::level::level_enum severity, spdlog::string_view_t text) { mLogger->log(severity, text); }
 
 private:
     static std::unique_ptr<spdlog::logger> makeLogger(spdlog::sink_ptr sink) {
@@ -49,7 +49,7 @@ private:
             return;
         }
         try {
-            logger_ = makeLogger(std::make_shared<spdlog::sinks::basic_file_sink_mt>(path));
+            mLogger = makeLogger(std::make_shared<spdlog::sinks::basic_file_sink_mt>(path));
         } catch (const std::exception& problem) {
             write(spdlog::level::warn, std::string("QVN_LOG_FILE: ") + problem.what() + "; logging to stderr");
         }
@@ -60,23 +60,23 @@ private:
             return;
         }
         if (text[0] >= '0' + kMostSevere && text[0] <= '0' + kMostDetailed && text[1] == '\0') {
-            limit_ = text[0] - '0';
+            mLimit = text[0] - '0';
         } else {
             write(spdlog::level::warn, std::string("QVN_LOG_LEVEL is \"") + text + "\", expected 0 to 5; using 1");
         }
     }
 
-    std::unique_ptr<spdlog::logger> logger_;
-    int limit_ = kDefaultLimit;
+    std::unique_ptr<spdlog::logger> mLogger;
+    int mLimit = kDefaultLimit;
 };
 
-/** Never destroyed: threads that outlive main() may still log. */
+/// Never destroyed: threads that outlive main() may still log.
 Log& processLog() {
     static Log& log = *new Log;
     return log;
 }
 
-/** Line breaks inside a message become blanks, so that a line of the log is always one message. */
+/// Line breaks inside a message become blanks, so that a line of the log is always one message.
 spdlog::string_view_t asOneLine(char* text, std::size_t size) {
     while (size > 0 && (text[size - 1] == '\n' || text[size - 1] == '\r')) {
         --size;

@@ -10,13 +10,12 @@
 
 #include "host/RuntimeDir.h"
 
-namespace qvn {
-namespace host {
+namespace qvn::host {
 namespace {
 
 using nlohmann::json;
 
-/** A vehicle with automatic parking, the variant that serves the most functions. */
+/// A vehicle with automatic parking, the variant that serves the most functions.
 const KeyStore kBuiltInStore = {
     {"config_qvn", {{"OMNIVIEW_SYSTEM_VEHICLE_CONFIGURATION_INFORMATION", 3}, {"REVERSE_VIDEO", 0}}},
 };
@@ -30,14 +29,14 @@ bool isByte(const json& value) {
     return value.is_number_unsigned() && value.get<std::uint64_t>() <= 255;
 }
 
-/** A name of the file as one line of text. */
+/// A name of the file as one line of text.
 std::string printable(std::string name) {
     const auto isControl = [](unsigned char c) { return c < ' ' || c == '\x7F'; };
     std::replace_if(name.begin(), name.end(), isControl, '?');
     return name;
 }
 
-/** The parser's own text, from the place on where it names one: "parse error at line 3, column 7: ...". */
+/// The parser's own text, from the place on where it names one: "parse error at line 3, column 7: ...".
 std::string describe(const json::exception& problem) {
     const std::string text = problem.what();
     const std::size_t bracket = text.find("] ");
@@ -97,5 +96,4 @@ bool loadKeyStore(KeyStore* store, std::string* error) {
     return true;
 }
 
-}  // namespace host
-}  // namespace qvn
+}  // namespace qvn::host

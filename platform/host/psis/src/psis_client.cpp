@@ -1,18 +1,18 @@
 #include "psis/psis_client.h"
 
+#include <host/Log.h>
+#include <sync/Mutex.h>
+
 #include <cstring>
 #include <exception>
 #include <optional>
 
 #include "KeyStore.h"
-#include "lgklog/lgklog.h"
-#include "sync/Mutex.h"
 
 namespace {
 
 constexpr int kOk = 0;
 constexpr int kFailed = -1;
-constexpr int kLogFatal = 0;  // no client starts without its variant
 
 qvn::sync::Mutex storeMutex;
 std::optional<qvn::host::KeyStore> loadedStore QVN_GUARDED_BY(storeMutex);  // empty until initialised
@@ -26,13 +26,13 @@ int psisInitClient(void) {
         qvn::host::KeyStore store;
         std::string error;
         if (!qvn::host::loadKeyStore(&store, &error)) {
-            lgklog_print(kLogFatal, "[%s][%d]%s", __func__, __LINE__, error.c_str());
+            lgklog_print(qvn::host::kLogFatal, "psis: %s", error.c_str());
             return kFailed;
         }
         loadedStore = std::move(store);
         return kOk;
     } catch (const std::exception& problem) {
-        lgklog_print(kLogFatal, "[%s][%d]%s", __func__, __LINE__, problem.what());
+        lgklog_print(qvn::host::kLogFatal, "psis: %s", problem.what());
         return kFailed;
     }
 }

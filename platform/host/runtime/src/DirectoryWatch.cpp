@@ -8,8 +8,7 @@
 
 #include "Path.h"
 
-namespace qvn {
-namespace host {
+namespace qvn::host {
 namespace {
 
 constexpr std::uint32_t kSelfGone = IN_DELETE_SELF | IN_MOVE_SELF | IN_UNMOUNT | IN_IGNORED;
@@ -19,87 +18,106 @@ constexpr std::uint32_t kAncestorMask = IN_CREATE | IN_MOVED_TO | IN_DELETE_SELF
 
 }  // namespace
 
-DirectoryWatch::~DirectoryWatch() {
-    close();
+void DirectoryWatch::start(const std::string& directory, std::function<void()> changed) {
+    stop();
+    mDirectory = directory;
+    mChanged = std::move(changed);
+    watch();
 }
 
-bool DirectoryWatch::open(const std::string& directory) {
-    close();
-    fd_ = inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
-    if (fd_ < 0) {
+void DirectoryWatch::stop() {
+    mRetry.stop();
+    mInotify.close();
+    mWatched.clear();
+    mWatch = -1;
+}
+
+/// False when the system is short of something; then it is tried again.
+bool DirectoryWatch::watch() {
+    if (const std::error_code error = open()) {
+        retry(error);
         return false;
     }
-    directory_ = directory;
-    if (!settle()) {
-        const int reason = errno;
-        close();
-        errno = reason;
-        return false;
-    }
+    mRetry.succeeded();
+    await();
     return true;
 }
 
-void DirectoryWatch::close() {
-    if (fd_ >= 0) {
-        ::close(fd_);
-    }
-    fd_ = -1;
-    watch_ = -1;
-    present_ = false;
-    watched_.clear();
+void DirectoryWatch::retry(const std::error_code& error) {
+    stop();
+    mRetry.later(mWhat + ": " + error.message(), [this] {
+        if (watch()) {
+            report();
+        }
+    });
 }
 
-DirectoryWatch::Changes DirectoryWatch::drain() {
-    Changes changes;
-    bool unsettled = false;
+std::error_code DirectoryWatch::open() {
+    UniqueFd inotify(inotify_init1(IN_NONBLOCK | IN_CLOEXEC));
+    if (!inotify) {
+        return lastError();
+    }
+    const std::error_code error = mInotify.open(mLoop, std::move(inotify));
+    return error ? error : settle();
+}
+
+/// Watches the directory or, while it is missing, its nearest ancestor that exists. What appears between looking for
+/// it and watching its parent would be missed, so this looks again until the answer is the same twice.
+std::error_code DirectoryWatch::settle() {
+    for (;;) {
+        std::string candidate = mDirectory;
+        int watch = inotify_add_watch(mInotify.get(), candidate.c_str(), kDirectoryMask);
+        while (watch < 0 && candidate != parentOf(candidate)) {
+            candidate = parentOf(candidate);
+            watch = inotify_add_watch(mInotify.get(), candidate.c_str(), kAncestorMask);
+        }
+        if (watch < 0) {
+            return lastError();
+        }
+        const bool repeated = watch == mWatch && candidate == mWatched;
+        if (mWatch >= 0 && watch != mWatch) {
+            inotify_rm_watch(mInotify.get(), mWatch);
+        }
+        mWatch = watch;
+        mWatched = candidate;
+        if (repeated || candidate == mDirectory) {
+            return {};
+        }
+    }
+}
+
+/// Takes what waits in the descriptor. Whether the watch may have to move to another directory.
+bool DirectoryWatch::takeEvents() {
+    bool moves = false;
     alignas(inotify_event) char buffer[16 * (sizeof(inotify_event) + NAME_MAX + 1)];
     ssize_t size = 0;
-    while ((size = ::read(fd_, buffer, sizeof buffer)) > 0 || (size < 0 && errno == EINTR)) {
+    while ((size = ::read(mInotify.get(), buffer, sizeof buffer)) > 0 || (size < 0 && errno == EINTR)) {
         for (ssize_t at = 0; at < size;) {
             const auto* event = reinterpret_cast<const inotify_event*>(buffer + at);
             at += static_cast<ssize_t>(sizeof(inotify_event) + event->len);
-            if ((event->mask & IN_Q_OVERFLOW) != 0 || (event->wd == watch_ && !present_)) {
-                unsettled = true;
-            } else if (event->wd == watch_ && (event->mask & kSelfGone) != 0) {
-                changes.directoryGone = true;
-                present_ = false;
-                unsettled = true;
-            } else if (event->wd == watch_ && event->len > 0) {
-                changes.names.emplace_back(event->name);
-            }
+            const bool concerns = event->wd == mWatch && (!isThere() || (event->mask & kSelfGone) != 0);
+            moves = moves || concerns || (event->mask & IN_Q_OVERFLOW) != 0;
         }
     }
-    if (unsettled) {
-        settle();
-        changes.rescan = present_;
-    }
-    return changes;
+    return moves;
 }
 
-/**
- * Watches the directory or, while it is missing, its nearest ancestor that exists. What appears between looking for
- * it and watching its parent would be missed, so this looks again until the answer repeats.
- */
-bool DirectoryWatch::settle() {
-    for (;;) {
-        std::string candidate = directory_;
-        int watch = inotify_add_watch(fd_, candidate.c_str(), kDirectoryMask);
-        while (watch < 0 && candidate != parentOf(candidate)) {
-            candidate = parentOf(candidate);
-            watch = inotify_add_watch(fd_, candidate.c_str(), kAncestorMask);
-        }
-        const bool repeated = watch == watch_ && candidate == watched_;
-        if (watch_ >= 0 && watch != watch_) {
-            inotify_rm_watch(fd_, watch_);
-        }
-        watch_ = watch;
-        watched_ = candidate;
-        present_ = watch >= 0 && candidate == directory_;
-        if (repeated || present_) {
-            return watch >= 0;
-        }
+void DirectoryWatch::await() {
+    mInotify.awaitReadable([this] { onReadable(); });
+}
+
+void DirectoryWatch::onReadable() {
+    const bool wasThere = isThere();
+    const std::error_code error = takeEvents() ? settle() : std::error_code();
+    error ? retry(error) : await();
+    if (wasThere || isThere()) {
+        report();
     }
 }
 
-}  // namespace host
-}  // namespace qvn
+void DirectoryWatch::report() {
+    const std::function<void()> changed = mChanged;  // a copy, since the function may start or destroy this watch
+    changed();
+}
+
+}  // namespace qvn::host

@@ -9,8 +9,7 @@
 
 #include "Path.h"
 
-namespace qvn {
-namespace host {
+namespace qvn::host {
 namespace {
 
 std::string environment(const char* name) {
@@ -35,7 +34,7 @@ bool makeDirectory(const std::string& path) {
     return ::mkdir(path.c_str(), 0700) == 0 || errno == EEXIST;
 }
 
-/** Makes the directory or accepts the one that is there: a real one, of this user, open to him at least. */
+/// Makes the directory or accepts the one that is there: a real one, of this user, open to him at least.
 bool ensureOwnDirectory(const std::string& path, struct stat* status, std::string* error) {
     if (!makeDirectory(path)) {
         return fail(error, "cannot make the directory " + path + ": " + std::strerror(errno) +
@@ -93,5 +92,4 @@ std::string gpioLinePath(int line) {
     return runtimeDir() + "/" + kGpioFolder + "/" + std::to_string(line);
 }
 
-}  // namespace host
-}  // namespace qvn
+}  // namespace qvn::host

@@ -7,15 +7,16 @@
 #include <memory>
 #include <string>
 
-namespace fdb {
+namespace qvn {
+namespace host {
 class EventLoop;
 }
+}  // namespace qvn
 
 /// An event loop with a thread: runs jobs in the order in which they were sent, and serves the sockets of the clients
 /// and servers that were given this worker.
 ///
-/// All members may be called from any thread. The worker must outlive nothing: its objects notice when it has ended,
-/// and get no callback any more.
+/// All members may be called from any thread. Clients and servers may outlive their worker; they then get no callbacks.
 class FDB_API CBaseWorker : public CBaseThread {
 public:
     /// @param normal_queue_size most jobs that may wait; 0 is unlimited
@@ -45,11 +46,11 @@ public:
     bool flush(int32_t ms = 0);
 
     const std::string& name() const { return mName; }
-    const std::shared_ptr<fdb::EventLoop>& loop() const { return mLoop; }
+    const std::shared_ptr<qvn::host::EventLoop>& loop() const { return mLoop; }
 
 private:
     std::string mName;
     uint32_t mQueueSize;
     std::shared_ptr<std::atomic<uint32_t>> mQueued;
-    std::shared_ptr<fdb::EventLoop> mLoop;
+    std::shared_ptr<qvn::host::EventLoop> mLoop;
 };

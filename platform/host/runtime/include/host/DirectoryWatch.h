@@ -1,62 +1,51 @@
 #pragma once
 
+#include <functional>
 #include <string>
-#include <vector>
+#include <system_error>
 
-namespace qvn {
-namespace host {
+#include "host/EventLoop.h"
+#include "host/LoopDescriptor.h"
+#include "host/Timer.h"
 
-/**
- * Reports the names that change in one directory, through a file descriptor that an event loop can wait on.
- *
- * A name is reported when it is created, closed after writing, moved in or out, or deleted. The watch follows the
- * path: while the directory does not exist it waits, without polling, for it to be made.
- *
- * Not thread-safe: one thread uses a watch at a time.
- */
+namespace qvn::host {
+
+/// Calls back on a loop when something has changed in one directory: a file was made, closed after writing, moved in
+/// or out, or deleted, or the directory itself was removed or made.
+///
+/// The watch follows the path: while the directory does not exist, or is a symbolic link, it waits for one to be made.
+/// While the system is short of descriptors or watches, it tries again, logs that once, and calls back when it watches.
+///
+/// One thread at a time, as LoopDescriptor.
 class DirectoryWatch {
 public:
-    struct Changes {
-        std::vector<std::string> names;  ///< in order of occurrence, a name may repeat
-        bool directoryGone = false;      ///< the directory was removed or moved away
-        bool rescan = false;             ///< it was made (again), or changes were lost: look at everything in it
-    };
+    /// @param what begins the log line: "fdbus: cannot watch the directory"
+    DirectoryWatch(EventLoop& loop, std::string what) : mLoop(loop), mWhat(std::move(what)), mRetry(loop) {}
 
-    DirectoryWatch() = default;
-    ~DirectoryWatch();
-
-    DirectoryWatch(const DirectoryWatch&) = delete;
-    DirectoryWatch& operator=(const DirectoryWatch&) = delete;
-
-    /**
-     * Watches a directory from now on, in place of the one watched before.
-     *
-     * @return false when the system has no watch to give; errno tells why. A directory that does not exist yet, or
-     *         a symbolic link in its place, is no failure: present() is false until a directory is there.
-     */
-    bool open(const std::string& directory);
-
-    /** Stops watching. */
-    void close();
-
-    /** Readable while changes wait; -1 when closed. Stays the same from open() to the next open() or close(). */
-    int fd() const { return fd_; }
-
-    /** Whether the directory existed at the last open() or drain(). */
-    bool present() const { return present_; }
-
-    /** Takes the changes since the last call. Never blocks. */
-    Changes drain();
+    /// Watches a directory from now on, in place of the one before.
+    void start(const std::string& directory, std::function<void()> changed);
+    /// When it returns, nothing will be called.
+    void stop();
 
 private:
-    bool settle();
+    bool watch();
+    void retry(const std::error_code& error);
+    std::error_code open();
+    std::error_code settle();
+    bool isThere() const { return mWatched == mDirectory; }
+    bool takeEvents();
+    void await();
+    void onReadable();
+    void report();
 
-    std::string directory_;
-    std::string watched_;  // the directory itself, or its nearest ancestor that exists
-    int fd_ = -1;
-    int watch_ = -1;
-    bool present_ = false;
+    EventLoop& mLoop;
+    const std::string mWhat;
+    Retry mRetry;
+    std::string mDirectory;
+    std::function<void()> mChanged;
+    LoopDescriptor mInotify;
+    std::string mWatched;  // the directory itself, or its nearest ancestor that exists
+    int mWatch = -1;
 };
 
-}  // namespace host
-}  // namespace qvn
+}  // namespace qvn::host

@@ -3,37 +3,29 @@
 #include <sys/un.h>
 
 #include <string>
+#include <system_error>
 
-namespace qvn {
-namespace host {
+#include "host/UniqueFd.h"
 
-/** The file name, in the runtime folder, of the socket under which a service of the bus can be reached. */
-std::string serviceSocketName(const std::string& service);
+namespace qvn::host {
 
-/**
- * The path of that socket.
- *
- * @param path   receives the path; may be null
- * @param error  receives one sentence for the user on failure, naming the path and the remedy; may be null
- * @return false when the system takes no path as long as this one
- */
+/// The path of the socket under which a service of the bus can be reached.
+///
+/// @param path   receives the path; may be null
+/// @param error  receives one sentence for the user on failure, naming the path and the remedy; may be null
+/// @return false when the path is longer than the system allows for a socket
 bool serviceSocketPath(const std::string& service, std::string* path, std::string* error);
 
-/** The address of a socket file. False, with errno set, when the path is too long for one. */
-bool socketAddress(const std::string& path, sockaddr_un* address);
+/// The address of a socket file. Fails when the path is too long for one.
+std::error_code socketAddress(const std::string& path, sockaddr_un* address);
 
-/** Connects to a service without waiting. The descriptor, which is the caller's; -1, with errno set, on failure. */
-int connectToService(const std::string& service);
+/// Connects to a service without waiting. Empty, with `error` set, on failure.
+UniqueFd connectToService(const std::string& service, std::error_code& error);
 
-/**
- * The process that offers a service at this moment.
- *
- * It is asked by a connection that ends at once. The process may offer the service without serving it, because it is
- * stopped, for instance.
- *
- * @return its identifier; 0, with errno set, when there is none (ENOENT, ECONNREFUSED) or it cannot be told
- */
+/// The process that offers a service at this moment; 0 when there is none, or when it cannot be found out.
+///
+/// It is asked by a connection that ends at once. It may offer the service and not serve it, when it is stopped for
+/// instance.
 int serviceHolder(const std::string& service);
 
-}  // namespace host
-}  // namespace qvn
+}  // namespace qvn::host

@@ -2,9 +2,11 @@
 
 #include <unistd.h>
 
+#include <cerrno>
+#include <system_error>
 #include <utility>
 
-namespace fdb {
+namespace qvn::host {
 
 /// A file descriptor with an owner.
 class UniqueFd {
@@ -30,4 +32,9 @@ private:
     int mFd = -1;
 };
 
-}  // namespace fdb
+/// Why the system call before has failed.
+inline std::error_code lastError() {
+    return {errno, std::generic_category()};
+}
+
+}  // namespace qvn::host

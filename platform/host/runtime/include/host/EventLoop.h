@@ -1,11 +1,8 @@
 #pragma once
 
-#include "UniqueFd.h"
-
 #include <sync/Mutex.h>
 #include <asio/executor_work_guard.hpp>
 #include <asio/io_context.hpp>
-#include <asio/posix/stream_descriptor.hpp>
 #include <asio/post.hpp>
 
 #include <atomic>
@@ -19,24 +16,23 @@
 #include <thread>
 #include <utility>
 
-namespace fdb {
+namespace qvn::host {
 
 /// An io_context with at most one thread in it at a time.
 ///
-/// In a child of fork() the loops that its parent has started are foreign: they do not run, and are not to be touched.
-/// Their threads are not there, their descriptors are shared, and their mutexes may be locked for ever.
+/// In a child of fork() the loops that its parent has started are foreign: they do not run, and must not be touched.
+/// Their threads do not exist there, their descriptors are shared with the parent, and their mutexes may be locked for
+/// ever.
 class EventLoop : public std::enable_shared_from_this<EventLoop> {
 public:
+    /// Throws std::system_error when the system has no descriptors for it.
     EventLoop();
     ~EventLoop();
 
     asio::io_context& context() { return mContext; }
-    /// A descriptor to wait for on this loop. Null when `fd` is empty, and, with errno set, when
-    /// the system has no room for it.
-    std::unique_ptr<asio::posix::stream_descriptor> adopt(UniqueFd fd);
 
-    /// Runs the loop on a new thread, or on the calling one until stop(). False when it was started before, and, with a
-    /// log line, when there is no thread to be had.
+    /// Runs the loop on a new thread, or on the calling one until stop(). False when it was started before, and on a
+    /// foreign loop. Throws std::system_error when the system has no thread to give; it may be started later then.
     bool start(const std::string& threadName, bool inPlace);
     /// From start() until the loop has ended.
     bool running() const { return mRunning && !isForeign(); }
@@ -72,7 +68,7 @@ private:
         bool done = false;
     };
 
-    bool startThread(const std::string& name) QVN_REQUIRES(mMutex);
+    void startThread(const std::string& name) QVN_REQUIRES(mMutex);
     void run();
     void runTasksLocked() QVN_REQUIRES(mMutex);
 
@@ -80,7 +76,7 @@ private:
     std::optional<asio::executor_work_guard<asio::io_context::executor_type>> mWork;
     std::atomic<std::thread::id> mThreadId{std::thread::id()};
 
-    qvn::sync::Mutex mMutex;
+    sync::Mutex mMutex;
     std::condition_variable mChanged;
     std::deque<Task*> mTasks QVN_GUARDED_BY(mMutex);
     std::atomic<bool> mRunning{false};  // changed under mMutex, so that a wait for it misses nothing
@@ -89,4 +85,4 @@ private:
     std::thread mThread QVN_GUARDED_BY(mMutex);
 };
 
-}  // namespace fdb
+}  // namespace qvn::host

@@ -1,18 +1,16 @@
-#include "EventLoop.h"
+#include "host/EventLoop.h"
 
-#include <lgklog/lgklog.h>
 #include <pthread.h>
 
 #include <asio/steady_timer.hpp>
 
-#include <cerrno>
 #include <chrono>
-#include <exception>
+#include <system_error>
 #include <vector>
 
-namespace fdb {
+namespace qvn::host {
 
-using qvn::sync::MutexLock;
+using sync::MutexLock;
 
 namespace {
 
@@ -38,21 +36,6 @@ EventLoop::~EventLoop() {
     }
 }
 
-std::unique_ptr<asio::posix::stream_descriptor> EventLoop::adopt(UniqueFd fd) {
-    if (!fd) {
-        return nullptr;
-    }
-    auto descriptor = std::make_unique<asio::posix::stream_descriptor>(mContext);
-    std::error_code error;
-    descriptor->assign(fd.get(), error);
-    if (error) {
-        errno = error.value();
-        return nullptr;
-    }
-    fd.release();
-    return descriptor;
-}
-
 bool EventLoop::isForeign() const {
     const int itsOwn = mGeneration;
     return itsOwn >= 0 && itsOwn != generation;
@@ -75,24 +58,23 @@ bool EventLoop::start(const std::string& threadName, bool inPlace) {
         mStarted = mRunning = true;
         mGeneration = generation.load();
         if (!inPlace) {
-            return startThread(threadName);
+            startThread(threadName);
+            return true;
         }
     }
     run();
     return true;
 }
 
-bool EventLoop::startThread(const std::string& name) {
+void EventLoop::startThread(const std::string& name) {
     try {
         mThread = std::thread([self = shared_from_this(), name] {
             pthread_setname_np(pthread_self(), name.substr(0, 15).c_str());
             self->run();
         });
-        return true;
-    } catch (const std::exception& error) {
+    } catch (const std::system_error&) {
         mStarted = mRunning = false;
-        lgklog_print(0, "fdbus: cannot start the thread of worker '%s': %s", name.c_str(), error.what());
-        return false;
+        throw;
     }
 }
 
@@ -176,4 +158,4 @@ void EventLoop::runTasksLocked() {
     mChanged.notify_all();
 }
 
-}  // namespace fdb
+}  // namespace qvn::host

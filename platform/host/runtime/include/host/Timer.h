@@ -1,0 +1,48 @@
+#pragma once
+
+#include <asio/steady_timer.hpp>
+
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "host/EventLoop.h"
+
+namespace qvn::host {
+
+/// Calls a function on a loop, once and later. One thread at a time, as LoopDescriptor.
+class Timer {
+public:
+    explicit Timer(EventLoop& loop) : mLoop(&loop) {}
+
+    /// Calls `action` after `delay`, in place of what it was to call before.
+    void start(std::chrono::milliseconds delay, std::function<void()> action);
+    /// When it returns, nothing will be called.
+    void stop() { mTimer.reset(); }
+
+private:
+    EventLoop* mLoop;
+    std::shared_ptr<asio::steady_timer> mTimer;
+};
+
+/// Tries again what the system was short of something for, such as descriptors: nothing tells when there is more.
+class Retry {
+public:
+    static constexpr std::chrono::milliseconds kPause{100};
+
+    explicit Retry(EventLoop& loop) : mTimer(loop) {}
+
+    /// Calls `action` after the pause. Logs the problem, but not the same one twice.
+    void later(const std::string& problem, std::function<void()> action);
+    /// It has worked: the log tells when the problem comes again.
+    void succeeded() { mLogged.clear(); }
+    /// When it returns, nothing will be called.
+    void stop() { mTimer.stop(); }
+
+private:
+    Timer mTimer;
+    std::string mLogged;
+};
+
+}  // namespace qvn::host
