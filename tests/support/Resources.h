@@ -44,7 +44,7 @@ inline bool isIdle() {
     constexpr std::chrono::milliseconds kWindow(400);
     const auto before = cpuTime();
     std::this_thread::sleep_for(kWindow);
-    return cpuTime() - before < kWindow / 2;
+    return cpuTime() - before < kWindow / 8;
 }
 
 /// What the action writes to stderr.

@@ -93,7 +93,7 @@ void Output::write() {
             breakOff();
         }
     }
-    if (mSent >= queuedBytes()) {  // less often would waste memory, more often time
+    if (mSent >= queuedBytes()) {  // not after each write, since it moves all the rest
         mQueue.erase(mQueue.begin(), mQueue.begin() + static_cast<std::ptrdiff_t>(mSent));
         mSent = 0;
     }

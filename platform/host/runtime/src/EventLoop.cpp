@@ -31,7 +31,7 @@ EventLoop::EventLoop() {
 
 EventLoop::~EventLoop() {
     if (mThread.joinable()) {
-        // The thread holds its loop: it has ended, or it is this one, that has let go of it last.
+        // The thread owns a reference to its loop: either it has ended, or this is the thread, which had the last one.
         mThread.get_id() == std::this_thread::get_id() ? mThread.detach() : mThread.join();
     }
 }

@@ -48,9 +48,9 @@ public:
     CBaseWorker* worker() const { return mWorker; }
     const std::string& name() const { return mName; }
 
-    /// Ends all traffic of the object: when it returns, no callback of it runs or will run. Every object needs it
-    /// before it goes; a class that overrides callbacks calls it first thing in its destructor. Not to be called in a
-    /// callback: it would wait for itself on the bus that this one stands for.
+    /// Ends all traffic of the object: when it returns, no callback of it runs or will run. Call it before the object
+    /// is destroyed; a class that overrides callbacks calls it at the beginning of its destructor. Do not call it
+    /// inside a callback: on the head unit's bus it would wait for itself.
     virtual void prepareDestroy();
 
     /// Whether a client that lost its service connects again by itself; on by default.

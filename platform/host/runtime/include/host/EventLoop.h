@@ -37,7 +37,7 @@ public:
     /// From start() until the loop has ended.
     bool running() const { return mRunning && !isForeign(); }
     bool isForeign() const;
-    /// Keeps something of a foreign loop from its destructor.
+    /// Keeps an object of a foreign loop until the process ends, because its destructor would touch the loop.
     static void abandon(std::shared_ptr<void> ofForeignLoop);
     /// Lets the loop end after the handler that is running now.
     void stop();
@@ -52,9 +52,9 @@ public:
         }
     }
 
-    /// Runs `task` when no handler is running, and returns when it has run: between two handlers of the loop, or here
-    /// when the loop is not running or this is its own thread. On a foreign loop it never runs. The task must not call
-    /// out of the bus.
+    /// Runs `task` while no other handler of the loop runs, and returns when it has run: on the loop, or on the calling
+    /// thread when the loop is not running or this is its thread. On a foreign loop it never runs. The task must not
+    /// call the application.
     void runExclusive(const std::function<void()>& task);
 
     /// Waits until `done` is set by a thread that then calls signal(); at most `milliseconds`, where positive. False

@@ -26,7 +26,8 @@ private:
     std::shared_ptr<asio::steady_timer> mTimer;
 };
 
-/// Tries again what the system was short of something for, such as descriptors: nothing tells when there is more.
+/// Tries something again after a pause, when the system was short of what it takes, such as descriptors: nothing tells
+/// when there is more.
 class Retry {
 public:
     static constexpr std::chrono::milliseconds kPause{100};
