@@ -17,7 +17,6 @@
 namespace qvn::host {
 namespace {
 
-constexpr char kLinesDir[] = "gpio";
 constexpr char kCannotWatch[] = "gpioport: cannot watch the GPIO lines";
 constexpr int kUnknown = -1;
 constexpr int kReleased = 1;
@@ -25,7 +24,7 @@ constexpr int kReleased = 1;
 thread_local bool onPortThread = false;
 
 std::string linesDir() {
-    return runtimeDir() + "/" + kLinesDir;
+    return runtimeDir() + "/" + kGpioFolder;
 }
 
 /// Leaves every signal to the application's own threads.
@@ -38,8 +37,7 @@ void blockSignals() {
 }  // namespace
 
 int GpioPort::level(int line) {
-    const std::string path = linesDir() + "/" + std::to_string(line);
-    const UniqueFd fd(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    const UniqueFd fd(::open(gpioLinePath(line).c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
     if (!fd) {
         return errno == ENOENT ? kReleased : kUnknown;
     }
@@ -110,7 +108,7 @@ bool GpioPort::start() {
         return true;
     }
     std::string error;
-    if (!ensureRuntimeSubdir(kLinesDir, &error)) {
+    if (!ensureRuntimeSubdir(kGpioFolder, &error)) {
         lgklog_print(kLogError, "gpioport: %s", error.c_str());
         return false;
     }
