@@ -11,7 +11,7 @@
 class HostDir {
 public:
     HostDir() {
-        std::string name = (outer_ / "qvn-test-XXXXXX").string();
+        std::string name = (mOuter / "qvn-test-XXXXXX").string();
         if (::mkdtemp(&name[0]) == nullptr) {
             std::abort();
         }
