@@ -1,7 +1,7 @@
 #include "e2e/RawSocket.h"
 
-#include <poll.h>
 #include <sys/socket.h>
+#include <sys/time.h>
 #include <sys/un.h>
 #include <unistd.h>
 
@@ -32,11 +32,6 @@ void check(bool good, const char* what) {
     }
 }
 
-bool readable(int fd) {
-    pollfd descriptor{fd, POLLIN, 0};
-    return poll(&descriptor, 1, kDeadlineSeconds * 1000) > 0;
-}
-
 }  // namespace
 
 std::string serviceSocket(const std::string& directory) {
@@ -56,7 +51,13 @@ std::string frame(int kind, unsigned code, const std::string& payload, int annou
     return std::string(reinterpret_cast<const char*>(&header), sizeof header) + payload;
 }
 
-RawSocket::RawSocket(const std::string& path) : fd_(newSocket()) {
+RawSocket::RawSocket(int fd) : fd_(fd) {
+    const timeval limit{kDeadlineSeconds, 0};
+    setsockopt(fd_, SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof limit);
+    setsockopt(fd_, SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof limit);
+}
+
+RawSocket::RawSocket(const std::string& path) : RawSocket(newSocket()) {
     const sockaddr_un address = addressOf(path);
     check(connect(fd_, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0, "connect");
 }
@@ -80,7 +81,7 @@ bool RawSocket::write(const std::string& bytes) const {
 
 std::string RawSocket::read() const {
     char buffer[65536];
-    const ssize_t count = readable(fd_) ? recv(fd_, buffer, sizeof buffer, 0) : -1;
+    const ssize_t count = recv(fd_, buffer, sizeof buffer, 0);
     return count > 0 ? std::string(buffer, static_cast<std::size_t>(count)) : "";
 }
 
@@ -101,7 +102,7 @@ HostileService::HostileService(const std::string& directory) : listener_(newSock
 }
 
 RawSocket HostileService::accept() const {
-    const int fd = readable(listener_.fd()) ? accept4(listener_.fd(), nullptr, nullptr, SOCK_CLOEXEC) : -1;
+    const int fd = accept4(listener_.fd(), nullptr, nullptr, SOCK_CLOEXEC);
     check(fd >= 0, "accept");
     return RawSocket(fd);
 }

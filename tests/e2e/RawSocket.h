@@ -18,7 +18,8 @@ constexpr int kBroadcast = 7;
 /// One end of a stream to the other side of the bus, as a program without the bus library has it.
 class RawSocket {
 public:
-    explicit RawSocket(int fd) : fd_(fd) {}
+    /// Takes a socket over. No call waits longer than kDeadlineSeconds.
+    explicit RawSocket(int fd);
     /// Connects to a service.
     explicit RawSocket(const std::string& path);
     RawSocket(RawSocket&& other) noexcept : fd_(std::exchange(other.fd_, -1)) {}
@@ -29,7 +30,7 @@ public:
     ~RawSocket();
 
     int fd() const { return fd_; }
-    /// False when the other side has ended the stream.
+    /// False when the other side has ended the stream, or takes nothing.
     bool write(const std::string& bytes) const;
     /// Waits for the first bytes; empty when the stream has ended, or nothing came for a long time.
     std::string read() const;

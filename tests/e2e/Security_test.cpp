@@ -22,6 +22,11 @@ namespace fs = std::filesystem;
 constexpr uid_t kOtherUser = 65534;
 constexpr int kThrew = 99;
 
+/// 0 when the other side has ended the connection and sent nothing.
+int sentAway(const RawSocket& socket) {
+    return socket.read().empty() && socket.ends() ? 0 : 1;
+}
+
 /// What the action returns when another user runs it, -1 when it does not return in time.
 int asOtherUser(const std::function<int()>& action) {
     const pid_t child = fork();
@@ -71,23 +76,18 @@ TEST_F(OtherUser, IsRefusedAlsoWhereTheDirectoryWasOpened) {
     const auto watch = desk.watch(kWord);
     ASSERT_EQ(chmod(desk.directory().c_str(), 0777), 0);
     ASSERT_EQ(chmod(socket.c_str(), 0777), 0);
-    EXPECT_EQ(asOtherUser([&] {
-                  const RawSocket client(socket);
-                  client.write(frame(kSubscribe, 0, {'\x90', '\x68', '\x74', '\x02', '\0', '\0'}));
-                  return client.read().empty() && client.ends() ? 0 : 1;
-              }),
-              0)
-        << "a client of another user is sent away without a value";
+    const auto subscribe = [&] {
+        const RawSocket client(socket);
+        client.write(frame(kSubscribe, 0, {'\x90', '\x68', '\x74', '\x02', '\0', '\0'}));
+        return sentAway(client);
+    };
+    EXPECT_EQ(asOtherUser(subscribe), 0) << "a client of another user gets no value";
     simulator->signal(SIGKILL);
     simulator->wait();
     EXPECT_NE(simulator->errors().find("belongs to user 65534 and is refused"), std::string::npos);
 
-    EXPECT_EQ(asOtherUser([&] {
-                  const RawSocket client = HostileService(desk.directory()).accept();
-                  return client.read().empty() && client.ends() ? 0 : 1;
-              }),
-              0)
-        << "a client does not talk to a service of another user";
+    const auto serve = [&] { return sentAway(HostileService(desk.directory()).accept()); };
+    EXPECT_EQ(asOtherUser(serve), 0) << "a client does not talk to a service of another user";
     ASSERT_EQ(chmod(desk.directory().c_str(), 0700), 0);
     const auto again = desk.simulator();
     again->write(wordLine(1));

@@ -82,7 +82,7 @@ CanService::CanService(std::string name, Observer observer)
 
 CanService::~CanService() {
     goDown();
-    // Neither thread may outlive its object, and that of the context is the bus's own static one.
+    // Both threads must end before their objects; the context is a static object of the bus.
     worker_.exit();
     worker_.join();
     FDB_CONTEXT->exit();

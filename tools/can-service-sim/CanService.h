@@ -12,8 +12,8 @@
 
 namespace qvn::tools {
 
-/// The CAN service as its clients see it: the current value of every signal, the status of every message, on the bus
-/// or off it. Values are kept while it is off the bus. All members are called from one thread.
+/// The CAN service as its clients see it: the current value of every signal and the status of every message. It keeps
+/// them while it is off the bus, too. All members are called from one thread.
 class CanService {
 public:
     /// What clients do, told on the service's own thread.
@@ -43,7 +43,7 @@ private:
 
     std::string name_;
     Observer observer_;
-    // Held while a value is kept and sent, so that what a new subscriber gets never is older than what follows.
+    // Held while a value is kept and sent: a new subscriber must not get an old value after a newer one.
     sync::Mutex mutex_;
     std::map<std::uint32_t, std::string> values_ QVN_GUARDED_BY(mutex_);
     std::map<std::uint32_t, std::uint32_t> statuses_ QVN_GUARDED_BY(mutex_);

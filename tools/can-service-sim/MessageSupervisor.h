@@ -12,13 +12,12 @@ namespace qvn::tools {
 /// Times are seconds of one steady clock.
 class MessageSupervisor {
 public:
-    /// A signal of the message was received, with its period when it is on a cycle: from then on the message is
-    /// watched.
+    /// A signal of the message was received. With a period, when it is on a cycle, the message is watched from now on.
     /// @return whether this ended a time-out
     bool received(std::uint32_t message, double now, double period = 0.0);
 
-    /// The user gives the status by hand. Such a time-out lasts until it is ended by hand; ending it also ends the
-    /// watching, until the next signal that is on a cycle.
+    /// The user gives the status by hand. Such a time-out lasts until it is ended by hand. After that the message is
+    /// not watched until the next signal that is on a cycle.
     void setByHand(std::uint32_t message, bool timedOut);
 
     /// The messages that have timed out since the last call.

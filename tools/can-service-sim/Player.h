@@ -15,8 +15,8 @@
 
 namespace qvn::tools {
 
-/// Lets events happen: those of a trace at their time, those of standard input, and the answers to clients' sets.
-/// Everything but its construction runs in the event loop.
+/// Lets events happen: those of a trace at their time, those of standard input, and the answers to clients' sets. After
+/// its construction everything runs in the event loop.
 class Player {
 public:
     struct Options {

@@ -41,8 +41,8 @@ class Words {
 public:
     explicit Words(std::string_view rest) : rest_(rest) {}
 
-    /// The next word, empty at the end of the line or where a remark begins: at a '#', or, unless the word is one of
-    /// the keywords that may follow an event, after two blanks.
+    /// The next word; empty at the end of the line and where a remark begins. A remark begins at a '#', and after two
+    /// blanks unless "every" or "for" follows.
     std::string_view peek() const {
         const std::size_t begin = rest_.find_first_not_of(kBlanks);
         if (begin == std::string_view::npos || rest_[begin] == '#') {

@@ -52,7 +52,7 @@ struct TraceEvent {
 };
 
 /// Reads one line of a trace. Nothing for a blank line or a comment.
-/// @throws BadInput naming the offending word and what is expected; the caller adds the position
+/// @throws BadInput with the word that is wrong and what is expected; the caller adds file and line
 std::optional<TraceEvent> readTraceLine(std::string_view line);
 
 /// Reads a whole trace, in which every event has a time, and sorts it by time.

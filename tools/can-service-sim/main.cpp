@@ -111,7 +111,7 @@ public:
     Console(EventLoop& loop, Player& player) : loop_(loop), player_(player), reader_(STDIN_FILENO) {}
 
     void start() {
-        // A background job that reads its terminal is stopped by it.
+        // The system stops a background job that reads its terminal.
         const bool background = isatty(STDIN_FILENO) != 0 && tcgetpgrp(STDIN_FILENO) != getpgrp();
         if (!background) {
             loop_.watch(STDIN_FILENO, [this] { read(); });

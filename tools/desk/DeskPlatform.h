@@ -10,8 +10,8 @@ namespace qvn::tools {
 /// the user.
 bool prepareDesk(const std::string& service, std::string* error);
 
-/// Whether a service that this process has bound goes by its name here. A bus with a naming service answers that in the
-/// background if at all: there it is taken for granted. On failure `error` is one sentence for the user.
+/// Whether clients find a service that this process has bound. A bus with a naming service tells that later or never:
+/// there the answer is always yes. On failure `error` is one sentence for the user.
 bool offersService(const std::string& name, std::string* error);
 
 enum class LineWrite {
@@ -20,7 +20,7 @@ enum class LineWrite {
     Failed
 };
 
-/// Moves the reverse line; 1 engaged (line low). Unless it is done, `error` is one sentence for the user.
+/// Moves the reverse line; engaged is low. Unless it is done, `error` is one sentence for the user.
 LineWrite writeReverseLine(bool engaged, std::string* error);
 
 }  // namespace qvn::tools

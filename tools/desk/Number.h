@@ -14,7 +14,7 @@ double parseNumber(std::string_view text, std::string_view what);
 /// The number of a hexadecimal text that begins with 0x, else nothing.
 std::optional<std::uint32_t> parseHex(std::string_view text);
 
-/// Formats a number the way people write it: no exponent or trailing zeros where avoidable.
+/// The number as people write it: up to seven digits, no zeros at the end.
 std::string formatNumber(double number);
 
 /// "0x01384CD0"

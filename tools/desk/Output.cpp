@@ -33,7 +33,7 @@ public:
     bool idle();
     /// 0 while the output is in order.
     int error();
-    /// How many texts nobody has seen or will see.
+    /// How many texts the reader has not got and will not get.
     long leftOut();
 
     WakeUp settled;  ///< readable when it may be idle or have failed
@@ -159,7 +159,7 @@ Output::Output(const StopSignals& stop)
 
 Output::~Output() {
     writer_->close();
-    // A write that waits for its reader ends with the process.
+    // A thread that hangs in a write ends with the process.
     if (idle() || gone()) {
         thread_.join();
     } else {

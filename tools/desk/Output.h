@@ -11,11 +11,11 @@
 
 namespace qvn::tools {
 
-/// Standard output that its reader cannot hold up. A thread of its own writes; what waits for a reader that has stopped
-/// is bounded, and the oldest of it gives way to the newest. All members are called from one thread.
+/// Standard output for a reader that may stop reading: the tool goes on. A thread of its own writes. What waits for the
+/// reader is limited; when there is more, the oldest is left out. All members are called from one thread.
 class Output {
 public:
-    /// Made after the stop signals, whose thread mask the writer inherits.
+    /// Made after the stop signals, so that they are blocked in the thread that writes, too.
     explicit Output(const StopSignals& stop);
     ~Output();
     Output(const Output&) = delete;
@@ -32,9 +32,9 @@ public:
     bool gone() const;
     int fd() const;
 
-    /// The tool has been told to end by now: a reader that has stopped is no longer waited for, but for a moment.
+    /// The tool is to end now: from here on drain() waits for a reader that has stopped for a moment only.
     void hurry() { hurried_ = true; }
-    /// Waits until everything has been written or nothing can be; a stop signal hurries it.
+    /// Waits until everything has been written or nothing can be written any more. A stop signal counts as hurry().
     void drain();
     /// Drains, and ends. What went wrong is one sentence for the user; empty when nothing did.
     /// @return whether the output could be written; a reader that has gone or has stopped is no failure
@@ -44,7 +44,7 @@ private:
     class Writer;
 
     const StopSignals& stop_;
-    std::shared_ptr<Writer> writer_;  // shared with the thread, which may be stuck in a write to the end
+    std::shared_ptr<Writer> writer_;  // shared with the thread, which may hang in a write until the process ends
     std::thread thread_;
     bool hurried_ = false;
     std::optional<std::chrono::steady_clock::time_point> giveUp_;  // once it is in a hurry

@@ -48,7 +48,7 @@ std::string kindText(const DecodingRow& row) {
 
 std::string encodePhysical(const DecodingRow& row, double value) {
     const double largest = largestValue(row);
-    // The limit is shown rounded; what was copied from there is the limit.
+    // The user sees the limit rounded, and may give it back as it was shown.
     if (value > largest && formatNumber(value) == formatNumber(largest)) {
         value = largest;
     }
@@ -57,7 +57,7 @@ std::string encodePhysical(const DecodingRow& row, double value) {
         throw BadInput("value " + formatNumber(value) + " does not fit; expected a " + (whole ? "whole " : "") +
                        "number from 0 to " + formatNumber(largest));
     }
-    // The tolerance keeps a value that lies on a step from being lifted to the next one by its binary rounding.
+    // A value on a step may come out of the division a little above it, and must not be taken to the next step.
     const double steps = value / row.factor;
     const double raw = cutsFractions(row) ? std::ceil(steps - 1e-6) : std::round(steps);
     return tables::rawBytes(static_cast<std::uint32_t>(raw), row.bytes);

@@ -28,7 +28,7 @@ std::string_view withoutPrefix(std::string_view name);
 /// The names of all codes of a kind, without prefix.
 std::vector<std::string> knownNames(NameKind kind);
 
-/// The code id of the message that carries a received signal. The value of a code id does not tell it.
+/// The code id of the message that carries a received signal. It cannot be told from the value of the code id.
 std::optional<std::uint32_t> messageOf(std::uint32_t signalCode);
 
 }  // namespace qvn::tools

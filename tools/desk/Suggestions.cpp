@@ -49,7 +49,7 @@ std::vector<std::string> closestNames(std::string_view name, const std::vector<s
         // A name that only lacks its message (VehSpd for ESP_FD2_VehSpd) is close whatever its length.
         const bool contained = wanted.size() > 3 && known != wanted && known.find(wanted) != std::string::npos;
         if (!contained && (known.size() > wanted.size() + limit || wanted.size() > known.size() + limit)) {
-            continue;  // every character more or less is one edit
+            continue;  // each character that is missing or too much is one edit
         }
         const std::size_t distance = contained ? 1 : editDistance(wanted, known);
         if (distance <= limit) {
@@ -59,7 +59,7 @@ std::vector<std::string> closestNames(std::string_view name, const std::vector<s
     std::stable_sort(ranked.begin(), ranked.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
     std::vector<std::string> best;
     for (auto& entry : ranked) {
-        // Beside a near certain match, names that merely look alike would only confuse.
+        // Where one name is very close, others that look a little alike would confuse.
         const bool plausible = entry.first <= 2 * ranked.front().first;
         if (plausible && best.size() < kMost && std::find(best.begin(), best.end(), entry.second) == best.end()) {
             best.push_back(std::move(entry.second));

@@ -10,7 +10,7 @@
 namespace qvn::tools {
 namespace {
 
-// The CAN service reports time-outs right after the values: the last value waits that long for its status.
+// The CAN service reports time-outs right after the values: get waits that long for them after the last value.
 constexpr double kStatusSeconds = 0.005;
 
 void print(Output& output, const PropertyState& state, bool json) {

@@ -27,9 +27,9 @@ struct Update {
     platform::vehicle::VehiclePropertyStatus status = platform::vehicle::VEHICLE_PROPERTY_STATUS_AVAILABLE;
 };
 
-/// Carries what is reported on the bus's and the client's threads over to the main thread, without loss and in order;
-/// only a value that was there before the subscription may come after a newer one. There is one for the process, since
-/// the client's callbacks are plain functions.
+/// Brings what the bus's and the client's threads report to the main thread, complete and in order. One exception: a
+/// value that was there before the subscription may come after a newer one. A process has one feed, since the client's
+/// callbacks are plain functions.
 class PropertyFeed {
 public:
     static PropertyFeed& instance();
@@ -45,7 +45,7 @@ public:
 
     /// Adds an update; from any thread.
     void push(Update update);
-    /// Makes fd() readable without one; from any thread.
+    /// Makes fd() readable without an update; from any thread.
     void wake() { wakeUp_.notify(); }
 
 private:

@@ -41,7 +41,8 @@ class PropertyStates {
 public:
     explicit PropertyStates(const std::vector<const PropertyInfo*>& properties);
 
-    /// Takes an update in. The state that it changed, or null: of another property, nothing new, or outdated.
+    /// Takes an update in. The state that it changed; null when it is of another property, tells nothing new, or is
+    /// older than what is known.
     const PropertyState* apply(Update update);
 
     /// Whether every property has a value.

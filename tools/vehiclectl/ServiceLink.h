@@ -9,12 +9,12 @@
 
 namespace qvn::tools {
 
-/// The CAN service as a bus client of the tool's own sees it. The vehicle client does not tell whether the service is
-/// there, and makes values of two properties from the reverse line, which may take the place of what the service said.
-/// What comes here goes to the PropertyFeed: it is woken when the service comes or goes.
+/// A bus client of the tool's own. It sees two things that the vehicle client does not tell: whether the CAN service is
+/// there, and what the service says of the two properties of which the vehicle client makes values from the reverse
+/// line. Both go to the PropertyFeed, which is also woken when the service comes or goes.
 class ServiceLink {
 public:
-    /// Connects in the background. Of those two properties, values are fed when they are among the ones given.
+    /// Connects in the background. Reads those of the two properties that are among the given ones.
     explicit ServiceLink(const std::vector<const PropertyInfo*>& properties);
     ~ServiceLink();
     ServiceLink(const ServiceLink&) = delete;

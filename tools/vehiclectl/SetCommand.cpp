@@ -18,11 +18,11 @@ namespace {
 
 using platform::vehicle::VehicleClient;
 
-// A set is one way: nothing tells when the bus has taken it, so the process stays that long after handing it over.
+// Nothing tells when the bus has sent a set: the process stays that long afterwards.
 constexpr double kDeliverySeconds = 0.1;
 
-// The tool's own link and the vehicle client reach the service one after the other. A service that has values shows
-// when the client has; for one without, the client gets that long.
+// The tool's own link may reach the service before the vehicle client does. The first value tells that the client has;
+// with a service that has no values the client gets that long.
 constexpr double kClientSeconds = 0.05;
 
 struct Goal {
@@ -56,7 +56,7 @@ double readValue(const PropertyInfo& property, const std::string& text) {
 }
 
 bool reached(const PropertyStates& states, const Goal& goal) {
-    // Floats carry one step of a CAN signal at best; the comparison only forgives their rounding.
+    // Far less than a step of any signal: it only allows for the rounding of floats.
     constexpr double kTolerance = 1e-3;
     const std::optional<double> number = numberOf(states.of(*goal.property));
     return number && std::fabs(*number - goal.value) < kTolerance;

@@ -13,8 +13,8 @@ namespace qvn::tools {
 
 enum class Awaited { Updates, Stop, Deadline };
 
-/// Waits until updates arrive, the user stops the tool or the deadline passes. `gone` is readable when nobody wants the
-/// result any more, which is a Stop, too.
+/// Waits until updates arrive, the user stops the tool or the deadline passes. `gone` is a descriptor that is readable
+/// when nobody wants the result any more; that is a Stop, too.
 Awaited await(const PropertyFeed& feed, const StopSignals& stop, std::optional<Clock::time_point> deadline,
               int gone = -1);
 

@@ -102,8 +102,8 @@ private:
         }
     }
 
-    /// Redraws at most every kRedrawInterval however fast values come, and now and then for the ages; not before the
-    /// terminal has taken the last picture.
+    /// Redraws after a change, but at most every kRedrawInterval, and without one every kAgeInterval for the ages.
+    /// While the terminal has not taken the last picture there is no new one.
     void refresh() {
         const Clock::time_point now = Clock::now();
         if (!table_ || now < nextRedraw_ || (!redrawDue_ && now < nextRedraw_ + kAgeInterval)) {

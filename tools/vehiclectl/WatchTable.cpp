@@ -58,7 +58,7 @@ WatchTable::~WatchTable() {
 
 void WatchTable::draw() {
     const TerminalSize terminal = terminalSize();
-    // The heading and the line on which the cursor rests take two.
+    // One line is the heading, one is left for the cursor.
     const std::vector<const PropertyState*> rows = shown(std::max<std::size_t>(terminal.rows, 4) - 2);
     std::string text;
     if (drawnLines_ > 0) {

@@ -8,8 +8,8 @@
 
 namespace qvn::tools {
 
-/// A table of properties that is drawn over itself on a terminal, which standard output is. When the terminal is too
-/// low for all of them it shows those that changed last. Nothing of it is left in the way when it goes.
+/// A table of properties on standard output, a terminal; each picture is drawn over the last. When the terminal has too
+/// few lines it shows the properties that changed last. At the end the terminal is as before, below the table.
 class WatchTable {
 public:
     WatchTable(Output& output, const PropertyStates& states, std::vector<const PropertyInfo*> properties);

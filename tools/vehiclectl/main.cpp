@@ -17,7 +17,7 @@ namespace {
 
 constexpr char kExitCodes[] = "Exit codes: 0 done, 1 failed, 2 usage, 3 timed out.";
 
-/// The errors that a user needs come from this tool; the client's own log is for -v or an explicit $QVN_LOG_LEVEL.
+/// This tool tells the user what is wrong; the client's own log appears only with -v or a $QVN_LOG_LEVEL that is set.
 void chooseLogLevel(bool verbose) {
     if (verbose) {
         setenv("QVN_LOG_LEVEL", "3", 1);
