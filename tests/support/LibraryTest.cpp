@@ -8,21 +8,17 @@ namespace qvn::test {
 
 Journal<Change> Application::changes;
 Journal<StatusChange> Application::statuses;
-std::function<void(const Change&)> Application::onChange;
-std::function<void(const StatusChange&)> Application::onStatus;
+Reaction<Change> Application::onChange;
+Reaction<StatusChange> Application::onStatus;
 
 void Application::changed(VehiclePropValue value, PropertyType type) {
     changes.add({value, type});
-    if (onChange) {
-        onChange({value, type});
-    }
+    onChange({value, type});
 }
 
 void Application::status(int property, VehiclePropertyStatus status) {
     statuses.add({property, status});
-    if (onStatus) {
-        onStatus({property, status});
-    }
+    onStatus({property, status});
 }
 
 void Application::reset() {

@@ -4,7 +4,9 @@
 #include <vehicle/VehicleProperty.h>
 
 #include <functional>
+#include <mutex>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "support/HostDir.h"
@@ -31,6 +33,28 @@ inline bool operator==(const StatusChange& a, const StatusChange& b) {
     return a.property == b.property && a.status == b.status;
 }
 
+/// What an application does inside a callback; a test may change it while callbacks run.
+template <class Entry>
+class Reaction {
+public:
+    void operator=(std::function<void(const Entry&)> reaction) {  // NOLINT(misc-unconventional-assign-operator)
+        const std::lock_guard<std::mutex> lock(mMutex);
+        mReaction = std::move(reaction);
+    }
+    void operator()(const Entry& entry) {
+        std::unique_lock<std::mutex> lock(mMutex);
+        const std::function<void(const Entry&)> reaction = mReaction;
+        lock.unlock();
+        if (reaction) {
+            reaction(entry);
+        }
+    }
+
+private:
+    std::mutex mMutex;
+    std::function<void(const Entry&)> mReaction;
+};
+
 /// The subscriber's two callbacks, and what they got.
 struct Application {
     static void changed(VehiclePropValue value, PropertyType type);
@@ -38,9 +62,9 @@ struct Application {
 
     static Journal<Change> changes;
     static Journal<StatusChange> statuses;
-    /// What the application does inside its callbacks, after the entry into the journal.
-    static std::function<void(const Change&)> onChange;
-    static std::function<void(const StatusChange&)> onStatus;
+    /// After the entry into the journal.
+    static Reaction<Change> onChange;
+    static Reaction<StatusChange> onStatus;
 
     static void reset();
 };
