@@ -6,6 +6,9 @@
 using namespace qvn::platform::vehicle;
 
 void changed(VehiclePropValue value, PropertyType type) {
+    if (value.timestamp == 0) {
+        return;  // its message is back from a time-out, but it was never received itself
+    }
     const double number = type == PROPERTY_TYPE_FLOAT ? value.value.floatValues[0] : value.value.int32Values[0];
     std::printf("%s = %g\n", propertyName(value.prop), number);
 }

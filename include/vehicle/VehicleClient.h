@@ -52,8 +52,9 @@ public:
     ///
     /// `status` runs on the worker thread for every property of a CAN message that stops being received
     /// (VEHICLE_PROPERTY_STATUS_TIMEOUT) or is received again (VEHICLE_PROPERTY_STATUS_AVAILABLE), listed or not; in
-    /// the second case `changed` then repeats the property's last value. Inside `status`, and inside `changed` when
-    /// it repeats a value, every member may be called.
+    /// the second case `changed` then repeats the property's last value, with timestamp 0 and an empty payload where
+    /// none was received yet. Inside `status`, and inside `changed` when it repeats a value, every member may be
+    /// called.
     ///
     /// Calling subscribe also reads the reverse line and reports its present level through the new `changed` before it
     /// returns; a callback that subscribes every time would therefore call itself without end.
