@@ -97,9 +97,15 @@ public:
     Journal<std::string> sessions;
     Journal<std::string> received;
     Journal<int> subscribed;
+    Journal<int> statuses;
+    std::atomic<FdbSessionId_t> newest{FDB_INVALID_ID};
 
 protected:
-    void onOnline(FdbSessionId_t, bool is_first) override { sessions.add(is_first ? "first online" : "online"); }
+    void onOnline(FdbSessionId_t session, bool is_first) override {
+        newest = session;
+        sessions.add(is_first ? "first online" : "online");
+    }
+    void onStatus(CBaseJob::Ptr&, int32_t error, const char*) override { statuses.add(error); }
     void onOffline(FdbSessionId_t, bool is_last) override { sessions.add(is_last ? "last offline" : "offline"); }
     void onInvoke(CBaseJob::Ptr& job) override {
         const std::string payload = payloadOf(job);
@@ -322,6 +328,21 @@ TEST_F(FdbusTest, SendInvokeReplyAndStatus) {
         EXPECT_EQ(Texts{c.outcome}, client.replies.atLeast(1));
     }
     EXPECT_EQ((Texts{"plain", "raw", "ask", "refuse", "silent", "ask"}), server.received.atLeast(6));
+}
+
+TEST_F(FdbusTest, AClientAnswersARequestWhenItHasHandledWhatCameBefore) {
+    Server server(&serverWorker, kUrl);
+    Client client(&clientWorker);
+    client.connect(kUrl);
+    client.values(2);
+    for (int i = 0; i < 100; ++i) {
+        server.tell(1, "value");
+    }
+    Text text("value");
+    EXPECT_TRUE(server.invoke(server.newest, 7, text));
+    EXPECT_EQ(std::vector<int>{FDB_ST_AUTO_REPLY_OK}, server.statuses.atLeast(1));
+    EXPECT_EQ(102u, client.values(0).size());
+    EXPECT_TRUE(server.invoke(server.newest + 1, 7, text)) << "there is no such session, and nobody is told";
 }
 
 TEST_F(FdbusTest, ClientComesBackWithTheService) {

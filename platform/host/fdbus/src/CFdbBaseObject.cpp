@@ -109,6 +109,11 @@ bool CFdbBaseObject::invoke(FdbMsgCode_t code, IFdbMsgBuilder& builder, int32_t 
     return mEndpoint->invoke(code, builder, timeout);
 }
 
+bool CFdbBaseObject::invoke(FdbSessionId_t receiver, FdbMsgCode_t code, IFdbMsgBuilder& builder) {
+    fdb::FrameBuilder frame(fdb::FrameKind::Invoke, code, 0, nullptr);
+    return frame.append(builder) && mEndpoint->invoke(receiver, frame);
+}
+
 bool CFdbBaseObject::broadcast(FdbMsgCode_t code, IFdbMsgBuilder& builder, const char* topic) {
     fdb::FrameBuilder frame(fdb::FrameKind::Broadcast, code, 0, topic);
     return frame.append(builder) && mEndpoint->broadcast(code, topic, frame);

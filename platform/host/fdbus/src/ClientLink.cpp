@@ -124,7 +124,7 @@ void ClientLink::onClosed() {
 }
 
 bool ClientLink::onFrame(const FrameView& frame) {
-    if (frame.kind != FrameKind::Broadcast && frame.kind != FrameKind::Reply && frame.kind != FrameKind::Status) {
+    if (frame.kind == FrameKind::Subscribe || frame.kind == FrameKind::Unsubscribe || frame.kind == FrameKind::Send) {
         return false;
     }
     if (!mHeardFrom) {
@@ -134,6 +134,12 @@ bool ClientLink::onFrame(const FrameView& frame) {
     CBaseJob::Ptr job = std::make_shared<CFdbMessage>(frame, mSession, nullptr);
     if (frame.kind == FrameKind::Broadcast) {
         Callbacks::broadcast(mOwner, job);
+        return true;
+    }
+    if (frame.kind == FrameKind::Invoke) {
+        Callbacks::invoke(mOwner, job);
+        FrameBuilder answer(FrameKind::Status, FDB_ST_AUTO_REPLY_OK, frame.serial, nullptr);
+        send(answer);
         return true;
     }
     if (mRequests.erase(frame.serial) == 0) {

@@ -23,6 +23,7 @@ public:
     virtual bool subscription(FrameKind /*kind*/, const CFdbMsgSubscribeList& /*list*/) { return false; }
     virtual bool send(FrameBuilder& /*frame*/) { return false; }
     virtual bool invoke(FdbMsgCode_t /*code*/, IFdbMsgBuilder& /*builder*/, int32_t /*timeout*/) { return false; }
+    virtual bool invoke(FdbSessionId_t /*receiver*/, FrameBuilder& /*frame*/) { return false; }
     virtual bool broadcast(FdbMsgCode_t /*code*/, const char* /*topic*/, FrameBuilder& /*frame*/) { return false; }
     virtual void enableReconnect(bool /*enable*/) {}
 

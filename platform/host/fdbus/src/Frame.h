@@ -14,9 +14,9 @@ enum class FrameKind : uint16_t {
     Subscribe = 1,  ///< client to server; the payload is a list of codes and topics
     Unsubscribe,    ///< client to server; as Subscribe
     Send,           ///< client to server, one way
-    Invoke,         ///< client to server; answered by Reply or Status with the same serial
+    Invoke,         ///< answered by Reply or Status with the same serial
     Reply,          ///< server to client
-    Status,         ///< server to client; `code` is the error, the payload its text
+    Status,         ///< `code` is the error, the payload its text
     Broadcast,      ///< server to client
 };
 constexpr uint16_t kLastFrameKind = static_cast<uint16_t>(FrameKind::Broadcast);

@@ -165,8 +165,10 @@ bool ServerHub::onFrame(const std::shared_ptr<ServerSession>& session, const Fra
         case FrameKind::Invoke:
             Callbacks::invoke(mOwner, ref);
             return true;
-        case FrameKind::Reply:
         case FrameKind::Status:
+            Callbacks::status(mOwner, ref, frame.code, "");
+            return true;
+        case FrameKind::Reply:
         case FrameKind::Broadcast:
             break;
     }
@@ -244,6 +246,20 @@ void ServerHub::answer(const ServerSession& session, FdbMsgCode_t code, const ch
     if (isSubscribed("") || (topic && isSubscribed(topic))) {
         session.connection->send(frame.bytes());
     }
+}
+
+bool ServerHub::invoke(FdbSessionId_t receiver, FrameBuilder& frame) {
+    mLoop->post([weak = weak_from_this(), receiver, request = std::string(frame.bytes())] {
+        const auto self = weak.lock();
+        if (!self) {
+            return;
+        }
+        const auto session = self->mSessions.find(receiver);
+        if (session != self->mSessions.end()) {
+            session->second->connection->send(request);
+        }
+    });
+    return contextRuns();
 }
 
 bool ServerHub::broadcast(FdbMsgCode_t code, const char* topic, FrameBuilder& frame) {

@@ -45,6 +45,7 @@ public:
     void bind(const std::string& service);
     void unbind();
 
+    bool invoke(FdbSessionId_t receiver, FrameBuilder& frame) override;
     bool broadcast(FdbMsgCode_t code, const char* topic, FrameBuilder& frame) override;
     /// A broadcast to one session, if that has subscribed it.
     void answer(const ServerSession& session, FdbMsgCode_t code, const char* topic, FrameBuilder& frame);

@@ -40,6 +40,11 @@ public:
     /// (0: no limit), or FDB_ST_OFFLINE when there is no service or it goes away.
     bool invoke(FdbMsgCode_t code, IFdbMsgBuilder& builder, int32_t timeout = 0);
 
+    /// Server: a request to one client, whose onInvoke() gets it behind everything that this thread sent there before.
+    /// When that has returned, onStatus() here gets FDB_ST_AUTO_REPLY_OK; the client cannot answer in another way. A
+    /// session that ends before does not answer: onOffline() tells.
+    bool invoke(FdbSessionId_t receiver, FdbMsgCode_t code, IFdbMsgBuilder& builder);
+
     /// Server: a message to every session that subscribed the code.
     bool broadcast(FdbMsgCode_t code, IFdbMsgBuilder& builder, const char* topic = nullptr);
     bool broadcast(FdbMsgCode_t code, const void* buffer = nullptr, int32_t size = 0, const char* topic = nullptr);
@@ -65,7 +70,7 @@ protected:
     virtual void onBroadcast(CBaseJob::Ptr&) {}
     virtual void onReply(CBaseJob::Ptr&) {}
     virtual void onStatus(CBaseJob::Ptr&, int32_t /*error*/, const char* /*text*/) {}
-    /// Server: a send() or an invoke() arrived.
+    /// A send() or an invoke() of the other side arrived.
     virtual void onInvoke(CBaseJob::Ptr&) {}
     /// Server: answer with the current values, by the message's broadcast().
     virtual void onSubscribe(CBaseJob::Ptr&) {}

@@ -23,5 +23,7 @@ enum EFdbStatus {
     /// The reply of an invoke() did not come in time.
     FDB_ST_TIMEOUT = -1,
     /// The service went away before it replied.
-    FDB_ST_OFFLINE = -2
+    FDB_ST_OFFLINE = -2,
+    /// The other side has handled a request to which it gave no answer of its own.
+    FDB_ST_AUTO_REPLY_OK = -11
 };
