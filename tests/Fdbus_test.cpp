@@ -618,7 +618,7 @@ TEST(FdbusWorkerTest, WithoutDescriptorsItsConstructionFailsAsAWhole) {
     for (rlim_t limit = 3; limit < 40; ++limit) {
         try {
             const qvn::test::NoMoreDescriptors shortage(limit);
-            CBaseWorker("short");
+            const CBaseWorker shortOfSomething("short");
             succeeds = true;
         } catch (const std::system_error& error) {
             fails = error.code().value() == EMFILE;

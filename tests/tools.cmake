@@ -14,5 +14,9 @@ target_compile_features(ending_application PRIVATE cxx_std_17)
 target_link_libraries(ending_application PRIVATE qvn::vehicleclient qvn::common_base Threads::Threads qvn_warnings)
 
 if(QVN_PLATFORM STREQUAL "host")
+    qvn_add_test(NAME test_vehicle_test
+        SOURCES TestVehicle_test.cpp
+        LIBS qvn::vehicleclient_testing
+        LABELS testing)
     include(e2e/e2e.cmake)
 endif()

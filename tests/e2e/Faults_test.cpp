@@ -39,7 +39,7 @@ TEST_F(Faults, AServiceThatIsStoppedForSecondsGoesOnWithItsClients) {
 TEST_F(Faults, ClientsThatDieOrStopHarmNeitherTheServiceNorTheOthers) {
     constexpr int kValues = 20000;
     constexpr int kFillingBytes = 64;  // 20000 of them are more than the queue and the socket's buffer hold
-    constexpr long kMostKibibytes = 16 * 1024;
+    constexpr long kMostKibibytes = 16L * 1024;
     const auto simulator = desk.simulator("", {{"QVN_HOST_QUEUE_MIB", "1"}});
     const auto well = desk.watch(kWord);
     const auto killed = desk.watch(kWord);

@@ -249,16 +249,12 @@ void ServerHub::answer(const ServerSession& session, FdbMsgCode_t code, const ch
 }
 
 bool ServerHub::invoke(FdbSessionId_t receiver, FrameBuilder& frame) {
-    mLoop->post([weak = weak_from_this(), receiver, request = std::string(frame.bytes())] {
-        const auto self = weak.lock();
-        if (!self) {
-            return;
-        }
-        const auto session = self->mSessions.find(receiver);
-        if (session != self->mSessions.end()) {
+    mLoop->post(whileOwned([this, receiver, request = std::string(frame.bytes())] {
+        const auto session = mSessions.find(receiver);
+        if (session != mSessions.end()) {
             session->second->connection->send(request);
         }
-    });
+    }));
     return contextRuns();
 }
 

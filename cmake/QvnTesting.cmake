@@ -1,0 +1,16 @@
+# A GoogleTest program that uses qvn::testing::TestVehicle:
+#   qvn_add_vehicle_test(NAME name SOURCES file... [LIBS target...])
+# Every test case becomes a test of its own for ctest, in a process of its own: the vehicle client lives as long as its
+# process. Call enable_testing() before.
+include(GoogleTest)
+
+function(qvn_add_vehicle_test)
+    cmake_parse_arguments(PARSE_ARGV 0 arg "" "NAME" "SOURCES;LIBS")
+    if(NOT arg_NAME OR NOT arg_SOURCES OR arg_UNPARSED_ARGUMENTS)
+        message(FATAL_ERROR "Expected qvn_add_vehicle_test(NAME name SOURCES file... [LIBS target...])")
+    endif()
+    find_package(GTest REQUIRED)
+    add_executable(${arg_NAME} ${arg_SOURCES})
+    target_link_libraries(${arg_NAME} PRIVATE ${arg_LIBS} qvn::vehicleclient_testing GTest::gtest_main)
+    gtest_discover_tests(${arg_NAME} DISCOVERY_TIMEOUT 60)
+endfunction()

@@ -1,0 +1,181 @@
+#include <gtest/gtest.h>
+#include <vehicle/PropertyIds.h>
+#include <vehicle/VehicleClient.h>
+#include <vehicle_testing/TestVehicle.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <mutex>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace qvn::test {
+namespace {
+
+using namespace platform::vehicle;
+using ::qvn::testing::TestVehicle;
+
+/// What the application under test was told. It answers every new transparency of the car model with a set.
+class Application {
+public:
+    static void changed(VehiclePropValue value, PropertyType type) {
+        if (value.timestamp == 0) {
+            return;  // a message is back, and repeats a property that has had no value yet
+        }
+        if (value.prop == ids::HAP_FD2_CarMdlTrsprcySts) {
+            VehicleClient::getInstance()->setInt32Property(ids::HUT6_CarMdlDispCmd, value.value.int32Values);
+        }
+        const double number =
+            type == PROPERTY_TYPE_FLOAT ? static_cast<double>(value.value.floatValues[0]) : value.value.int32Values[0];
+        const std::lock_guard<std::mutex> lock(mutex);
+        values.push_back(number);
+    }
+    static void status(int property, VehiclePropertyStatus state) {
+        const std::lock_guard<std::mutex> lock(mutex);
+        if (property == ids::HAP_FD3_SDWActiveSts) {
+            states.push_back(state);
+        }
+    }
+    static void start(const std::vector<int>& properties) {
+        VehicleClient::getInstance()->subscribe(changed, properties, status);
+        takeValues();  // the reverse line's level
+    }
+    static std::vector<double> takeValues() {
+        const std::lock_guard<std::mutex> lock(mutex);
+        return std::exchange(values, {});
+    }
+    static std::vector<VehiclePropertyStatus> takeStates() {
+        const std::lock_guard<std::mutex> lock(mutex);
+        return std::exchange(states, {});
+    }
+
+private:
+    static std::mutex mutex;
+    static std::vector<double> values;
+    static std::vector<VehiclePropertyStatus> states;
+};
+
+std::vector<double> Application::values;
+std::vector<VehiclePropertyStatus> Application::states;
+std::mutex Application::mutex;
+
+using Values = std::vector<double>;
+using States = std::vector<VehiclePropertyStatus>;
+
+template <class Call>
+std::string errorOf(Call call) {
+    try {
+        call();
+    } catch (const std::runtime_error& error) {
+        return error.what();
+    }
+    return "no error";
+}
+
+TEST(TestVehicle, SettleReturnsWhenTheApplicationHasSeenEveryValueInOrder) {
+    TestVehicle vehicle;
+    Application::start({ids::ESP_FD2_VehSpd, ids::DCT5_TGS_LEVER});
+    vehicle.set("ESP_FD2_VehSpd", 4.5);
+    vehicle.settle();
+    EXPECT_EQ(Values{4.5}, Application::takeValues()) << "once, whether the client had connected or not";
+
+    Values sent;
+    for (int round = 0; round < 20; ++round) {
+        for (int value = 0; value < 100; ++value) {
+            vehicle.set("DCT5_TGS_LEVER", value);
+            sent.push_back(value);
+        }
+        vehicle.settle();
+        ASSERT_EQ(sent, Application::takeValues());
+        sent.clear();
+    }
+    vehicle.setRaw("QVN_GET_ESP_FD2_VehSpd", {0x00, 0x00});
+    vehicle.settle();
+    EXPECT_EQ(Values{0}, Application::takeValues());
+}
+
+TEST(TestVehicle, AMessageTimesOutAndRecovers) {
+    TestVehicle vehicle;
+    Application::start({ids::HAP_FD3_SDWActiveSts});
+    vehicle.set("HAP_FD3_SDWActiveSts", 3);
+    vehicle.timeOut("HAP_FD3");
+    vehicle.settle();
+    EXPECT_EQ(States{VEHICLE_PROPERTY_STATUS_TIMEOUT}, Application::takeStates());
+    EXPECT_EQ(Values{3}, Application::takeValues());
+    vehicle.recover("HAP_FD3");
+    vehicle.settle();
+    EXPECT_EQ(States{VEHICLE_PROPERTY_STATUS_AVAILABLE}, Application::takeStates());
+    EXPECT_EQ(Values{3}, Application::takeValues()) << "repeated";
+}
+
+TEST(TestVehicle, TheReverseLineIsHeardUntilTheServiceIsReached) {
+    TestVehicle vehicle;
+    vehicle.serviceDown();
+    Application::start({ids::BCM8_PASWorkCmd});
+    for (const bool engaged : {true, false, true, false, true}) {
+        vehicle.reverse(engaged);
+        vehicle.settle();
+        ASSERT_EQ(Values{engaged ? 1.0 : 0.0}, Application::takeValues());
+    }
+    vehicle.serviceUp();
+    vehicle.settle();
+    vehicle.reverse(false);
+    vehicle.settle();
+    EXPECT_EQ(Values{}, Application::takeValues());
+}
+
+TEST(TestVehicle, SetsOfTheApplicationAreSeen) {
+    TestVehicle vehicle;
+    Application::start({ids::HAP_FD2_CarMdlTrsprcySts});
+    vehicle.settle();
+    EXPECT_EQ(std::nullopt, vehicle.lastSet("HUT6_CarMdlDispCmd"));
+    EXPECT_EQ(std::nullopt, vehicle.waitForSet("HUT6_CarMdlDispCmd", TestVehicle::Duration(1)));
+    for (int value = 1; value <= 50; ++value) {
+        vehicle.set("HAP_FD2_CarMdlTrsprcySts", value);
+        vehicle.settle();
+        ASSERT_EQ(value, vehicle.lastSet("HUT6_CarMdlDispCmd")) << "set by the application, inside its callback";
+    }
+    for (int value = 1; value <= 50; ++value) {
+        ASSERT_EQ(value, vehicle.waitForSet("HUT6_CarMdlDispCmd"));
+    }
+}
+
+TEST(TestVehicle, TheServiceGoesDownAndComesBackWithTheValuesOfThen) {
+    TestVehicle vehicle;
+    Application::start({ids::ESP_FD2_VehSpd});
+    vehicle.settle();
+    for (int round = 1; round <= 10; ++round) {
+        vehicle.set("ESP_FD2_VehSpd", 4.5);
+        vehicle.serviceDown();
+        EXPECT_EQ(Values{4.5}, Application::takeValues()) << "what was sent before has arrived";
+        vehicle.set("ESP_FD2_VehSpd", round * 9.0);
+        vehicle.settle();
+        EXPECT_EQ(Values{}, Application::takeValues());
+        vehicle.serviceUp();
+        vehicle.settle();
+        ASSERT_EQ(Values{round * 9.0}, Application::takeValues());
+    }
+}
+
+TEST(TestVehicle, SaysWhatIsWrong) {
+    std::optional<TestVehicle> vehicle(std::in_place);
+    const std::filesystem::path directory = std::getenv("QVN_HOST_DIR");
+    EXPECT_EQ("unknown received signal 'ESP_FD2_VehSpeed'; did you mean ESP_FD2_VehSpd or ESP_FD2_VehSpdVld?",
+              errorOf([&] { vehicle->set("ESP_FD2_VehSpeed", 1); }));
+    EXPECT_EQ("signal DCT5_TGS_LEVER: value 256 does not fit; expected a whole number from 0 to 255",
+              errorOf([&] { vehicle->set("DCT5_TGS_LEVER", 256); }));
+    EXPECT_EQ("unknown message 'HAP_FD33'; did you mean HAP_FD3, HAP_FD1 or HAP_FD2?",
+              errorOf([&] { vehicle->timeOut("HAP_FD33"); }));
+    EXPECT_EQ("unknown settable signal 'ESP_FD2_VehSpd'", errorOf([&] { vehicle->lastSet("ESP_FD2_VehSpd"); }));
+    EXPECT_EQ(0u,
+              errorOf([&] { vehicle->settle(TestVehicle::Duration(10)); }).find("no client has connected after 10 ms"));
+    vehicle.reset();
+    EXPECT_FALSE(std::filesystem::exists(directory));
+    EXPECT_EQ(0u, errorOf([] { TestVehicle(); }).find("there was a TestVehicle in this process already"));
+}
+
+}  // namespace
+}  // namespace qvn::test
