@@ -26,7 +26,8 @@ T21CanServiceFdbusClient::~T21CanServiceFdbusClient() {
 void T21CanServiceFdbusClient::stop() {
     // What is queued on the worker runs into the closed gate, so that a long queue is worked off at once.
     gate.close();
-    if (endSending()) {
+    endSending();
+    if (!takenDown.exchange(true)) {
         gpioport_exit();
         prepareDestroy();
     }
@@ -38,21 +39,17 @@ bool T21CanServiceFdbusClient::endCallbacks(std::chrono::steady_clock::time_poin
 }
 
 void T21CanServiceFdbusClient::leaveBus(bool callbackRuns) {
-    if (!endSending()) {
-        return;
-    }
+    endSending();
     if (callbackRuns) {
         disconnect();
-    } else {
+    } else if (!takenDown.exchange(true)) {
         prepareDestroy();
     }
 }
 
-bool T21CanServiceFdbusClient::endSending() {
+void T21CanServiceFdbusClient::endSending() {
     const qvn::sync::MutexLock lock(sendMutex);
-    const bool first = !sendingEnded;
     sendingEnded = true;
-    return first;
 }
 
 void T21CanServiceFdbusClient::setFuncSignalTable(const VehilceClientInfo* table) {

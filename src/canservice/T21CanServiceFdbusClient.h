@@ -79,8 +79,7 @@ private:
     void feedbackSignalStatus(int code_id, qvn::platform::vehicle::VehiclePropertyStatus status,
                               const qvn::tables::MessageRow* message);
     void watchReverseLine();
-    /// Keeps requests off the bus from now on; false when that was done before.
-    bool endSending();
+    void endSending();
     bool hand(int code, const can_service::SetSignalValueRequest& request);
 
     SignalCallback signalCallback QVN_GUARDED_BY(callbackMutex);
@@ -96,6 +95,7 @@ private:
     qvn::sync::Mutex callbackMutex;
     std::uint64_t subscriptionNumber QVN_GUARDED_BY(callbackMutex) = 0;
     CallbackGate gate;
+    std::atomic<bool> takenDown{false};
     // Held while a request is handed to the bus, which must not end meanwhile.
     qvn::sync::Mutex sendMutex;
     bool sendingEnded QVN_GUARDED_BY(sendMutex) = false;

@@ -17,7 +17,7 @@ protected:
     void endsCleanly(const std::string& way) const {
         for (int i = 0; i < qvn::test::scaled(20); ++i) {
             // In a child of fork the stacks are missing that hold what the leak check then misses.
-            const Desk::Result result = desk.run("ASAN_OPTIONS=detect_leaks=0 ending_application " + way);
+            const Desk::Result result = desk.run("env ASAN_OPTIONS=detect_leaks=0 ending_application " + way);
             ASSERT_EQ(result.exitCode, kExitCode) << way << ", run " << i << ": " << result.errors;
             ASSERT_EQ(result.output, "") << way;
             ASSERT_EQ(result.errors.find("the process ends without it"), std::string::npos) << way << result.errors;

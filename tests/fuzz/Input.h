@@ -18,7 +18,7 @@ public:
     /// One byte that chooses a code which the CAN service sends, or that announces four with any code.
     std::int32_t code() {
         const std::uint8_t choice = byte();
-        if (choice < tables::kSubscriptionCodeCount) {
+        if (choice < tables::kSubscriptionCodes.size()) {
             return static_cast<std::int32_t>(tables::kSubscriptionCodes[choice]);
         }
         std::uint32_t code = 0;
