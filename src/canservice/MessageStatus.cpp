@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "canservice/CallApplication.h"
 #include "canservice/T21CanServiceFdbusClient.h"
 #include "log/Log.h"
@@ -25,12 +27,12 @@ void T21CanServiceFdbusClient::feedbackSignalStatus(int code_id, VehicleProperty
         return;
     }
 
+    const VehilceClientInfo* const end = table + qvn::tables::kSignalTableRows;
     for (const SignalListRow& signal : message->signals) {
-        for (std::size_t i = 0; i < qvn::tables::kSignalTableRows; ++i) {
-            const VehilceClientInfo& row = table[i];
-            if (row.codeId != signal.code_id) {
-                continue;
-            }
+        const auto matches = [&signal](const VehilceClientInfo& row) { return row.codeId == signal.code_id; };
+        for (const VehilceClientInfo* found = std::find_if(table, end, matches); found != end;
+             found = std::find_if(found + 1, end, matches)) {
+            const VehilceClientInfo& row = *found;
             if (gate.isClosed()) {
                 return;  // the client ends; a message has up to 55 properties
             }

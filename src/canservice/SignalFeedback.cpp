@@ -29,7 +29,8 @@ bool T21CanServiceFdbusClient::signalFeedback(VehicleProperty property, T value)
     }
 
     bool sent = false;
-    for (std::size_t i = 0; i < qvn::tables::kSignalTableRows; ++i) {
+    const std::size_t rows = qvn::tables::kSignalTableRows;
+    for (std::size_t i = 0; i < rows; ++i) {
         const VehilceClientInfo& row = table[i];
         if (!feeds(row, property)) {
             continue;
