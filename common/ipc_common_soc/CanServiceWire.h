@@ -5,6 +5,7 @@
 #include <common_base/fdbus.h>
 
 #include <cstdint>
+#include <string>
 
 #include "common.base.canservice.pb.h"
 
@@ -17,6 +18,18 @@ namespace wire {
 /// ask for nothing.
 constexpr std::uint32_t kMessageOk = 0;
 constexpr std::uint32_t kMessageTimedOut = 64;
+
+/// What the CAN service broadcasts.
+inline can_service::BroadcastSignal signalMessage(const std::string& raw) {
+    can_service::BroadcastSignal message;
+    message.set_raw_value(raw);
+    return message;
+}
+inline can_service::BroadcastMessageStatus statusMessage(std::uint32_t status) {
+    can_service::BroadcastMessageStatus message;
+    message.set_msg_status(status);
+    return message;
+}
 
 /// Reads the payload of a bus message into a message of the schema; false, with `content` in any state, when it is not
 /// one. A message of default values has no payload at all, and the bus refuses to deserialize that: a recovery and a

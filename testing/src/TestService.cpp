@@ -11,22 +11,6 @@ namespace qvn::testing {
 
 using sync::MutexLock;
 
-namespace {
-
-can_service::BroadcastSignal signalMessage(const std::string& raw) {
-    can_service::BroadcastSignal message;
-    message.set_raw_value(raw);
-    return message;
-}
-
-can_service::BroadcastMessageStatus statusMessage(std::uint32_t status) {
-    can_service::BroadcastMessageStatus message;
-    message.set_msg_status(status);
-    return message;
-}
-
-}  // namespace
-
 class TestService::Server : public CBaseServer {
 public:
     explicit Server(TestService& service) : CBaseServer(wire::kServiceName, &service.mWorker), mService(service) {}
@@ -107,13 +91,13 @@ void TestService::goDown() {
 void TestService::putSignal(std::uint32_t code, const std::string& raw) {
     const MutexLock lock(mMutex);
     mValues[code] = raw;
-    publish(code, signalMessage(raw));
+    publish(code, wire::signalMessage(raw));
 }
 
 void TestService::putMessageStatus(std::uint32_t code, std::uint32_t status) {
     const MutexLock lock(mMutex);
     mStatuses[code] = status;
-    publish(code, statusMessage(status));
+    publish(code, wire::statusMessage(status));
 }
 
 template <class Message>
@@ -130,10 +114,10 @@ void TestService::answer(CFdbMessage& subscription, std::uint32_t code) {
         subscription.broadcast(static_cast<FdbMsgCode_t>(code), builder);
     };
     if (const auto value = mValues.find(code); value != mValues.end()) {
-        send(signalMessage(value->second));
+        send(wire::signalMessage(value->second));
     }
     if (const auto status = mStatuses.find(code); status != mStatuses.end()) {
-        send(statusMessage(status->second));
+        send(wire::statusMessage(status->second));
     }
 }
 

@@ -6,21 +6,6 @@
 #include "ipc_common_soc/CanServiceWire.h"
 
 namespace qvn::tools {
-namespace {
-
-can_service::BroadcastSignal signalMessage(const std::string& raw) {
-    can_service::BroadcastSignal message;
-    message.set_raw_value(raw);
-    return message;
-}
-
-can_service::BroadcastMessageStatus statusMessage(std::uint32_t status) {
-    can_service::BroadcastMessageStatus message;
-    message.set_msg_status(status);
-    return message;
-}
-
-}  // namespace
 
 class CanService::Server : public CBaseServer {
 public:
@@ -58,10 +43,10 @@ private:
     void answer(CFdbMessage& request, std::uint32_t code) {
         const sync::MutexLock lock(service_.mutex_);
         if (const auto value = service_.values_.find(code); value != service_.values_.end()) {
-            sendTo(request, code, signalMessage(value->second));
+            sendTo(request, code, wire::signalMessage(value->second));
         }
         if (const auto status = service_.statuses_.find(code); status != service_.statuses_.end()) {
-            sendTo(request, code, statusMessage(status->second));
+            sendTo(request, code, wire::statusMessage(status->second));
         }
     }
 
@@ -111,7 +96,7 @@ void CanService::putSignal(std::uint32_t code, const std::string& raw) {
     const sync::MutexLock lock(mutex_);
     values_[code] = raw;
     if (server_) {
-        server_->publish(code, signalMessage(raw));
+        server_->publish(code, wire::signalMessage(raw));
     }
 }
 
@@ -120,7 +105,7 @@ void CanService::putMessageStatus(std::uint32_t code, bool timedOut) {
     const std::uint32_t status = timedOut ? wire::kMessageTimedOut : wire::kMessageOk;
     statuses_[code] = status;
     if (server_) {
-        server_->publish(code, statusMessage(status));
+        server_->publish(code, wire::statusMessage(status));
     }
 }
 
