@@ -1,7 +1,5 @@
 #include "Output.h"
 
-#include "Writer.h"
-
 #include <host/Log.h>
 #include <sys/socket.h>
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Writer.h"
+
 #include <host/UniqueFd.h>
 #include <sync/Mutex.h>
 
@@ -16,7 +18,7 @@ namespace fdb {
 /// A lone frame is written at once by the thread that sends it. Frames that follow each other closely are gathered: the
 /// Writer, or the sender of the frame that fills the batch, writes them together. What the peer does not take waits in
 /// a queue of bounded size; a peer that overruns it is disconnected.
-class Output : public std::enable_shared_from_this<Output> {
+class Output : public Queued, public std::enable_shared_from_this<Output> {
 public:
     /// @param label names the other side in log lines
     Output(qvn::host::UniqueFd fd, std::string label) : mFd(std::move(fd)), mLabel(std::move(label)) {}
@@ -25,11 +27,10 @@ public:
     bool send(std::string_view frame);
     /// Ends the connection in both directions, so that whoever reads it sees its end. What the kernel does not take at
     /// once is dropped.
-    void close();
+    void close() override;
 
-    /// For the Writer: writes what waits. False when the kernel's buffer is full; call it again when there is room.
-    bool flush();
-    int fd() const { return mFd.get(); }
+    bool flush() override;
+    int fd() const override { return mFd.get(); }
 
 private:
     using Clock = std::chrono::steady_clock;

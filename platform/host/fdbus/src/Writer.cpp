@@ -1,7 +1,5 @@
 #include "Writer.h"
 
-#include "Output.h"
-
 #include <pthread.h>
 #include <sys/eventfd.h>
 
@@ -37,9 +35,9 @@ std::error_code Writer::ready() {
     return {};
 }
 
-void Writer::add(std::shared_ptr<Output> output) {
+void Writer::add(std::shared_ptr<Queued> queued) {
     const MutexLock lock(mMutex);
-    mAdded.push_back(std::move(output));
+    mAdded.push_back(std::move(queued));
     if (mAdded.size() == 1) {
         ::eventfd_write(mWake.get(), 1);
     }
@@ -71,24 +69,24 @@ void Writer::flushAdded() {
         ::eventfd_read(mWake.get(), &ignored);
         mTaken.swap(mAdded);
     }
-    for (std::shared_ptr<Output>& output : mTaken) {
-        if (!output->flush()) {
-            awaitRoom(std::move(output));
+    for (std::shared_ptr<Queued>& queued : mTaken) {
+        if (!queued->flush()) {
+            awaitRoom(std::move(queued));
         }
     }
     mTaken.clear();
 }
 
-void Writer::awaitRoom(std::shared_ptr<Output> output) {
+void Writer::awaitRoom(std::shared_ptr<Queued> queued) {
     try {
         mFull.reserve(mFull.size() + 1);
         mPolled.reserve(mPolled.size() + 1);
     } catch (const std::bad_alloc&) {
-        output->close();  // nobody would write the rest of a frame
+        queued->close();  // nobody would write the rest of a frame
         return;
     }
-    mPolled.push_back({output->fd(), POLLOUT, 0});
-    mFull.push_back(std::move(output));
+    mPolled.push_back({queued->fd(), POLLOUT, 0});
+    mFull.push_back(std::move(queued));
 }
 
 }  // namespace fdb
