@@ -87,7 +87,7 @@ TEST(TraceReader, NamesThePositionAndTheWordThatIsWrong) {
         {"(1) HAP_FD33!ok", "unknown message 'HAP_FD33'; did you mean HAP_FD3, HAP_FD1 or HAP_FD2?"},
         {"(1) HAP_FD3!late", "'late' is not known here; expected MESSAGE!timeout, MESSAGE!ok or SIGNAL!stop"},
         {"(1) BCM1_DrvDoorSts=256", "value 256 does not fit; expected a whole number from 0 to 255"},
-        {"(1) BCM1_DrvDoorSts=open", "'open' is no number; expected a physical value"},
+        {"(1) BCM1_DrvDoorSts=ajar", "'ajar' is no number; expected a physical value or one of: closed, open"},
         {"(1) 0x12345678=1", "signal 0x12345678 has no decoding rule; give its raw bytes as 0x12345678#00"},
         {"(1) ESP_FD2_VehSpd=1 every", "'' is no number; expected a period in seconds"},
         {"(1) ESP_FD2_VehSpd=1 every 0", "'0' is out of range; expected a period in seconds from 0.001 to 1000000"},

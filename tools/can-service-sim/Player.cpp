@@ -2,12 +2,14 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <utility>
 
 #include "desk/BadInput.h"
 #include "desk/DeskPlatform.h"
 #include "desk/PhysicalValue.h"
 #include "desk/SignalNames.h"
+#include "desk/SignalNotes.h"
 
 namespace qvn::tools {
 namespace {
@@ -28,8 +30,12 @@ std::string hexBytes(const std::string& raw) {
 
 std::string valueText(std::uint32_t code, const std::string& raw) {
     const tables::DecodingRow* const row = tables::findDecodingRule(code);
-    const std::string bytes = signalName(code) + "#" + hexBytes(raw);
-    return row ? signalName(code) + "=" + decodedText(*row, raw) : bytes;
+    if (!row) {
+        return signalName(code) + "#" + hexBytes(raw);
+    }
+    const std::string text = decodedText(*row, raw);
+    const std::string name = raw.size() < row->bytes ? "" : valueName(code, std::strtod(text.c_str(), nullptr));
+    return signalName(code) + "=" + text + (name.empty() ? "" : " " + name);
 }
 
 }  // namespace

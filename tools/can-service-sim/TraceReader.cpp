@@ -8,6 +8,7 @@
 #include "desk/Number.h"
 #include "desk/PhysicalValue.h"
 #include "desk/SignalNames.h"
+#include "desk/SignalNotes.h"
 #include "desk/Text.h"
 #include "tables/DecodingRules.h"
 
@@ -102,7 +103,7 @@ std::string readPhysical(std::uint32_t code, std::string_view text) {
         throw BadInput("signal " + hexText(code) + " has no decoding rule; give its raw bytes as " + hexText(code) +
                        "#00");
     }
-    return encodePhysical(*row, parseNumber(text, "a physical value"));
+    return encodePhysical(*row, parseValue(code, text, "a physical value"));
 }
 
 TraceAction readMessageOrStop(std::string_view name, std::string_view text) {

@@ -15,6 +15,7 @@
 #include "desk/Output.h"
 #include "desk/PhysicalValue.h"
 #include "desk/SignalNames.h"
+#include "desk/SignalNotes.h"
 #include "desk/Tool.h"
 #include "ipc_common_soc/ServiceName.h"
 #include "tables/MessageCatalogue.h"
@@ -28,6 +29,7 @@ struct CommandLine {
     std::string rules;
     std::string name = wire::kServiceName;
     double speed = 1.0;
+    std::vector<std::string> notes;
     bool loop = false;
     bool exitAtEnd = false;
     bool noInitial = false;
@@ -51,6 +53,8 @@ void declare(CLI::App& app, CommandLine& line) {
         ->needs("--play")
         ->excludes(loop);
     app.add_option("--rules", line.rules, "Answers to sets, added to the built-in ones")->type_name("FILE");
+    app.add_option("--signals", line.notes, "Descriptions, units and value names to add, as in share/signals")
+        ->type_name("FILE");
     app.add_option("--name", line.name, "Name of the service")->capture_default_str()->type_name("NAME");
     app.add_flag("--no-initial", line.noInitial, "Have no values until the trace gives them, instead of zeros");
     auto* const quiet = app.add_flag("-q,--quiet", line.quiet, "Report errors only");
@@ -188,6 +192,9 @@ int run(int argc, char** argv, const StopSignals& stop, Output& output) {
     declare(app, line);
     if (const auto ended = readCommandLine(app, argc, argv, output)) {
         return *ended;
+    }
+    for (const std::string& file : line.notes) {
+        SignalNotes::instance().addFile(file);
     }
     if (line.list) {
         listNames(output);

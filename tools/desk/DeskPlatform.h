@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace qvn::tools {
 
@@ -22,5 +23,18 @@ enum class LineWrite {
 
 /// Moves the reverse line; engaged is low. Unless it is done, `error` is one sentence for the user.
 LineWrite writeReverseLine(bool engaged, std::string* error);
+
+/// What was found of one thing that the desk needs.
+struct Finding {
+    enum State { Good, Wrong };
+
+    State state;
+    std::string what;
+    std::string text;
+    std::string remedy;  ///< of what is wrong
+};
+
+/// Looks at the way to the service: where it would be, and who offers it.
+std::vector<Finding> examineDesk(const std::string& service);
 
 }  // namespace qvn::tools

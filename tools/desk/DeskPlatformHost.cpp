@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <fstream>
 
@@ -43,6 +44,45 @@ LineWrite writeReverseLine(bool engaged, std::string* error) {
         return LineWrite::Failed;
     }
     return LineWrite::Done;
+}
+
+namespace {
+
+std::string programOf(int process) {
+    std::ifstream file("/proc/" + std::to_string(process) + "/comm");
+    std::string name;
+    std::getline(file, name);
+    return name.empty() ? "process " + std::to_string(process) : name + ", process " + std::to_string(process);
+}
+
+const char* originOfRuntimeDir() {
+    for (const char* const variable : {"QVN_HOST_DIR", "XDG_RUNTIME_DIR"}) {
+        const char* const value = std::getenv(variable);
+        if (value && *value) {
+            return variable;
+        }
+    }
+    return "neither QVN_HOST_DIR nor XDG_RUNTIME_DIR is set";
+}
+
+}  // namespace
+
+std::vector<Finding> examineDesk(const std::string& service) {
+    std::vector<Finding> findings;
+    std::string error, path;
+    const std::string where = host::runtimeDir() + " (" + originOfRuntimeDir() + ")";
+    const bool usable = host::serviceSocketPath(service, &path, &error) && host::ensureRuntimeDir(&error);
+    findings.push_back(usable ? Finding{Finding::Good, "runtime directory", where, ""}
+                              : Finding{Finding::Wrong, "runtime directory", where, error});
+    if (!usable) {
+        return findings;
+    }
+    const int holder = host::serviceHolder(service);
+    findings.push_back(holder != 0
+                           ? Finding{Finding::Good, "CAN service", "'" + service + "' is " + programOf(holder), ""}
+                           : Finding{Finding::Wrong, "CAN service", "nobody offers '" + service + "' in this directory",
+                                     "start can-service-sim with the same QVN_HOST_DIR"});
+    return findings;
 }
 
 }  // namespace qvn::tools
