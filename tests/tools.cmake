@@ -1,7 +1,7 @@
 qvn_add_test(NAME tools_test
     SOURCES AnswerRules_test.cpp MessageSupervisor_test.cpp PhysicalValue_test.cpp PropertyNames_test.cpp
-            TraceReader_test.cpp
-    LIBS qvn_can_service_sim
+            SignalNotes_test.cpp TraceReader_test.cpp WatchView_test.cpp
+    LIBS qvn_can_service_sim qvn_vehiclectl
     LABELS tools)
 
 add_test(NAME PropertyIds.HeaderIsCurrent

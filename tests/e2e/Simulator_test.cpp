@@ -29,7 +29,7 @@ TEST_F(Simulator, TakesLinesOfItsInputAtTheirTimes) {
     simulator->write("(0.5) BCM1_DrvDoorSts=1\nBCM1_DrvDoorSts=2\n");
     simulator->closeInput();
     EXPECT_EQ(simulator->wait(), 0) << "it ends after the last of them";
-    EXPECT_GE(timeOf(simulator->output(), "BCM1_DrvDoorSts=1"), 0.5);
+    EXPECT_GE(timeOf(simulator->output(), "BCM1_DrvDoorSts=1 open"), 0.5);
     EXPECT_GE(timeOf(simulator->output(), "BCM1_DrvDoorSts=2"), 0.0);
 }
 
@@ -39,7 +39,7 @@ TEST_F(Simulator, PlaysATraceWithItsCyclesAndAnswersFaster) {
                                         "(0) HAP_FD2_AVM_3DAngSts=1 every 10 for 50\n");
     const auto played = desk.run("can-service-sim -v --exit-at-end --speed 1000 --play " + trace);
     EXPECT_EQ(played.exitCode, 0);
-    EXPECT_GE(timeOf(played.output, "BCM1_DrvDoorSts=1"), 0.4);
+    EXPECT_GE(timeOf(played.output, "BCM1_DrvDoorSts=1 open"), 0.4);
     EXPECT_GE(timeOf(played.output, "HAP_FD2 timed out"), 0.05) << played.output;
 
     const auto simulator =
@@ -75,14 +75,14 @@ TEST_F(Simulator, AMessageTimesOutAndComesBackByItselfAndByHand) {
         const char* input;
         std::string line;
     } steps[] = {
-        {"ESP_FD2_VehSpd=4.5 every 0.02", shown("ESP_FD2_VehSpd", "4.5")},
-        {"ESP_FD2_VehSpd=9", shown("ESP_FD2_VehSpd", "9")},  // by the cycle
-        {"ESP_FD2_VehSpd!stop", shown("ESP_FD2_VehSpd", "9", "timed out")},
-        {"ESP_FD2_VehSpd=18 every 0.02 for 0.06", shown("ESP_FD2_VehSpd", "18")},
-        {"# the end of the cycle", shown("ESP_FD2_VehSpd", "18", "timed out")},
-        {"ESP_FD2!ok", shown("ESP_FD2_VehSpd", "18")},
-        {"ESP_FD2!timeout", shown("ESP_FD2_VehSpd", "18", "timed out")},
-        {"ESP_FD2!ok", shown("ESP_FD2_VehSpd", "18")},
+        {"ESP_FD2_VehSpd=4.5 every 0.02", shown("ESP_FD2_VehSpd", "4.5 km/h")},
+        {"ESP_FD2_VehSpd=9", shown("ESP_FD2_VehSpd", "9 km/h")},  // by the cycle
+        {"ESP_FD2_VehSpd!stop", shown("ESP_FD2_VehSpd", "9 km/h", "timed out")},
+        {"ESP_FD2_VehSpd=18 every 0.02 for 0.06", shown("ESP_FD2_VehSpd", "18 km/h")},
+        {"# the end of the cycle", shown("ESP_FD2_VehSpd", "18 km/h", "timed out")},
+        {"ESP_FD2!ok", shown("ESP_FD2_VehSpd", "18 km/h")},
+        {"ESP_FD2!timeout", shown("ESP_FD2_VehSpd", "18 km/h", "timed out")},
+        {"ESP_FD2!ok", shown("ESP_FD2_VehSpd", "18 km/h")},
     };
     std::size_t seen = 0;
     for (const auto& [input, line] : steps) {
@@ -125,9 +125,9 @@ TEST_F(Simulator, ReverseBeforeTheServiceReachesAnApplication) {
     const auto simulator = desk.simulator("- --play " + trace);
     ASSERT_TRUE(simulator->waitForOutput("reverse released"));
     const auto watch = desk.watch("BCM8_PASWorkCmd BCM1_TrunkSts");
-    ASSERT_TRUE(waitForValue(*watch, "BCM8_PASWorkCmd", 0));
+    ASSERT_TRUE(waitForLine(*watch, shown("BCM8_PASWorkCmd", "0 close")));
     simulator->write("reverse=1\n");
-    ASSERT_TRUE(waitForValue(*watch, "BCM8_PASWorkCmd", 1));
+    ASSERT_TRUE(waitForLine(*watch, shown("BCM8_PASWorkCmd", "1 open")));
     EXPECT_EQ(watch->output().find("BCM1_TrunkSts"), std::string::npos);
     simulator->write("service=up\n");
     EXPECT_TRUE(waitForValue(*watch, "BCM1_TrunkSts", 1));

@@ -11,7 +11,7 @@ namespace qvn::e2e {
 
 /// A word signal, and a byte signal that is early in the list which a client subscribes.
 const std::string kWord = "HAP_FD2_AVM_3DAngSts";
-const std::string kByte = "BCM1_DrvDoorSts";
+const std::string kByte = "PLG_1_PLG_Sts";
 
 /// Trace lines that give kWord the values from first to last; more bytes than two follow each and mean nothing.
 inline std::string wordLines(int first, int last, int bytes = 2) {

@@ -18,6 +18,14 @@ struct ListOptions {
 
 int listCommand(const ListOptions& options, Output& output);
 
+struct InfoOptions {
+    std::vector<std::string> properties;
+    bool json = false;
+};
+
+/// All that the tables and the notes say of properties.
+int infoCommand(const InfoOptions& options, Output& output);
+
 struct GetOptions {
     std::vector<std::string> properties;
     double timeout = 2.0;  ///< seconds to wait for the first values
@@ -27,9 +35,10 @@ struct GetOptions {
 int getCommand(const GetOptions& options, const StopSignals& stop, Output& output);
 
 struct WatchOptions {
-    std::vector<std::string> properties;  ///< none: all that are received
+    std::vector<std::string> properties;  ///< names or patterns; none: all that are received
     std::optional<double> duration;       ///< seconds
     std::optional<long> count;            ///< changes
+    bool exitOnLoss = false;              ///< end when the CAN service goes
     bool json = false;
 };
 
@@ -43,5 +52,20 @@ struct SetOptions {
 };
 
 int setCommand(const SetOptions& options, const StopSignals& stop);
+
+struct MeasureOptions {
+    std::vector<std::string> properties;  ///< none: all that are received; `status` has none
+    double duration = 1.0;                ///< seconds to look
+    bool json = false;
+};
+
+/// How often values come, and how evenly.
+int hzCommand(const MeasureOptions& options, const StopSignals& stop, Output& output);
+
+/// Whether the CAN service is there, and what comes from it. kTimedOut when it is not.
+int statusCommand(const MeasureOptions& options, const StopSignals& stop, Output& output);
+
+/// What an application needs here before it sees a value, each with its remedy. kFailed when something is missing.
+int doctorCommand(Output& output);
 
 }  // namespace qvn::tools

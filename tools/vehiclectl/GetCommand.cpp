@@ -1,6 +1,7 @@
 #include <algorithm>
 
 #include "desk/ExitCode.h"
+#include "desk/MonotonicTime.h"
 #include "desk/Number.h"
 #include "vehiclectl/Commands.h"
 #include "vehiclectl/PropertyState.h"
@@ -17,8 +18,8 @@ void print(Output& output, const PropertyState& state, bool json) {
     if (json) {
         output.write(jsonText(state) + "\n");
     } else {
-        output.print("%-36s %-12s %-9s  %.3f s\n", state.info->name.c_str(), valueText(state).c_str(),
-                     statusText(state), std::max(ageOf(state, monotonicNow()), 0.0));
+        output.print("%-36s %-12s %-9s  %s\n", state.info->name.c_str(), valueText(state).c_str(), statusText(state),
+                     ageText(state, monotonicNow(), 3).c_str());
     }
 }
 

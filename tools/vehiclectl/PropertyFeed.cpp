@@ -2,16 +2,18 @@
 
 #include <utility>
 
+#include "desk/MonotonicTime.h"
+
 namespace qvn::tools {
 
 using namespace platform::vehicle;
 
 namespace {
 
-Update valueUpdate(VehiclePropValue value, PropertyType type) {
+Update valueUpdate(VehiclePropValue value) {
     const auto origin = value.areaId == 0 ? Update::Origin::ReverseLine : Update::Origin::Service;
     const int property = value.prop;
-    return {Update::Kind::Value, origin, property, std::move(value), type};
+    return {Update::Kind::Value, origin, property, std::move(value)};
 }
 
 }  // namespace
@@ -23,11 +25,10 @@ PropertyFeed& PropertyFeed::instance() {
 }
 
 bool PropertyFeed::subscribe(const std::vector<int>& properties) {
-    const auto changed = [](VehiclePropValue value, PropertyType type) {
-        instance().push(valueUpdate(std::move(value), type));
-    };
+    const auto changed = [](VehiclePropValue value, PropertyType) { instance().push(valueUpdate(std::move(value))); };
     const auto statusChanged = [](int property, VehiclePropertyStatus status) {
-        instance().push({Update::Kind::Status, Update::Origin::Service, property, {}, PROPERTY_TYPE_UNKNOWN, status});
+        const bool good = status == VEHICLE_PROPERTY_STATUS_AVAILABLE;
+        instance().push({Update::Kind::Status, Update::Origin::Service, property, {}, good});
     };
     VehicleClient& client = *VehicleClient::getInstance();
     if (!client.subscribe(changed, properties, statusChanged)) {
@@ -37,7 +38,7 @@ bool PropertyFeed::subscribe(const std::vector<int>& properties) {
     for (const int property : properties) {
         VehiclePropValue value;
         if (client.getPropValue(property, &value) && value.timestamp != 0) {
-            push(valueUpdate(std::move(value), client.getPropertyType(property)));
+            push(valueUpdate(std::move(value)));
         }
     }
     return true;
@@ -52,6 +53,7 @@ std::vector<Update> PropertyFeed::take() {
 }
 
 void PropertyFeed::push(Update update) {
+    update.at = update.value.timestamp != 0 ? update.value.timestamp : monotonicNow();
     const sync::MutexLock lock(mutex_);
     updates_.push_back(std::move(update));
     if (updates_.size() == 1) {

@@ -12,7 +12,11 @@ namespace qvn::tools {
 
 /// Something new about a property.
 struct Update {
-    enum class Kind { Value, Status };
+    enum class Kind {
+        Value,
+        Status,
+        Service  ///< the CAN service has come or gone
+    };
     enum class Origin {
         Service,      ///< the CAN service, through the vehicle client
         ReverseLine,  ///< the vehicle client made the value itself
@@ -22,9 +26,9 @@ struct Update {
     Kind kind = Kind::Value;
     Origin origin = Origin::Service;
     int property = 0;
-    platform::vehicle::VehiclePropValue value;  ///< of a Value
-    platform::vehicle::PropertyType type = platform::vehicle::PROPERTY_TYPE_UNKNOWN;
-    platform::vehicle::VehiclePropertyStatus status = platform::vehicle::VEHICLE_PROPERTY_STATUS_AVAILABLE;
+    platform::vehicle::VehiclePropValue value = {};  ///< of a Value
+    bool good = true;                                ///< Status: it is received; Service: it is there
+    long at = 0;                                     ///< when it happened, CLOCK_MONOTONIC in ns; set by the feed
 };
 
 /// Brings what the bus's and the client's threads report to the main thread, complete and in order. One exception: a
@@ -45,8 +49,6 @@ public:
 
     /// Adds an update; from any thread.
     void push(Update update);
-    /// Makes fd() readable without an update; from any thread.
-    void wake() { wakeUp_.notify(); }
 
 private:
     PropertyFeed() = default;

@@ -1,19 +1,21 @@
 #include "vehiclectl/PropertyState.h"
 
 #include <algorithm>
-#include <ctime>
+#include <cstdio>
 #include <nlohmann/json.hpp>
 #include <utility>
 
+#include "desk/MonotonicTime.h"
 #include "desk/Number.h"
 #include "desk/SignalNames.h"
+#include "desk/SignalNotes.h"
 
 namespace qvn::tools {
 namespace {
 
 using platform::vehicle::VehiclePropValue;
 
-constexpr double kNanosecondsPerSecond = 1e9;
+constexpr long kRestAfter = 3'000'000'000;  // without a change a property is active no longer
 
 bool isSwitch(const VehiclePropValue& value) {
     return value.value.int32Values.size() == 2;
@@ -26,10 +28,11 @@ bool sameValue(const VehiclePropValue& a, const VehiclePropValue& b) {
 }  // namespace
 
 std::optional<double> numberOf(const PropertyState& state) {
-    if (!state.value) {
-        return std::nullopt;
-    }
-    const VehiclePropValue::RawValue& payload = state.value->value;
+    return state.value ? numberOf(*state.value) : std::nullopt;
+}
+
+std::optional<double> numberOf(const VehiclePropValue& value) {
+    const VehiclePropValue::RawValue& payload = value.value;
     if (!payload.floatValues.empty()) {
         return payload.floatValues.front();
     }
@@ -44,14 +47,16 @@ std::string valueText(const PropertyState& state) {
     if (!number) {
         return "-";
     }
-    std::string text = formatNumber(*number);
     if (isSwitch(*state.value)) {
-        text += " direction " + std::to_string(state.value->value.int32Values[1]);
+        return formatNumber(*number) + " dir. " + std::to_string(state.value->value.int32Values[1]);
     }
-    return text;
+    return valueWithNote(state.info->received.front(), *number);
 }
 
 const char* statusText(const PropertyState& state) {
+    if (state.stale) {
+        return "stale";
+    }
     return state.timedOut ? "timed out" : "available";
 }
 
@@ -67,6 +72,14 @@ std::string jsonText(const PropertyState& state) {
         const std::int32_t direction = state.value->value.int32Values[1];
         object["direction"] = direction;
         object["switch"] = switchName(*state.info, direction);
+    } else if (number) {
+        const std::uint32_t code = state.info->received.front();
+        if (const std::string& unit = SignalNotes::instance().of(code).unit; !unit.empty()) {
+            object["unit"] = unit;
+        }
+        if (const std::string label = valueName(code, *number); !label.empty()) {
+            object["label"] = label;
+        }
     }
     object["status"] = statusText(state);
     object["timestamp"] = state.value ? state.value->timestamp : 0;
@@ -80,10 +93,14 @@ double ageOf(const PropertyState& state, long now) {
     return static_cast<double>(now - state.value->timestamp) / kNanosecondsPerSecond;
 }
 
-long monotonicNow() {
-    timespec now{};
-    clock_gettime(CLOCK_MONOTONIC, &now);
-    return now.tv_sec * 1'000'000'000L + now.tv_nsec;
+std::string ageText(const PropertyState& state, long now, int digits) {
+    const double age = ageOf(state, now);
+    if (age < 0.0) {
+        return "";
+    }
+    char text[32];
+    std::snprintf(text, sizeof text, "%s%.*f s", state.first ? ">" : "", digits, age);
+    return text;
 }
 
 PropertyStates::PropertyStates(const std::vector<const PropertyInfo*>& properties) {
@@ -93,28 +110,49 @@ PropertyStates::PropertyStates(const std::vector<const PropertyInfo*>& propertie
 }
 
 const PropertyState* PropertyStates::apply(Update update) {
+    if (update.kind == Update::Kind::Service) {
+        serviceChanged(update);
+        return nullptr;
+    }
     const auto found = states_.find(update.property);
     if (found == states_.end()) {
         return nullptr;
     }
     PropertyState& state = found->second;
-    bool changed = false;
     if (update.kind == Update::Kind::Status) {
-        const bool timedOut = update.status != platform::vehicle::VEHICLE_PROPERTY_STATUS_AVAILABLE;
-        changed = timedOut != state.timedOut;
-        state.timedOut = timedOut;
-    } else {
-        if (state.value && update.value.timestamp != 0 && update.value.timestamp < state.value->timestamp) {
-            return nullptr;
-        }
-        changed = !state.value || !sameValue(*state.value, update.value);
-        state.value = std::move(update.value);
+        state.stale = state.stale && update.at <= lostAt_;
+        return std::exchange(state.timedOut, !update.good) == update.good ? &state : nullptr;
     }
-    if (!changed) {
+    const long received = update.value.timestamp;
+    const long before = state.value ? state.value->timestamp : 0;
+    if (received != 0 && received < before) {
         return nullptr;
     }
-    state.changedAt = monotonicNow();
+    if (received > before) {
+        state.arrivals.add(received);
+        state.first = before <= lostAt_;
+        state.stale = state.stale && received <= lostAt_;
+    }
+    if (state.value && sameValue(*state.value, update.value)) {
+        state.value = std::move(update.value);
+        return nullptr;
+    }
+    if (state.value && numberOf(state) != numberOf(update.value)) {
+        state.activeSince = update.at - state.changedAt < kRestAfter ? state.activeSince : update.at;
+        state.changedAt = update.at;
+    }
+    state.value = std::move(update.value);
     return &state;
+}
+
+void PropertyStates::serviceChanged(const Update& update) {
+    service_ = {update.good, update.at};
+    if (!update.good) {
+        lostAt_ = update.at;
+        for (auto& entry : states_) {
+            entry.second.stale = entry.second.value.has_value();
+        }
+    }
 }
 
 bool PropertyStates::complete() const {

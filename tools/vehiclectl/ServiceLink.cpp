@@ -5,11 +5,11 @@
 #include <string>
 #include <utility>
 
+#include "desk/MonotonicTime.h"
 #include "ipc_common_soc/CanServiceWire.h"
 #include "ipc_common_soc/ReverseLine.h"
 #include "ipc_common_soc/ServiceName.h"
 #include "vehiclectl/PropertyFeed.h"
-#include "vehiclectl/PropertyState.h"
 
 namespace qvn::tools {
 namespace {
@@ -35,8 +35,7 @@ Update valueOf(int property, const std::string& raw) {
     value.timestamp = monotonicNow();
     value.prop = property;
     value.value.int32Values.push_back(raw.empty() ? 0 : static_cast<unsigned char>(raw.front()));
-    return {Update::Kind::Value, Update::Origin::Link, property, std::move(value),
-            platform::vehicle::PROPERTY_TYPE_INT32};
+    return {Update::Kind::Value, Update::Origin::Link, property, std::move(value)};
 }
 
 }  // namespace
@@ -74,7 +73,7 @@ protected:
 private:
     void setOnline(bool online) {
         online_ = online;
-        PropertyFeed::instance().wake();
+        PropertyFeed::instance().push({Update::Kind::Service, Update::Origin::Link, 0, {}, online});
     }
 
     const PropertyOfCode codes_;

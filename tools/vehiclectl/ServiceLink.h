@@ -11,7 +11,7 @@ namespace qvn::tools {
 
 /// A bus client of the tool's own. It sees two things that the vehicle client does not tell: whether the CAN service is
 /// there, and what the service says of the two properties of which the vehicle client makes values from the reverse
-/// line. Both go to the PropertyFeed, which is also woken when the service comes or goes.
+/// line. Both go to the PropertyFeed.
 class ServiceLink {
 public:
     /// Connects in the background. Reads those of the two properties that are among the given ones.

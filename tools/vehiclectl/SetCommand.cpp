@@ -7,6 +7,7 @@
 #include "desk/Number.h"
 #include "desk/PhysicalValue.h"
 #include "desk/SignalNames.h"
+#include "desk/SignalNotes.h"
 #include "desk/Text.h"
 #include "vehiclectl/Commands.h"
 #include "vehiclectl/PropertyState.h"
@@ -39,15 +40,17 @@ std::optional<Goal> readGoal(const std::string& text) {
         throw BadInput(quoted(text) + " is nothing to wait for; expected PROPERTY=VALUE");
     }
     const std::string_view value = std::string_view(text).substr(mark + 1);
-    return Goal{receivedProperties({text.substr(0, mark)}).front(), parseNumber(value, "a value after '='")};
+    const PropertyInfo& property = *receivedProperties({text.substr(0, mark)}).front();
+    return Goal{&property, parseValue(property.received.front(), value, "a value after '='")};
 }
 
 double readValue(const PropertyInfo& property, const std::string& text) {
     if (property.settable.empty()) {
         throw BadInput(property.name + " is only reported by the vehicle; it cannot be set");
     }
-    const double value = parseNumber(text, "the value to set");
-    const SetRange range = setRange(*tables::findSetSignal(property.settable.front()));
+    const std::uint32_t code = property.settable.front();
+    const double value = parseValue(code, text, "the value to set");
+    const SetRange range = setRange(*tables::findSetSignal(code));
     if (value != std::floor(value) || value < range.low || value > range.high) {
         throw BadInput("value " + text + " does not fit " + property.name + "; expected a whole number from " +
                        std::to_string(range.low) + " to " + std::to_string(range.high));
@@ -155,6 +158,7 @@ int setCommand(const SetOptions& options, const StopSignals& stop) {
         case Awaited::Updates:
             break;
         case Awaited::Stop:
+        case Awaited::Input:
             return kFailed;
         case Awaited::Deadline:
             printError("the CAN service did not appear within " + formatNumber(options.timeout) +

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <array>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -11,12 +13,12 @@
 
 namespace qvn::tools {
 
-enum class Awaited { Updates, Stop, Deadline };
+enum class Awaited { Updates, Stop, Deadline, Input };
 
 /// Waits until updates arrive, the user stops the tool or the deadline passes. `gone` is a descriptor that is readable
-/// when nobody wants the result any more; that is a Stop, too.
+/// when nobody wants the result any more; that is a Stop, too. `inputs` are descriptors that make an Input readable.
 Awaited await(const PropertyFeed& feed, const StopSignals& stop, std::optional<Clock::time_point> deadline,
-              int gone = -1);
+              int gone = -1, const std::array<int, 2>& inputs = {-1, -1});
 
 /// The point in time so many seconds from now.
 Clock::time_point inSeconds(double seconds);
@@ -24,12 +26,13 @@ Clock::time_point inSeconds(double seconds);
 /// Subscribes, and tells the user when the vehicle client could not start.
 bool startFeed(const std::vector<int>& ids);
 
-/// The properties that the user named, each of which must be one that the vehicle reports.
+/// The properties that the user named, each of which must be one that the vehicle reports. A pattern with * or ?
+/// (HAP_FD3_RPAS_*) stands for all of these whose signals match. No names: all that the vehicle reports.
 /// @throws BadInput
-std::vector<const PropertyInfo*> receivedProperties(const std::vector<std::string>& names);
+std::vector<const PropertyInfo*> receivedProperties(const std::vector<std::string>& names = {});
 
-/// All properties that the vehicle reports.
-std::vector<const PropertyInfo*> receivedProperties();
+/// Takes the feed's updates as they come until the time is over. False when the user stops the tool.
+bool followFor(double seconds, const StopSignals& stop, const std::function<void(Update)>& take);
 
 /// An error line on standard error.
 void printError(const std::string& text);

@@ -1,21 +1,22 @@
-#include <unistd.h>
-
 #include <algorithm>
 #include <cstdio>
 #include <memory>
+#include <nlohmann/json.hpp>
 #include <set>
 
 #include "desk/ExitCode.h"
 #include "vehiclectl/Commands.h"
 #include "vehiclectl/PropertyState.h"
+#include "vehiclectl/ServiceLink.h"
 #include "vehiclectl/Waiting.h"
-#include "vehiclectl/WatchTable.h"
+#include "vehiclectl/WatchScreen.h"
 
 namespace qvn::tools {
 namespace {
 
 constexpr std::chrono::milliseconds kRedrawInterval(50);
 constexpr std::chrono::milliseconds kAgeInterval(500);
+constexpr std::chrono::seconds kPatience(1);  // until it tells that the service is not there
 
 double secondsSince(Clock::time_point start) {
     return std::chrono::duration<double>(Clock::now() - start).count();
@@ -24,13 +25,13 @@ double secondsSince(Clock::time_point start) {
 /// One `watch` from its start to its summary.
 class Watch {
 public:
-    Watch(const WatchOptions& options, Output& output, std::vector<const PropertyInfo*> properties)
+    Watch(const WatchOptions& options, Output& output, const std::vector<const PropertyInfo*>& properties)
         : options_(options), output_(output), states_(properties) {
         if (options.duration) {
             end_ = inSeconds(*options.duration);
         }
-        if (!options.json && isatty(STDOUT_FILENO) != 0) {
-            table_ = std::make_unique<WatchTable>(output, states_, std::move(properties));
+        if (!options.json && WatchScreen::possible()) {
+            screen_ = std::make_unique<WatchScreen>(states_, properties);
         }
     }
 
@@ -39,24 +40,28 @@ public:
     void run(const StopSignals& stop) {
         PropertyFeed& feed = PropertyFeed::instance();
         while (!finished()) {
-            const Awaited what = await(feed, stop, nextWake(), output_.fd());
+            const Awaited what = screen_ ? await(feed, stop, nextWake(), output_.fd(), screen_->fds())
+                                         : await(feed, stop, nextWake(), output_.fd());
             if (what == Awaited::Stop) {
                 break;
+            }
+            if (what == Awaited::Input) {
+                screen_->handleInput();
+                redrawDue_ = true;
             }
             for (Update& update : feed.take()) {
                 take(std::move(update));
             }
-            refresh();
+            screen_ ? refresh() : tellAbsence();
         }
-        if (table_) {
-            table_->draw();
-            table_.reset();
-        }
+        screen_.reset();
         if (timeIsOver()) {
             output_.hurry();
         }
         output_.drain();
     }
+
+    bool lost() const { return lost_; }
 
     void printSummary() const {
         std::fprintf(stderr, "%ld changes of %zu properties in %.1f s\n", changes_, changed_.size(),
@@ -68,62 +73,85 @@ private:
 
     bool finished() const {
         const bool counted = options_.count && changes_ >= *options_.count;
-        return counted || timeIsOver();
+        return counted || lost_ || (screen_ && screen_->ended()) || timeIsOver();
     }
 
     std::optional<Clock::time_point> nextWake() const {
-        if (!table_) {
-            return end_;
+        std::optional<Clock::time_point> next = end_;
+        const auto wakeAt = [&](Clock::time_point time) { next = next ? std::min(*next, time) : time; };
+        if (screen_) {
+            wakeAt(redrawDue_ ? nextRedraw_ : nextRedraw_ + kAgeInterval);
+        } else if (!toldOfService_) {
+            wakeAt(start_ + kPatience);
         }
-        const Clock::time_point redraw = redrawDue_ ? nextRedraw_ : nextRedraw_ + kAgeInterval;
-        return end_ ? std::min(*end_, redraw) : redraw;
+        return next;
     }
 
     void take(Update update) {
-        const PropertyState* const state = states_.apply(std::move(update));
-        if (!state || finished()) {
+        if (finished()) {
             return;
         }
-        ++changes_;
-        changed_.insert(state->info);
-        if (table_) {
-            redrawDue_ = true;
-        } else {
+        if (update.kind == Update::Kind::Service) {
+            takeService(update.good);
+        }
+        if (const PropertyState* const state = states_.apply(std::move(update))) {
+            ++changes_;
+            changed_.insert(state->info);
             printLine(*state);
+        }
+        redrawDue_ = true;
+    }
+
+    void takeService(bool up) {
+        lost_ = options_.exitOnLoss && !up;
+        tellService(up, up ? "up" : "gone; the values are stale now");
+    }
+
+    void tellAbsence() {
+        if (!toldOfService_ && Clock::now() >= start_ + kPatience) {
+            tellService(false, "not there yet");
+        }
+    }
+
+    void tellService(bool up, const char* text) {
+        toldOfService_ = true;
+        if (options_.json) {
+            output_.write(nlohmann::ordered_json{{"event", "service"}, {"up", up}}.dump() + "\n");
+        } else if (!screen_) {
+            output_.print("%9.3f  CAN service %s\n", secondsSince(start_), text);
         }
     }
 
     void printLine(const PropertyState& state) {
         if (options_.json) {
             output_.write(jsonText(state) + "\n");
-        } else {
+        } else if (!screen_) {
             output_.print("%9.3f  %-36s %-12s %s\n", secondsSince(start_), state.info->name.c_str(),
                           valueText(state).c_str(), statusText(state));
         }
     }
 
     /// Redraws after a change, but at most every kRedrawInterval, and without one every kAgeInterval for the ages.
-    /// While the terminal has not taken the last picture there is no new one.
     void refresh() {
         const Clock::time_point now = Clock::now();
-        if (!table_ || now < nextRedraw_ || (!redrawDue_ && now < nextRedraw_ + kAgeInterval)) {
+        if (now < nextRedraw_ || (!redrawDue_ && now < nextRedraw_ + kAgeInterval)) {
             return;
         }
-        if (output_.idle()) {
-            table_->draw();
-            redrawDue_ = false;
-        }
+        screen_->draw();
+        redrawDue_ = false;
         nextRedraw_ = now + kRedrawInterval;
     }
 
     const WatchOptions& options_;
     Output& output_;
     PropertyStates states_;
-    std::unique_ptr<WatchTable> table_;
+    std::unique_ptr<WatchScreen> screen_;
     Clock::time_point start_ = Clock::now();
     std::optional<Clock::time_point> end_;
     Clock::time_point nextRedraw_ = start_;
     bool redrawDue_ = true;
+    bool toldOfService_ = false;
+    bool lost_ = false;
     long changes_ = 0;
     std::set<const PropertyInfo*> changed_;
 };
@@ -131,13 +159,17 @@ private:
 }  // namespace
 
 int watchCommand(const WatchOptions& options, const StopSignals& stop, Output& output) {
-    Watch watch(options, output,
-                options.properties.empty() ? receivedProperties() : receivedProperties(options.properties));
+    Watch watch(options, output, receivedProperties(options.properties));
     if (!startFeed(watch.ids())) {
         return kFailed;
     }
+    const ServiceLink service({});
     watch.run(stop);
     watch.printSummary();
+    if (watch.lost()) {
+        printError("the CAN service has gone");
+        return kTimedOut;
+    }
     return kDone;
 }
 

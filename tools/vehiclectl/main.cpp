@@ -7,6 +7,7 @@
 #include "desk/CommandLine.h"
 #include "desk/ExitCode.h"
 #include "desk/Output.h"
+#include "desk/SignalNotes.h"
 #include "desk/StopSignals.h"
 #include "desk/Tool.h"
 #include "vehiclectl/Commands.h"
@@ -28,10 +29,15 @@ void chooseLogLevel(bool verbose) {
 
 struct CommandLine {
     bool verbose = false;
+    bool showsLog = false;  ///< the command is about what the user has set
     ListOptions list;
+    InfoOptions info;
     GetOptions get;
     WatchOptions watch;
     SetOptions set;
+    MeasureOptions hz;
+    MeasureOptions status;
+    std::vector<std::string> notes;
     std::function<int(const StopSignals&, Output&)> command;
 };
 
@@ -42,8 +48,18 @@ void addTimeout(CLI::App& command, double& timeout) {
         ->type_name("S");
 }
 
+void addMeasuring(CLI::App& command, MeasureOptions& options) {
+    command.add_flag("--json", options.json, "One JSON object a line");
+    command.add_option("--duration", options.duration, "Seconds to look")
+        ->check(numberFrom(0.05, 86400.0))
+        ->capture_default_str()
+        ->type_name("S");
+}
+
 void declare(CLI::App& app, CommandLine& line) {
     app.add_flag("-v,--verbose", line.verbose, "Show the client's log on standard error");
+    app.add_option("--signals", line.notes, "Descriptions, units and value names to add, as in share/signals")
+        ->type_name("FILE");
     app.require_subcommand(0, 1);
     app.fallthrough();
     app.footer(std::string("A PROPERTY is an identifier (0x21600E1F) or a signal's name (ESP_FD2_VehSpd).\n") +
@@ -53,6 +69,12 @@ void declare(CLI::App& app, CommandLine& line) {
     list->add_flag("--json", line.list.json, "One JSON object a line");
     list->callback(
         [&] { line.command = [&](const StopSignals&, Output& output) { return listCommand(line.list, output); }; });
+
+    auto* const info = app.add_subcommand("info", "Show all that is known of properties: signals, ranges, value names");
+    info->add_option("PROPERTY", line.info.properties)->required();
+    info->add_flag("--json", line.info.json, "One JSON object a line");
+    info->callback(
+        [&] { line.command = [&](const StopSignals&, Output& output) { return infoCommand(line.info, output); }; });
 
     auto* const get = app.add_subcommand("get", "Show the current value of properties");
     get->add_option("PROPERTY", line.get.properties)->required();
@@ -71,6 +93,7 @@ void declare(CLI::App& app, CommandLine& line) {
     watch->add_option("--count", line.watch.count, "Changes after which to end")
         ->check(CLI::Range(1L, 1'000'000'000L).description(""))
         ->type_name("N");
+    watch->add_flag("--exit-on-loss", line.watch.exitOnLoss, "End with exit code 3 when the CAN service goes");
     watch->callback([&] {
         line.command = [&](const StopSignals& stop, Output& output) { return watchCommand(line.watch, stop, output); };
     });
@@ -82,6 +105,26 @@ void declare(CLI::App& app, CommandLine& line) {
         ->type_name("PROPERTY=VALUE");
     addTimeout(*set, line.set.timeout);
     set->callback([&] { line.command = [&](const StopSignals& stop, Output&) { return setCommand(line.set, stop); }; });
+
+    auto* const hz = app.add_subcommand("hz", "Measure how often properties come, and how evenly");
+    hz->add_option("PROPERTY", line.hz.properties);
+    addMeasuring(*hz, line.hz);
+    hz->callback([&] {
+        line.command = [&](const StopSignals& stop, Output& output) { return hzCommand(line.hz, stop, output); };
+    });
+
+    auto* const status = app.add_subcommand("status", "Show whether the CAN service is there, and what comes from it");
+    addMeasuring(*status, line.status);
+    status->callback([&] {
+        line.command = [&](const StopSignals& stop, Output& output) {
+            return statusCommand(line.status, stop, output);
+        };
+    });
+
+    app.add_subcommand("doctor", "Look for what keeps an application from seeing values here")->callback([&] {
+        line.showsLog = true;
+        line.command = [](const StopSignals&, Output& output) { return doctorCommand(output); };
+    });
 }
 
 int run(int argc, char** argv, const StopSignals& stop, Output& output) {
@@ -95,7 +138,12 @@ int run(int argc, char** argv, const StopSignals& stop, Output& output) {
         std::cerr << app.help();
         return kUsage;
     }
-    chooseLogLevel(line.verbose);
+    for (const std::string& file : line.notes) {
+        SignalNotes::instance().addFile(file);
+    }
+    if (!line.showsLog) {
+        chooseLogLevel(line.verbose);
+    }
     return line.command(stop, output);
 }
 

@@ -1,0 +1,120 @@
+#include "vehiclectl/WatchView.h"
+
+#include <gtest/gtest.h>
+
+namespace qvn::tools {
+namespace {
+
+constexpr long kSecond = 1'000'000'000;
+
+class WatchViewTest : public testing::Test {
+protected:
+    void value(const std::string& name, int number, double at) {
+        Update update{Update::Kind::Value, Update::Origin::Service, idOf(name), {}};
+        update.at = static_cast<long>(at * kSecond);
+        update.value.timestamp = update.at;
+        update.value.value.int32Values = {number};
+        states.apply(update);
+    }
+    void status(const std::string& name, bool good, double at) {
+        states.apply(
+            {Update::Kind::Status, Update::Origin::Service, idOf(name), {}, good, static_cast<long>(at * kSecond)});
+    }
+    void service(bool up, double at) {
+        states.apply({Update::Kind::Service, Update::Origin::Link, 0, {}, up, static_cast<long>(at * kSecond)});
+    }
+    const PropertyState& of(const std::string& name) { return states.of(propertyNamed(name)); }
+    std::string rows(double at) {
+        view.refresh(static_cast<long>(at * kSecond));
+        std::string names;
+        for (const PropertyState& state : view.rows()) {
+            names += state.info->name.substr(state.info->name.find('_') + 1) + " ";
+        }
+        return names;
+    }
+    static int idOf(const std::string& name) { return static_cast<int>(propertyNamed(name).id); }
+
+    const std::vector<const PropertyInfo*> properties = {&propertyNamed("DCT5_TGS_LEVER"),
+                                                         &propertyNamed("BCM1_TrunkSts"), &propertyNamed("EPB1_EPBSts"),
+                                                         &propertyNamed("BCM1_DrvDoorSts")};
+    PropertyStates states{properties};
+    WatchView view{states, properties};
+};
+
+TEST_F(WatchViewTest, WhatChangesComesFirstAndKeepsItsPlace) {
+    for (const char* const name : {"EPB1_EPBSts", "BCM1_TrunkSts", "BCM1_DrvDoorSts", "DCT5_TGS_LEVER"}) {
+        value(name, 0, 10);
+    }
+    status("BCM1_TrunkSts", false, 10.5);
+    EXPECT_EQ(rows(11), "TGS_LEVER TrunkSts EPBSts DrvDoorSts ") << "first values and a status are no change";
+    value("BCM1_DrvDoorSts", 1, 11);
+    value("BCM1_TrunkSts", 0, 11.5);  // a repeat
+    value("EPB1_EPBSts", 1, 12);
+    EXPECT_EQ(rows(12), "EPBSts DrvDoorSts TGS_LEVER TrunkSts ");
+    value("BCM1_DrvDoorSts", 2, 12.5);
+    value("EPB1_EPBSts", 2, 12.6);
+    value("BCM1_DrvDoorSts", 3, 12.7);
+    EXPECT_EQ(rows(12.8), "EPBSts DrvDoorSts TGS_LEVER TrunkSts ") << "by the begin of their activity";
+    value("EPB1_EPBSts", 3, 15);
+    EXPECT_EQ(rows(17), "EPBSts DrvDoorSts TGS_LEVER TrunkSts ");
+    value("BCM1_DrvDoorSts", 4, 18.5);
+    EXPECT_EQ(rows(18.5), "DrvDoorSts EPBSts TGS_LEVER TrunkSts ");
+    view.sortBy(WatchView::Sort::Name);
+    EXPECT_EQ(rows(19), "DrvDoorSts TrunkSts TGS_LEVER EPBSts ");
+    view.sortBy(WatchView::Sort::Age);
+    EXPECT_EQ(rows(19), "DrvDoorSts EPBSts TrunkSts TGS_LEVER ");
+}
+
+TEST_F(WatchViewTest, FilterFreezeAndScroll) {
+    view.filter("bcm1");
+    EXPECT_EQ(rows(1), "TrunkSts DrvDoorSts ");
+    view.filter("*_TGS_*");
+    EXPECT_EQ(rows(1), "TGS_LEVER ");
+    view.filter("");
+    view.freeze(true);
+    value("BCM1_DrvDoorSts", 1, 2);
+    value("BCM1_DrvDoorSts", 2, 2);
+    EXPECT_EQ(rows(2), "TGS_LEVER TrunkSts EPBSts DrvDoorSts ");
+    EXPECT_EQ(view.time(), kSecond);
+    view.freeze(false);
+    EXPECT_EQ(rows(2), "DrvDoorSts TGS_LEVER TrunkSts EPBSts ");
+    view.scroll(1);
+    EXPECT_EQ(view.top(2), 1U);
+    view.scroll(100);
+    EXPECT_EQ(view.top(2), 2U);
+    view.scroll(-1);
+    EXPECT_EQ(view.top(2), 1U) << "from where it ended";
+    EXPECT_EQ(view.top(4), 0U);
+}
+
+TEST_F(WatchViewTest, AServiceThatGoesLeavesStaleValues) {
+    service(true, 1);
+    value("BCM1_DrvDoorSts", 1, 2);
+    EXPECT_STREQ(statusText(of("BCM1_DrvDoorSts")), "available");
+    EXPECT_EQ(ageText(of("BCM1_DrvDoorSts"), 3 * kSecond), ">1.0 s");
+    value("BCM1_DrvDoorSts", 1, 3);
+    EXPECT_EQ(ageText(of("BCM1_DrvDoorSts"), 5 * kSecond), "2.0 s");
+    service(false, 6);
+    EXPECT_STREQ(statusText(of("BCM1_DrvDoorSts")), "stale");
+    EXPECT_STREQ(statusText(of("BCM1_TrunkSts")), "available") << "it has no value";
+    value("BCM1_DrvDoorSts", 1, 5.9);  // on its way when the service went
+    EXPECT_STREQ(statusText(of("BCM1_DrvDoorSts")), "stale");
+    service(true, 7);
+    EXPECT_STREQ(statusText(of("BCM1_DrvDoorSts")), "stale");
+    value("BCM1_DrvDoorSts", 1, 8);
+    EXPECT_STREQ(statusText(of("BCM1_DrvDoorSts")), "available");
+    EXPECT_EQ(ageText(of("BCM1_DrvDoorSts"), 9 * kSecond), ">1.0 s");
+}
+
+TEST_F(WatchViewTest, TheRateIsThatOfTheLastValues) {
+    EXPECT_EQ(of("EPB1_EPBSts").arrivals.rate(0), 0.0);
+    for (int i = 0; i <= 100; ++i) {
+        value("EPB1_EPBSts", 1, 1 + i * 0.1);
+    }
+    EXPECT_NEAR(of("EPB1_EPBSts").arrivals.rate(11 * kSecond), 10.0, 0.01);
+    EXPECT_NEAR(of("EPB1_EPBSts").arrivals.rate(13 * kSecond), 1.0, 0.01) << "it has stopped";
+    EXPECT_EQ(of("EPB1_EPBSts").arrivals.rate(17 * kSecond), 0.0);
+}
+
+}  // namespace
+}  // namespace qvn::tools

@@ -1,0 +1,301 @@
+#include "vehiclectl/WatchScreen.h"
+
+#define NCURSES_NOMACROS
+#include <curses.h>
+#include <poll.h>
+#include <sys/ioctl.h>
+#include <sys/signalfd.h>
+#include <term.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <stdexcept>
+
+#include "desk/MonotonicTime.h"
+
+namespace qvn::tools {
+namespace {
+
+constexpr long kHighlight = 1'000'000'000;  // ns that a changed value stands out
+constexpr int kHeadLines = 2;
+constexpr int kFootLines = 1;
+constexpr int kEscape = 27;
+
+enum Color : short { kRed = 1, kYellow };
+
+/// The signals by which a terminal tells of Ctrl-Z and of a new size, as a descriptor.
+int terminalSignals() {
+    sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGTSTP);
+    sigaddset(&signals, SIGWINCH);
+    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+    return signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK);
+}
+
+/// The text in exactly so many columns.
+std::string fitted(const std::string& text, int width) {
+    std::string result = text;
+    result.resize(static_cast<std::size_t>(std::max(width, 0)), ' ');
+    return result;
+}
+
+/// A name that is too long loses its beginning: the end tells it from its neighbours.
+std::string fittedName(const std::string& name, int width) {
+    const auto room = static_cast<std::size_t>(std::max(width, 2));
+    return fitted(name.size() <= room ? name : ".." + name.substr(name.size() - room + 2), width);
+}
+
+std::string alignedRight(const std::string& text, int width) {
+    const auto room = static_cast<std::size_t>(std::max(width, 0));
+    return text.size() >= room ? text.substr(0, room) : std::string(room - text.size(), ' ') + text;
+}
+
+std::string rateText(double rate) {
+    char text[32];
+    std::snprintf(text, sizeof text, "%.1f/s", rate);
+    return rate > 0.0 ? text : "";
+}
+
+std::string serviceText(const ServiceState& service, long now) {
+    if (service.up) {
+        return "CAN service: up";
+    }
+    if (service.since == 0) {
+        return "CAN service: not there";
+    }
+    char text[48];
+    std::snprintf(text, sizeof text, "CAN service: gone %.1f s",
+                  static_cast<double>(now - service.since) / kNanosecondsPerSecond);
+    return text;
+}
+
+const char* sortText(WatchView::Sort sort) {
+    switch (sort) {
+        case WatchView::Sort::Change:
+            return "change";
+        case WatchView::Sort::Name:
+            return "name";
+        case WatchView::Sort::Age:
+            return "age";
+    }
+    return "";
+}
+
+}  // namespace
+
+/// ncurses' state of the terminal.
+struct WatchScreen::Terminal {
+    Terminal() : signals(terminalSignals(), "signalfd"), screen(newterm(nullptr, stdout, stdin)) {
+        if (screen == nullptr) {
+            throw std::runtime_error(
+                "cannot draw on this terminal; set TERM to its kind, or to 'dumb' for plain lines");
+        }
+        cbreak();
+        noecho();
+        keypad(stdscr, TRUE);
+        nodelay(stdscr, TRUE);
+        set_escdelay(50);
+        curs_set(0);
+        const char* const noColor = std::getenv("NO_COLOR");
+        if ((noColor == nullptr || *noColor == '\0') && has_colors()) {
+            start_color();
+            use_default_colors();
+            init_pair(kRed, COLOR_RED, -1);
+            init_pair(kYellow, COLOR_YELLOW, -1);
+            colors = true;
+        }
+    }
+    ~Terminal() {
+        endwin();
+        delscreen(screen);
+    }
+    Terminal(const Terminal&) = delete;
+    Terminal& operator=(const Terminal&) = delete;
+
+    attr_t color(Color wanted) const { return colors ? static_cast<attr_t>(COLOR_PAIR(wanted)) : A_NORMAL; }
+
+    FileDescriptor signals;
+    SCREEN* screen;
+    bool colors = false;
+};
+
+/// How wide the columns are; those that do not fit are left out, that with the least to say first.
+struct WatchScreen::Layout {
+    explicit Layout(int width)
+        : value(width >= 60 ? 16 : 12),
+          status(width >= 64 ? 10 : 0),
+          rate(width >= 78 ? 8 : 0),
+          age(width >= 50 ? 9 : 0),
+          name(std::max(width - 2 - value - status - rate - age, 4)) {}
+
+    int value, status, rate, age, name;
+};
+
+bool WatchScreen::possible() {
+    int error = 0;
+    const char* const term = std::getenv("TERM");
+    return isatty(STDOUT_FILENO) != 0 && term != nullptr && std::strcmp(term, "dumb") != 0 &&
+           setupterm(nullptr, STDOUT_FILENO, &error) == OK && tigetstr("cup") != nullptr;
+}
+
+WatchScreen::WatchScreen(const PropertyStates& states, std::vector<const PropertyInfo*> properties)
+    : states_(states), view_(states, std::move(properties)), terminal_(std::make_unique<Terminal>()) {}
+
+WatchScreen::~WatchScreen() = default;
+
+std::array<int, 2> WatchScreen::fds() const {
+    return {terminal_->signals.get(), isatty(STDIN_FILENO) != 0 ? STDIN_FILENO : -1};
+}
+
+void WatchScreen::handleInput() {
+    handleSignals();
+    for (int key = getch(); key != ERR; key = getch()) {
+        editing_ ? editFilter(key) : handleKey(key);
+    }
+}
+
+void WatchScreen::handleSignals() {
+    signalfd_siginfo signal{};
+    while (read(terminal_->signals.get(), &signal, sizeof signal) == sizeof signal) {
+        if (signal.ssi_signo == SIGTSTP) {
+            endwin();
+            raise(SIGSTOP);
+        }
+        // Its size may be another one after a rest, too.
+        winsize size{};
+        if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_row > 0 && size.ws_col > 0) {
+            resizeterm(size.ws_row, size.ws_col);
+        }
+        clearok(stdscr, TRUE);
+    }
+}
+
+void WatchScreen::handleKey(int key) {
+    const int page = std::max(LINES - kHeadLines - kFootLines, 1);
+    switch (key) {
+        case 'q':
+            ended_ = true;
+            break;
+        case '/':
+            editing_ = true;
+            break;
+        case 's':
+            view_.sortBy(view_.sort() == WatchView::Sort::Change ? WatchView::Sort::Name
+                         : view_.sort() == WatchView::Sort::Name ? WatchView::Sort::Age
+                                                                 : WatchView::Sort::Change);
+            break;
+        case 'f':
+        case ' ':
+            view_.freeze(!view_.frozen());
+            break;
+        case kEscape:
+            view_.filter("");
+            break;
+        case KEY_UP:
+        case 'k':
+            view_.scroll(-1);
+            break;
+        case KEY_DOWN:
+        case 'j':
+            view_.scroll(1);
+            break;
+        case KEY_PPAGE:
+            view_.scroll(-page);
+            break;
+        case KEY_NPAGE:
+            view_.scroll(page);
+            break;
+        case KEY_HOME:
+            view_.scroll(-static_cast<long>(view_.total()));
+            break;
+        case KEY_END:
+            view_.scroll(static_cast<long>(view_.total()));
+            break;
+        default:
+            break;
+    }
+}
+
+void WatchScreen::editFilter(int key) {
+    std::string text = view_.filter();
+    if (key == kEscape) {
+        text.clear();
+    } else if ((key == KEY_BACKSPACE || key == '\b' || key == 0x7F) && !text.empty()) {
+        text.pop_back();
+    } else if (key > ' ' && key < 0x7F) {
+        text += static_cast<char>(key);
+    }
+    editing_ = key != kEscape && key != '\r' && key != '\n' && key != KEY_ENTER;
+    view_.filter(text);
+}
+
+void WatchScreen::draw() {
+    pollfd output{STDOUT_FILENO, POLLOUT, 0};
+    if (poll(&output, 1, 0) <= 0) {
+        return;
+    }
+    view_.refresh(monotonicNow());
+    erase();
+    const Layout layout(COLS);
+    drawHead(layout);
+    const int height = std::max(LINES - kHeadLines - kFootLines, 0);
+    const std::size_t top = view_.top(static_cast<std::size_t>(height));
+    for (int line = 0; line < height && top + static_cast<std::size_t>(line) < view_.rows().size(); ++line) {
+        drawRow(kHeadLines + line, layout, view_.rows()[top + static_cast<std::size_t>(line)]);
+    }
+    drawFoot();
+    refresh();
+}
+
+void WatchScreen::drawHead(const Layout& layout) {
+    const std::string shown = std::to_string(view_.rows().size()) + " of " + std::to_string(view_.total());
+    const std::string right = (view_.frozen() ? "frozen  " : "") + shown;
+    const std::string left = serviceText(states_.service(), view_.time());
+    attrset(A_REVERSE | (states_.service().up ? A_NORMAL : terminal_->color(kRed)));
+    mvaddstr(0, 0, (fitted(left, COLS - static_cast<int>(right.size()) - 1) + " " + right).c_str());
+    attrset(A_DIM);
+    mvaddstr(1, 0,
+             ("  " + fitted("PROPERTY", layout.name) + fitted("VALUE", layout.value) + fitted("STATUS", layout.status) +
+              alignedRight("RATE", layout.rate) + alignedRight("AGE", layout.age))
+                 .c_str());
+}
+
+void WatchScreen::drawRow(int line, const Layout& layout, const PropertyState& state) {
+    const bool known = state.value || state.timedOut;
+    const attr_t plain = state.stale      ? terminal_->color(kYellow) | A_DIM
+                         : state.timedOut ? terminal_->color(kRed)
+                         : known          ? A_NORMAL
+                                          : A_DIM;
+    const bool changed = state.changedAt != 0 && view_.time() - state.changedAt < kHighlight;
+    attrset(plain);
+    mvaddstr(line, 0, state.stale ? "~ " : state.timedOut ? "! " : "  ");
+    addstr((fittedName(state.info->name, layout.name - 1) + " ").c_str());
+    attrset(changed ? plain | A_STANDOUT : plain);
+    const std::string value = valueText(state);
+    const auto room = std::min(static_cast<int>(value.size()), layout.value - 1);
+    addstr(fitted(value, room).c_str());
+    attrset(plain);
+    addstr(std::string(static_cast<std::size_t>(layout.value - room), ' ').c_str());
+    addstr(fitted(known ? statusText(state) : "-", layout.status).c_str());
+    addstr(alignedRight(rateText(state.arrivals.rate(view_.time())), layout.rate).c_str());
+    addstr(alignedRight(ageText(state, view_.time()), layout.age).c_str());
+}
+
+void WatchScreen::drawFoot() {
+    attrset(editing_ ? A_NORMAL : A_DIM);
+    std::string text = std::string("q quit  / filter  s sort: ") + sortText(view_.sort()) + "  f freeze  arrows scroll";
+    if (editing_) {
+        text = "filter: " + view_.filter() + "_   (Enter keeps it, Escape drops it)";
+    } else if (!view_.filter().empty()) {
+        text = "filter: " + view_.filter() + "   Escape drops it  " + text;
+    }
+    // The last column of the last line would scroll the terminal.
+    mvaddstr(LINES - 1, 0, text.substr(0, static_cast<std::size_t>(std::max(COLS - 1, 0))).c_str());
+}
+
+}  // namespace qvn::tools

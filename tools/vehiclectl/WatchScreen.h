@@ -1,0 +1,54 @@
+#pragma once
+
+#include <array>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "desk/FileDescriptor.h"
+#include "vehiclectl/PropertyState.h"
+#include "vehiclectl/WatchView.h"
+
+namespace qvn::tools {
+
+/// A table of properties on the whole terminal, with keys. At its end the terminal is as before, with the last picture
+/// below what stood there. Made before threads are started: it takes the terminal's signals away from them.
+class WatchScreen {
+public:
+    /// Whether standard output is a terminal on which it can draw.
+    static bool possible();
+
+    WatchScreen(const PropertyStates& states, std::vector<const PropertyInfo*> properties);
+    ~WatchScreen();
+    WatchScreen(const WatchScreen&) = delete;
+    WatchScreen& operator=(const WatchScreen&) = delete;
+
+    /// Readable when a key was pressed, or the terminal's size changed, or the user pressed Ctrl-Z; then call
+    /// handleInput(). A descriptor is -1 when there is no keyboard.
+    std::array<int, 2> fds() const;
+    void handleInput();
+    /// Whether the user asked for the end.
+    bool ended() const { return ended_; }
+
+    /// Draws, unless the terminal takes nothing at the moment (Ctrl-S).
+    void draw();
+
+private:
+    struct Terminal;
+    struct Layout;
+
+    void handleSignals();
+    void handleKey(int key);
+    void editFilter(int key);
+    void drawHead(const Layout& layout);
+    void drawRow(int line, const Layout& layout, const PropertyState& state);
+    void drawFoot();
+
+    const PropertyStates& states_;
+    WatchView view_;
+    std::unique_ptr<Terminal> terminal_;
+    bool editing_ = false;  // the filter
+    bool ended_ = false;
+};
+
+}  // namespace qvn::tools
