@@ -313,6 +313,8 @@ TEST_F(FdbusTest, SendInvokeReplyAndStatus) {
     Text plain("plain");
     EXPECT_TRUE(client.send(5, plain));
     EXPECT_TRUE(client.send(5, "raw", 3));
+    EXPECT_TRUE(client.send(5, "", 0));
+    EXPECT_FALSE(client.send(5, "raw", -1));
     const struct {
         const char* request;
         int timeout;
@@ -327,7 +329,7 @@ TEST_F(FdbusTest, SendInvokeReplyAndStatus) {
         EXPECT_TRUE(client.invoke(6, request, c.timeout));
         EXPECT_EQ(Texts{c.outcome}, client.replies.atLeast(1));
     }
-    EXPECT_EQ((Texts{"plain", "raw", "ask", "refuse", "silent", "ask"}), server.received.atLeast(6));
+    EXPECT_EQ((Texts{"plain", "raw", "", "ask", "refuse", "silent", "ask"}), server.received.atLeast(7));
 }
 
 TEST_F(FdbusTest, AClientAnswersARequestWhenItHasHandledWhatCameBefore) {
@@ -364,7 +366,7 @@ TEST_F(FdbusTest, NamesAndFoldersThatCannotBeUsed) {
         EXPECT_NE(log.find(text), std::string::npos) << log;
     };
     Server server(&serverWorker);
-    for (const char* const url : {"tcp://elsewhere", "svc://", "svc://../up"}) {
+    for (const char* const url : {"tcp://elsewhere", "svc://", "svc://../up", "svc://.hidden"}) {
         complains([&] { server.bind(url); }, "fdbus: '" + std::string(url) + "' is no service address");
     }
     EXPECT_EQ("", logOf([&] { server.bind(kUrl); }));

@@ -83,6 +83,7 @@ TEST(Lgklog, PrintsUpToTheLimit) {
 
 TEST(Lgklog, PrintsOneLineAMessageAndReturnsItsLength) {
     const std::string longText(5000, 'x');
+    const std::string buffer(512, 'b');  // its last character is one more than the buffer for short texts takes
     const Lines lines = stderrOf("1", nullptr, [&] {
         EXPECT_EQ(lgklog_print(1, "[%s][%d]with newline %d\n", "dispatch", 92, 7), 29);
         EXPECT_EQ(lgklog_print(2, "%d\n", 123), 0) << "its level is off";
@@ -90,10 +91,11 @@ TEST(Lgklog, PrintsOneLineAMessageAndReturnsItsLength) {
         lgklog_print(1, "two\nlines\r\n");
         lgklog_print(1, "100%% {} {0} %s", "%s");
         EXPECT_EQ(lgklog_print(1, "%s", longText.c_str()), 5000);
+        EXPECT_EQ(lgklog_print(1, "%s", buffer.c_str()), 512);
         lgklog_print(-3, "more severe than 0");
     });
     EXPECT_EQ(messagesOf(lines), (Lines{"E [dispatch][92]with newline 7", "E without newline", "E two lines",
-                                        "E 100% {} {0} %s", "E " + longText, "C more severe than 0"}));
+                                        "E 100% {} {0} %s", "E " + longText, "E " + buffer, "C more severe than 0"}));
 }
 
 TEST(Lgklog, AppendsToTheFileOrGoesOnWithStderr) {
