@@ -1,4 +1,8 @@
 #include <algorithm>
+#include <fstream>
+#include <iterator>
+#include <regex>
+#include <set>
 
 #include "e2e/Desk.h"
 #include "e2e/WatchOutput.h"
@@ -17,6 +21,15 @@ TEST_F(BadInput, IsToldInOneLine) {
         int exitCode;
         std::string error;
     } cases[] = {
+        {"vehiclectl wach", 2, "unknown command 'wach'; did you mean watch?"},
+        {"vehiclectl get --jsno", 2, "unknown option '--jsno'; did you mean --json?"},
+        {"vehiclectl doctor now", 2, "'now' is not expected here; see 'vehiclectl doctor --help'"},
+        {"vehiclectl watch --duration", 2, "--duration needs a value; see 'vehiclectl watch --help'"},
+        {"vehiclectl watch 'HAP_FD33*'", 2,
+         "no property that the vehicle reports matches 'HAP_FD33*'; 'vehiclectl list' shows them all"},
+        {"can-service-sim a.trace", 2, "'a.trace' is not expected here; a trace is played by --play a.trace"},
+        {"can-service-sim --speed 0x10", 2,
+         "--speed: '0x10' is no decimal number; expected a number from 0.001 to 1000; see 'can-service-sim --help'"},
         {"vehiclectl get VehSpd", 2, "unknown property 'VehSpd'; did you mean ESP_FD2_VehSpd or ESP_FD2_VehSpdVld?"},
         {"vehiclectl watch 0x12345678", 2,
          "no property has the identifier 0x12345678; 'vehiclectl list' shows them all"},
@@ -43,6 +56,43 @@ TEST_F(BadInput, IsToldInOneLine) {
         EXPECT_EQ(result.exitCode, exitCode) << command;
         EXPECT_EQ(result.errors, command.substr(0, command.find(' ')) + ": " + error + "\n");
         EXPECT_EQ(result.output, "") << "a trace is checked as a whole before it plays";
+    }
+}
+
+std::set<std::string> optionsIn(std::string text) {
+    text = std::regex_replace(text, std::regex(R"(\\-)"), "-");
+    const std::regex option("--[a-z][a-z-]+");
+    return {std::sregex_token_iterator(text.begin(), text.end(), option), {}};
+}
+
+TEST_F(BadInput, HelpManualPageAndCompletionNameTheSameOptions) {
+    for (const std::string tool : {"can-service-sim", "vehiclectl"}) {
+        std::string help = desk.run(tool + " --help").output;
+        if (tool == "vehiclectl") {
+            for (const char* const command : {"list", "info", "get", "watch", "hz", "set", "status", "doctor"}) {
+                help += desk.run(tool + " " + command + " --help").output;
+            }
+        }
+        std::ifstream page(QVN_MAN_DIR "/" + tool + ".1");
+        const std::string manual{std::istreambuf_iterator<char>(page), {}};
+        EXPECT_EQ(optionsIn(manual), optionsIn(help)) << tool;
+    }
+    const std::pair<const char*, const char*> cases[] = {{"vehiclectl wat", "watch"},
+                                                         {"vehiclectl --signals x wat", "watch"},
+                                                         {"vehiclectl watch --exit", "--exit-on-loss"},
+                                                         {"vehiclectl get ESP_FD2_VehSpdV", "ESP_FD2_VehSpdVld"},
+                                                         {"vehiclectl get HUT6_CarMdlD", ""},
+                                                         {"vehiclectl set HUT6_CarMdlD", "HUT6_CarMdlDispCmd"},
+                                                         {"can-service-sim --exit", "--exit-at-end"}};
+    for (const auto& [line, completed] : cases) {
+        const std::string words(line);
+        const std::string tool = words.substr(0, words.find(' '));
+        const std::string function = tool == "vehiclectl" ? "_vehiclectl" : "_can_service_sim";
+        EXPECT_EQ(desk.run("bash -c '. " QVN_COMPLETION_DIR "/" + tool + "; COMP_WORDS=(" + words +
+                           "); COMP_CWORD=$((${#COMP_WORDS[@]} - 1)); " + function + " " + tool + "; echo $COMPREPLY'")
+                      .output,
+                  std::string(completed) + "\n")
+            << line;
     }
 }
 

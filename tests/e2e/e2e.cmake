@@ -6,5 +6,7 @@ qvn_add_test(NAME e2e_test
     LABELS e2e)
 target_compile_definitions(e2e_test PRIVATE
     QVN_BIN_DIR="$<TARGET_FILE_DIR:vehiclectl>"
+    QVN_COMPLETION_DIR="${PROJECT_SOURCE_DIR}/tools/completion"
+    QVN_MAN_DIR="${PROJECT_SOURCE_DIR}/docs/man"
     QVN_PARKING_TRACE="${PROJECT_SOURCE_DIR}/share/traces/parking.trace")
 add_dependencies(e2e_test can-service-sim ending_application vehiclectl)

@@ -16,6 +16,7 @@
 #include "desk/PhysicalValue.h"
 #include "desk/SignalNames.h"
 #include "desk/SignalNotes.h"
+#include "desk/Text.h"
 #include "desk/Tool.h"
 #include "ipc_common_soc/ServiceName.h"
 #include "tables/MessageCatalogue.h"
@@ -43,7 +44,6 @@ struct CommandLine {
 void declare(CLI::App& app, CommandLine& line) {
     app.add_option("--play", line.trace, "Trace file to play")->type_name("FILE");
     app.add_option("input", line.input, "'-' reads trace lines from standard input; so does a call without --play")
-        ->check(CLI::IsMember({"-"}).description(""))
         ->type_name("");
     app.add_option("--speed", line.speed, "Play that many times faster, 0.001 to 1000")
         ->check(numberFrom(0.001, 1000.0))
@@ -60,6 +60,12 @@ void declare(CLI::App& app, CommandLine& line) {
     auto* const quiet = app.add_flag("-q,--quiet", line.quiet, "Report errors only");
     app.add_flag("-v,--verbose", line.verbose, "Report every value and subscription, too")->excludes(quiet);
     app.add_flag("--list", line.list, "Show the signals and messages that a trace can name");
+}
+
+void check(const CommandLine& line) {
+    if (!line.input.empty() && line.input != "-") {
+        throw BadInput(tools::quoted(line.input) + " is not expected here; a trace is played by --play " + line.input);
+    }
 }
 
 std::ifstream openFile(const std::string& name) {
@@ -193,6 +199,7 @@ int run(int argc, char** argv, const StopSignals& stop, Output& output) {
     if (const auto ended = readCommandLine(app, argc, argv, output)) {
         return *ended;
     }
+    check(line);
     for (const std::string& file : line.notes) {
         SignalNotes::instance().addFile(file);
     }
