@@ -7,7 +7,9 @@
 
 #include "common.base.canservice.pb.h"
 #include "support/ExpectedTables.h"
+#include "support/Fingerprint.h"
 #include "support/LogRecorder.h"
+#include "tables/DecodingRules.h"
 #include "tables/SignalTable.h"
 
 namespace {
@@ -130,6 +132,25 @@ TEST_F(AdapterTableTest, SignalsWithoutAShippedRowAreDecodedByATableThatMapsThem
     table[0].codeId = QVN_GET_T_Box_FD1_T_Box_AudioMuteReq;
     EXPECT_TRUE(adapt(QVN_GET_T_Box_FD1_T_Box_AudioMuteReq, bytes({1}), table.data()));
     EXPECT_EQ(property.propValue.value.int32Values, std::vector<int>{1});
+}
+
+// One number stands for all results, so that processors whose conversions differ can be compared.
+TEST_F(T21CanSignalAdapterTest, EveryRawValueHasTheSameResultOnEveryProcessor) {
+    Fingerprint fingerprint;
+    for (const qvn::tables::DecodingRow& row : qvn::tables::kDecodingRules) {
+        const int largest = row.bytes == 1 ? 0xFF : 0xFFFF;
+        for (int value = 0; value <= largest; ++value) {
+            adapt(static_cast<int>(row.code), row.bytes == 1 ? bytes({value}) : bytes({value >> 8, value & 0xFF}));
+            for (const int integer : property.propValue.value.int32Values) {
+                fingerprint.add(integer);
+            }
+            for (const float number : property.propValue.value.floatValues) {
+                fingerprint.add(number);
+            }
+        }
+        log_recorder::reset();
+    }
+    EXPECT_EQ(fingerprint.value(), 6193338869039517792u);
 }
 
 }  // namespace

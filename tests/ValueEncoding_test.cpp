@@ -3,7 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstring>
 #include <limits>
+
+#include "support/Fingerprint.h"
 
 namespace {
 
@@ -49,6 +52,20 @@ TEST(ValueEncoding, FloatsAreCutTowardZeroAndSaturate) {
     for (const auto& [value, offset, expected] : cases) {
         EXPECT_EQ(quantity(value, offset), expected) << value << " + " << offset;
     }
+}
+
+TEST(ValueEncoding, FloatsOfAllKindsHaveTheSameResultOnEveryProcessor) {
+    qvn::test::Fingerprint fingerprint;
+    constexpr std::uint64_t kStep = 65521;  // through the bit patterns of all floats, infinities and NaNs among them
+    for (std::uint64_t pattern = 0; pattern <= 0xFFFFFFFF; pattern += kStep) {
+        const auto bits = static_cast<std::uint32_t>(pattern);
+        float value = 0.0f;
+        std::memcpy(&value, &bits, sizeof value);
+        for (const int offset : {0, 45, 75, 90, 500}) {
+            fingerprint.add(quantity(value, offset));
+        }
+    }
+    EXPECT_EQ(fingerprint.value(), 13560686064874049823u);
 }
 
 }  // namespace

@@ -4,8 +4,18 @@ qvn_add_test(NAME e2e_test
             e2e/Security_test.cpp e2e/Simulator_test.cpp e2e/Vehiclectl_test.cpp
     LIBS nlohmann_json::nlohmann_json
     LABELS e2e)
+set(bin_dir "$<TARGET_FILE_DIR:vehiclectl>")
+if(CMAKE_CROSSCOMPILING)
+    # The tests start programs by their names: each name is a script there that runs the emulator.
+    set(bin_dir "${CMAKE_CURRENT_BINARY_DIR}/emulated")
+    foreach(program IN ITEMS can-service-sim ending_application vehiclectl)
+        file(GENERATE OUTPUT "${bin_dir}/${program}"
+            CONTENT "#!/bin/sh\nexec ${CMAKE_CROSSCOMPILING_EMULATOR} '$<TARGET_FILE:${program}>' \"$@\"\n"
+            FILE_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE)
+    endforeach()
+endif()
 target_compile_definitions(e2e_test PRIVATE
-    QVN_BIN_DIR="$<TARGET_FILE_DIR:vehiclectl>"
+    QVN_BIN_DIR="${bin_dir}"
     QVN_COMPLETION_DIR="${PROJECT_SOURCE_DIR}/tools/completion"
     QVN_MAN_DIR="${PROJECT_SOURCE_DIR}/docs/man"
     QVN_PARKING_TRACE="${PROJECT_SOURCE_DIR}/share/traces/parking.trace")
