@@ -7,8 +7,8 @@
 
 namespace qvn::tools {
 
-/// Reads the command line, of which --version is a part in every tool. The exit code when the tool ends with that, since
-/// its help or version was asked for.
+/// Reads the command line, of which --version is a part in every tool. The exit code when the tool ends with that,
+/// since its help or version was asked for.
 /// @throws BadInput for a wrong usage, with the closest option or command that there is
 std::optional<int> readCommandLine(CLI::App& app, int argc, char** argv, Output& output);
 

@@ -1,8 +1,11 @@
-// Prints include/vehicle/PropertyIds.h from the tables.
+// Prints what is made from the tables: include/vehicle/PropertyIds.h, and with --markdown docs/properties.md.
 
 #include <cstdio>
+#include <cstring>
+#include <map>
 #include <set>
 #include <string>
+#include <vector>
 
 #include "common.base.canservice.pb.h"
 #include "tables/DecodingRules.h"
@@ -50,6 +53,15 @@ QVN_VEHICLE_API const char* propertyName(int id);
 #endif  // VEHICLE_PROPERTY_IDS_H
 )";
 
+constexpr char kMarkdownHead[] = R"(# Properties
+
+Made from the tables by `scripts/generate`; do not edit. The names are those of `<vehicle/PropertyIds.h>`.
+
+Raw bytes are unsigned and big-endian. *integer* means one entry in `int32Values`, *float* one in `floatValues`, *switch* the
+state and a direction code in `int32Values`. A factor is what one step of the raw number is worth; an integer loses its
+fraction. Of what can be set, the bytes are value + offset.
+)";
+
 std::string nameOf(std::uint32_t code) {
     return can_service::CodeIdEnum_Name(static_cast<can_service::CodeIdEnum>(code)).substr(sizeof("QVN_GET_") - 1);
 }
@@ -79,23 +91,85 @@ std::string remark(const VehilceClientInfo& row) {
     return message.empty() ? text : text + ", " + message;
 }
 
-void print(const char* heading, bool settable) {
-    std::printf("\n// %s\n", heading);
+/// The rows of the signal table that are received or can be set, each signal once.
+std::vector<VehilceClientInfo> rowsOf(bool settable) {
+    std::vector<VehilceClientInfo> rows;
     std::set<std::uint32_t> seen;
     for (std::size_t i = 0; i < qvn::tables::kSignalTableRows; ++i) {
         const VehilceClientInfo& row = hap_signal_table[i];
         if ((qvn::tables::findSetSignal(row.codeId) != nullptr) == settable && seen.insert(row.codeId).second) {
-            std::printf("constexpr int %-40s = 0x%08X;  // %s\n", nameOf(row.codeId).c_str(), row.property,
-                        remark(row).c_str());
+            rows.push_back(row);
+        }
+    }
+    return rows;
+}
+
+void printConstants(const char* heading, bool settable) {
+    std::printf("\n// %s\n", heading);
+    for (const VehilceClientInfo& row : rowsOf(settable)) {
+        std::printf("constexpr int %-40s = 0x%08X;  // %s\n", nameOf(row.codeId).c_str(), row.property,
+                    remark(row).c_str());
+    }
+}
+
+/// The message that a set signal belongs to: the longest message's name with which its own begins.
+std::string setIn(std::uint32_t code) {
+    const std::string name = can_service::CodeIdEnum_Name(static_cast<can_service::CodeIdEnum>(code));
+    for (std::size_t end = name.rfind('_'); end > std::strlen("QVN_SET"); end = name.rfind('_', end - 1)) {
+        can_service::CodeIdEnum message;
+        if (can_service::CodeIdEnum_Parse(name.substr(0, end), &message)) {
+            return name.substr(std::strlen("QVN_SET_"), end - std::strlen("QVN_SET_"));
+        }
+    }
+    return "";
+}
+
+std::string bytesText(std::uint32_t bytes) {
+    return std::to_string(bytes) + (bytes == 1 ? " byte" : " bytes");
+}
+
+std::string ruleText(std::uint32_t code) {
+    if (const qvn::tables::SetRow* const row = qvn::tables::findSetSignal(code)) {
+        return bytesText(row->bytes) + (row->offset == 0 ? "" : ", offset " + std::to_string(row->offset));
+    }
+    const qvn::tables::DecodingRow& row = *qvn::tables::findDecodingRule(code);
+    using qvn::tables::ValueKind;
+    std::string text = row.kind == ValueKind::Integer ? "integer" : row.kind == ValueKind::Float ? "float" : "switch";
+    text += ", " + bytesText(row.bytes);
+    if (row.factor != 1.0) {
+        char factor[32];
+        std::snprintf(factor, sizeof factor, " × %g ", row.factor);
+        text += factor + std::string(row.unit);
+    }
+    return row.kind == ValueKind::Switch ? text + ", direction " + std::to_string(row.direction) : text;
+}
+
+void printSections(const char* heading, bool settable) {
+    std::map<std::string, std::vector<VehilceClientInfo>> messages;
+    for (const VehilceClientInfo& row : rowsOf(settable)) {
+        messages[settable ? setIn(row.codeId) : receivedIn(row.codeId)].push_back(row);
+    }
+    std::printf("\n## %s\n", heading);
+    for (const auto& [message, rows] : messages) {
+        std::printf("\n### %s\n\n| signal | property | raw bytes |\n| --- | --- | --- |\n", message.c_str());
+        for (const VehilceClientInfo& row : rows) {
+            std::printf("| `%s` | `0x%08X` | %s |\n", nameOf(row.codeId).c_str(), row.property,
+                        ruleText(row.codeId).c_str());
         }
     }
 }
 
 }  // namespace
 
-int main() {
+int main(int argc, char** argv) {
+    if (argc == 2 && std::strcmp(argv[1], "--markdown") == 0) {
+        std::fputs(kMarkdownHead, stdout);
+        printSections("What the vehicle reports, by message", false);
+        printSections("What can be set, by message", true);
+        return 0;
+    }
     std::fputs(kHead, stdout);
-    print("What the vehicle reports.", false);
-    print("What can be set.", true);
+    printConstants("What the vehicle reports.", false);
+    printConstants("What can be set.", true);
     std::fputs(kTail, stdout);
 }

@@ -19,6 +19,7 @@ class EventLoop;
 /// All members may be called from any thread. Clients and servers may outlive their worker; they then get no callbacks.
 class FDB_API CBaseWorker : public CBaseThread {
 public:
+    /// @param thread_name names the thread to the system, which shows its first 15 characters
     /// @param normal_queue_size most jobs that may wait; 0 is unlimited
     /// @param urgent_queue_size accepted for the interface; there is one queue
     explicit CBaseWorker(const char* thread_name = "", uint32_t normal_queue_size = 0, uint32_t urgent_queue_size = 0);
