@@ -4,6 +4,8 @@
 
 #include <sstream>
 
+#include "can-service-sim/TraceCut.h"
+#include "desk/Number.h"
 #include "support/ErrorOf.h"
 
 namespace qvn::tools {
@@ -107,6 +109,27 @@ TEST(TraceReader, SurvivesWhatIsNoTextAtAll) {
     EXPECT_EQ(errorIn(noise).substr(0, 11), "a.trace:1: ");
     EXPECT_LT(errorIn("(1) " + std::string(100000, 'x') + "=1").size(), 200U) << "a long word is shortened";
     EXPECT_TRUE(read("").empty());
+}
+
+std::string partOf(const std::string& text, const TraceCut& cut) {
+    std::string part;
+    for (const TraceEvent& event : cutTrace(read(text), cut)) {
+        const auto* const signal = std::get_if<SignalEvent>(&event.action);
+        part += formatNumber(*event.time) + ":" + (signal ? std::to_string(signal->raw[0]) : "-");
+        part += signal && signal->cycle ? "* " : " ";
+    }
+    return part;
+}
+
+TEST(TraceCut, PlaysAPartOrStartsInTheStateOfThen) {
+    const std::string trace =
+        "(0) BCM1_DrvDoorSts=1\n(0) BCM1_TrunkSts=2 every 0.1\n(1) BCM1_DrvDoorSts=3\n(1) EPB1_EPBSts=4 every 0.1 for "
+        "1\n"
+        "(2) BCM1!timeout\n(3) BCM1_DrvDoorSts=5\n(3) BCM1_TrunkSts!stop\n(4) BCM1_DrvDoorSts=6\n";
+    EXPECT_EQ(partOf(trace, {{}, 1.0, 3.0}), "0:3 0:4* 1:- 2:5 2:- ");
+    EXPECT_EQ(partOf(trace, {1.5, {}, 2.0}), "0:2* 0:3 0:4* 0.5:- ");
+    EXPECT_EQ(partOf(trace, {3.5, {}, {}}), "0:2 0:4 0:- 0:5 0.5:6 ") << "cycles that ended leave their values";
+    EXPECT_EQ(partOf(trace, {{}, 5.0, {}}), "");
 }
 
 }  // namespace

@@ -180,6 +180,39 @@ TEST_F(Vehiclectl, ExaminesTheService) {
     EXPECT_NE(desk.run("vehiclectl info ESP_FD2_VehSpd").output.find("range        0 to 3686.344"), std::string::npos);
 }
 
+TEST_F(Vehiclectl, RecordsATraceThatTheSimulatorPlays) {
+    const auto record = desk.start("vehiclectl record - BCM1_DrvDoorSts 'CSA3_Seek*'");
+    auto simulator = desk.simulator("--no-initial");
+    const std::string events =
+        "BCM1_DrvDoorSts#01\nCSA3_SeekUpSwtSts#0203\nBCM1_DrvDoorSts#01\nCSA3!timeout\nreverse=1\n";
+    ASSERT_TRUE(record->waitForOutput("service=up"));
+    std::istringstream lines(events);
+    for (std::string line; std::getline(lines, line);) {
+        simulator->write(line + "\n");
+        ASSERT_TRUE(record->waitForOutput(") " + line)) << line;
+    }
+    simulator->write("BCM1_TrunkSts=1\nCSA3!ok\nservice=down\n");
+    ASSERT_TRUE(record->waitForOutput("service=down"));
+    simulator.reset();
+    record->signal(SIGINT);
+    EXPECT_EQ(record->wait(), 0);
+    std::string recorded;
+    std::istringstream written(record->output());
+    for (std::string line; std::getline(written, line);) {
+        recorded += line[0] == '(' ? line.substr(line.find(") ") + 2) + "\n" : "";
+    }
+    EXPECT_EQ(recorded, "reverse=0\nservice=up\n" + events + "CSA3!ok\nservice=down\n");
+    EXPECT_NE(record->errors().find("9 events in "), std::string::npos) << record->errors();
+
+    const std::string trace = desk.file("recorded.trace", record->output());
+    const auto played = desk.run("can-service-sim --no-initial --exit-at-end -v --play " + trace);
+    EXPECT_EQ(played.exitCode, 0) << played.errors;
+    EXPECT_NE(played.output.find("CSA3_SeekUpSwtSts=2"), std::string::npos) << played.output;
+    EXPECT_NE(played.output.find("service down"), std::string::npos) << played.output;
+    EXPECT_EQ(desk.run("vehiclectl record " + trace).exitCode, 2) << "it would be lost";
+    EXPECT_EQ(desk.run("vehiclectl record /dev/full --force --duration 0.1").exitCode, 1);
+}
+
 TEST_F(Vehiclectl, OnATerminalWatchFillsTheScreenAndTakesKeys) {
     const auto simulator = desk.simulator();
     const auto watch = desk.start("script -qec 'stty rows 8 cols 90; TERM=xterm exec vehiclectl watch' /dev/null");

@@ -74,11 +74,22 @@ bool Player::start(std::vector<TraceEvent> trace) {
 }
 
 void Player::playTrace(Clock::time_point start) {
-    for (const TraceEvent& event : trace_) {
-        loop_.at(start + scaled(event.time.value_or(0.0)), [this, &event] { apply(event.action); });
-    }
+    traceStart_ = start;
+    nextOfTrace_ = 0;
     endOfScheduled_ = start + scaled(traceEnd(trace_));
-    if (options_.loop && !trace_.empty()) {
+    playNextOfTrace();
+}
+
+// One event of the trace waits in the loop at a time, by the trace's own clock: nothing adds up over hours.
+void Player::playNextOfTrace() {
+    if (nextOfTrace_ < trace_.size()) {
+        const TraceEvent& event = trace_[nextOfTrace_];
+        loop_.at(traceStart_ + scaled(event.time.value_or(0.0)), [this, &event] {
+            ++nextOfTrace_;
+            playNextOfTrace();
+            apply(event.action);
+        });
+    } else if (options_.loop && !trace_.empty()) {
         loop_.at(endOfScheduled_, [this, again = endOfScheduled_] { playTrace(again); });
     } else if (options_.exitAtEnd) {
         loop_.at(endOfScheduled_, [this] { loop_.end(); });

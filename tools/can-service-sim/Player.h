@@ -52,6 +52,7 @@ private:
     };
 
     void playTrace(Clock::time_point start);
+    void playNextOfTrace();
     void apply(const TraceAction& action);
     void put(const SignalEvent& event);
     void receive(std::uint32_t code, const std::string& raw, double period);
@@ -73,6 +74,8 @@ private:
     CanService service_;
     MessageSupervisor supervisor_;
     std::vector<TraceEvent> trace_;
+    std::size_t nextOfTrace_ = 0;
+    Clock::time_point traceStart_;
     std::map<std::uint32_t, RunningCycle> cycles_;
     Clock::time_point start_;
     Clock::time_point endOfScheduled_;

@@ -174,7 +174,9 @@ std::optional<TraceEvent> readTraceLine(std::string_view line) {
     return event;
 }
 
-std::vector<TraceEvent> readTrace(std::istream& input, const std::string& name) {
+std::vector<TraceEvent> readTrace(std::istream& input, const std::string& name,
+                                  const std::function<void(std::size_t)>& progress) {
+    constexpr std::size_t kEventsBetween = 50'000;
     std::vector<TraceEvent> events;
     readLines(input, name, [&](const std::string& line) {
         if (std::optional<TraceEvent> event = readTraceLine(line)) {
@@ -182,6 +184,9 @@ std::vector<TraceEvent> readTrace(std::istream& input, const std::string& name) 
                 throw BadInput(quoted(trimmed(line)) + " has no time; expected one in front, such as (0.500)");
             }
             events.push_back(std::move(*event));
+            if (progress && events.size() % kEventsBetween == 0) {
+                progress(events.size());
+            }
         }
     });
     std::stable_sort(events.begin(), events.end(), [](const auto& a, const auto& b) { return *a.time < *b.time; });

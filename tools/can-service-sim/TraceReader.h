@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <istream>
 #include <optional>
 #include <string>
@@ -56,8 +57,10 @@ struct TraceEvent {
 std::optional<TraceEvent> readTraceLine(std::string_view line);
 
 /// Reads a whole trace, in which every event has a time, and sorts it by time.
+/// @param progress is told now and then how many events there are so far
 /// @throws BadInput "NAME:LINE: ..." for the first line that is wrong
-std::vector<TraceEvent> readTrace(std::istream& input, const std::string& name);
+std::vector<TraceEvent> readTrace(std::istream& input, const std::string& name,
+                                  const std::function<void(std::size_t)>& progress = {});
 
 /// The time at which the last event of a trace is over, the duration of its cycle included; seconds.
 double traceEnd(const std::vector<TraceEvent>& events);

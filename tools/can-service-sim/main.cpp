@@ -1,12 +1,15 @@
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
+#include <cstdio>
 #include <fstream>
+#include <functional>
 #include <string>
 #include <vector>
 
 #include "can-service-sim/LineReader.h"
 #include "can-service-sim/Player.h"
+#include "can-service-sim/TraceCut.h"
 #include "desk/BadInput.h"
 #include "desk/CommandLine.h"
 #include "desk/DeskPlatform.h"
@@ -29,6 +32,7 @@ struct CommandLine {
     std::string input;
     std::string rules;
     std::string name = wire::kServiceName;
+    TraceCut cut;
     double speed = 1.0;
     std::vector<std::string> notes;
     bool loop = false;
@@ -48,6 +52,13 @@ void declare(CLI::App& app, CommandLine& line) {
     app.add_option("--speed", line.speed, "Play that many times faster, 0.001 to 1000")
         ->check(numberFrom(0.001, 1000.0))
         ->type_name("X");
+    const auto addTime = [&](const char* name, std::optional<double>& time, const char* text) {
+        return app.add_option(name, time, text)->check(numberFrom(0.0, 1e6))->type_name("S")->needs("--play");
+    };
+    auto* const from =
+        addTime("--from", line.cut.from, "Play the trace from S seconds on, as if nothing had been before");
+    addTime("--to", line.cut.to, "Play the trace up to S seconds");
+    addTime("--start-at", line.cut.startAt, "Start S seconds into the trace, in the state of then")->excludes(from);
     auto* const loop = app.add_flag("--loop", line.loop, "Play the trace again and again")->needs("--play");
     app.add_flag("--exit-at-end", line.exitAtEnd, "End with the trace instead of serving on")
         ->needs("--play")
@@ -76,12 +87,32 @@ std::ifstream openFile(const std::string& name) {
     return file;
 }
 
+/// Reads a trace, and tells a person who waits how far it is.
+std::vector<TraceEvent> readWithProgress(const std::string& name, bool quiet) {
+    std::ifstream file = openFile(name);
+    bool shown = false;
+    std::function<void(std::size_t)> progress;
+    if (!quiet && isatty(STDERR_FILENO) != 0) {
+        progress = [&](std::size_t events) {
+            std::fprintf(stderr, "\rreading %s: %zu events", name.c_str(), events);
+            shown = true;
+        };
+    }
+    std::vector<TraceEvent> trace = readTrace(file, name, progress);
+    std::fputs(shown ? "\r\033[K" : "", stderr);
+    return trace;
+}
+
 std::vector<TraceEvent> readTraceOf(const CommandLine& line) {
     if (line.trace.empty()) {
         return {};
     }
-    std::ifstream file = openFile(line.trace);
-    std::vector<TraceEvent> trace = readTrace(file, line.trace);
+    std::vector<TraceEvent> trace = readWithProgress(line.trace, line.quiet);
+    const bool empty = trace.empty();
+    trace = cutTrace(std::move(trace), line.cut);
+    if (trace.empty() && !empty) {
+        throw BadInput("nothing of " + line.trace + " is left to play; see --from, --to and --start-at");
+    }
     if (line.loop && traceEnd(trace) <= 0.0) {
         throw BadInput(line.trace + " is over at once; --loop needs a trace that takes time");
     }

@@ -53,6 +53,17 @@ struct SetOptions {
 
 int setCommand(const SetOptions& options, const StopSignals& stop);
 
+struct RecordOptions {
+    std::string file;                     ///< "-": standard output
+    std::vector<std::string> properties;  ///< names or patterns; none: all that are received
+    std::optional<double> duration;       ///< seconds
+    std::optional<long> count;            ///< events
+    bool force = false;                   ///< an existing file is replaced
+};
+
+/// Writes what comes over the bus as a trace for can-service-sim.
+int recordCommand(const RecordOptions& options, const StopSignals& stop, Output& output);
+
 struct MeasureOptions {
     std::vector<std::string> properties;  ///< none: all that are received; `status` has none
     double duration = 1.0;                ///< seconds to look

@@ -39,10 +39,17 @@ Clock::time_point inSeconds(double seconds) {
     return Clock::now() + std::chrono::ceil<Clock::duration>(std::chrono::duration<double>(seconds));
 }
 
-bool startFeed(const std::vector<int>& ids) {
+bool prepareService() {
     std::string error;
     if (!prepareDesk(wire::kServiceName, &error)) {
         printError(error);
+        return false;
+    }
+    return true;
+}
+
+bool startFeed(const std::vector<int>& ids) {
+    if (!prepareService()) {
         return false;
     }
     if (PropertyFeed::instance().subscribe(ids)) {

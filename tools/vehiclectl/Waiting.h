@@ -23,6 +23,9 @@ Awaited await(const PropertyFeed& feed, const StopSignals& stop, std::optional<C
 /// The point in time so many seconds from now.
 Clock::time_point inSeconds(double seconds);
 
+/// Whether a service can be reached here at all; tells the user why not.
+bool prepareService();
+
 /// Subscribes, and tells the user when the vehicle client could not start.
 bool startFeed(const std::vector<int>& ids);
 

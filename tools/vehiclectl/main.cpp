@@ -35,6 +35,7 @@ struct CommandLine {
     GetOptions get;
     WatchOptions watch;
     SetOptions set;
+    RecordOptions record;
     MeasureOptions hz;
     MeasureOptions status;
     std::vector<std::string> notes;
@@ -46,6 +47,15 @@ void addTimeout(CLI::App& command, double& timeout) {
         ->check(numberFrom(0.0, 86400.0))
         ->capture_default_str()
         ->type_name("S");
+}
+
+void addEnds(CLI::App& command, std::optional<double>& duration, std::optional<long>& count, const char* countText) {
+    command.add_option("--duration", duration, "Seconds after which to end")
+        ->check(numberFrom(0.0, 1e6))
+        ->type_name("S");
+    command.add_option("--count", count, countText)
+        ->check(CLI::Range(1L, 1'000'000'000L).description(""))
+        ->type_name("N");
 }
 
 void addMeasuring(CLI::App& command, MeasureOptions& options) {
@@ -87,12 +97,7 @@ void declare(CLI::App& app, CommandLine& line) {
     auto* const watch = app.add_subcommand("watch", "Show properties as they change; all when none is named");
     watch->add_option("PROPERTY", line.watch.properties);
     watch->add_flag("--json", line.watch.json, "One JSON object a line");
-    watch->add_option("--duration", line.watch.duration, "Seconds after which to end")
-        ->check(numberFrom(0.0, 1e6))
-        ->type_name("S");
-    watch->add_option("--count", line.watch.count, "Changes after which to end")
-        ->check(CLI::Range(1L, 1'000'000'000L).description(""))
-        ->type_name("N");
+    addEnds(*watch, line.watch.duration, line.watch.count, "Changes after which to end");
     watch->add_flag("--exit-on-loss", line.watch.exitOnLoss, "End with exit code 3 when the CAN service goes");
     watch->callback([&] {
         line.command = [&](const StopSignals& stop, Output& output) { return watchCommand(line.watch, stop, output); };
@@ -105,6 +110,17 @@ void declare(CLI::App& app, CommandLine& line) {
         ->type_name("PROPERTY=VALUE");
     addTimeout(*set, line.set.timeout);
     set->callback([&] { line.command = [&](const StopSignals& stop, Output&) { return setCommand(line.set, stop); }; });
+
+    auto* const record = app.add_subcommand("record", "Write what comes over the bus as a trace for can-service-sim");
+    record->add_option("FILE", line.record.file, "'-' is standard output")->required()->type_name("");
+    record->add_option("PROPERTY", line.record.properties, "None: all that the vehicle reports");
+    addEnds(*record, line.record.duration, line.record.count, "Events after which to end");
+    record->add_flag("--force", line.record.force, "Replace an existing file");
+    record->callback([&] {
+        line.command = [&](const StopSignals& stop, Output& output) {
+            return recordCommand(line.record, stop, output);
+        };
+    });
 
     auto* const hz = app.add_subcommand("hz", "Measure how often properties come, and how evenly");
     hz->add_option("PROPERTY", line.hz.properties);

@@ -1,0 +1,68 @@
+#include "can-service-sim/TraceCut.h"
+
+#include <algorithm>
+#include <iterator>
+#include <set>
+#include <utility>
+
+namespace qvn::tools {
+namespace {
+
+using Events = std::vector<TraceEvent>;
+
+/// What an event is about: a later event about the same takes its place.
+std::pair<std::size_t, std::uint32_t> subjectOf(const TraceAction& action) {
+    if (const auto* const signal = std::get_if<SignalEvent>(&action)) {
+        return {0, signal->code};
+    }
+    if (const auto* const message = std::get_if<MessageEvent>(&action)) {
+        return {1, message->code};
+    }
+    return {2 + action.index(), 0};
+}
+
+bool isOver(const SignalEvent& signal, double begin, double now) {
+    return signal.cycle && signal.cycle->duration && begin + *signal.cycle->duration <= now;
+}
+
+/// The events that lead to the state at a time, all at once: the last one about each subject. A cycle that was stopped
+/// or has ended leaves its value.
+Events stateAt(Events::const_iterator begin, Events::const_iterator end, double now) {
+    std::set<std::pair<std::size_t, std::uint32_t>> known;
+    std::set<std::uint32_t> stopped;
+    Events state;
+    for (auto event = std::make_reverse_iterator(end); event != std::make_reverse_iterator(begin); ++event) {
+        if (const auto* const stop = std::get_if<StopEvent>(&event->action)) {
+            stopped.insert(stop->code);
+        } else if (known.insert(subjectOf(event->action)).second) {
+            TraceEvent kept{0.0, event->action};
+            auto* const signal = std::get_if<SignalEvent>(&kept.action);
+            if (signal && (stopped.count(signal->code) != 0 || isOver(*signal, *event->time, now))) {
+                signal->cycle.reset();
+            }
+            state.push_back(std::move(kept));
+        }
+    }
+    std::reverse(state.begin(), state.end());
+    return state;
+}
+
+}  // namespace
+
+std::vector<TraceEvent> cutTrace(std::vector<TraceEvent> trace, const TraceCut& cut) {
+    const double begin = cut.startAt.value_or(cut.from.value_or(0.0));
+    const auto isBefore = [](const TraceEvent& event, double time) { return *event.time < time; };
+    const auto first = std::lower_bound(trace.begin(), trace.end(), begin, isBefore);
+    const auto last = !cut.to ? trace.end()
+                              : std::upper_bound(first, trace.end(), *cut.to,
+                                                 [](double time, const auto& e) { return time < *e.time; });
+    Events part = cut.startAt ? stateAt(trace.begin(), first, begin) : Events();
+    part.reserve(part.size() + static_cast<std::size_t>(last - first));
+    for (auto event = first; event != last; ++event) {
+        event->time = *event->time - begin;
+        part.push_back(std::move(*event));
+    }
+    return part;
+}
+
+}  // namespace qvn::tools
