@@ -87,6 +87,7 @@ TEST(Lgklog, PrintsOneLineAMessageAndReturnsItsLength) {
     const Lines lines = stderrOf("1", nullptr, [&] {
         EXPECT_EQ(lgklog_print(1, "[%s][%d]with newline %d\n", "dispatch", 92, 7), 29);
         EXPECT_EQ(lgklog_print(2, "%d\n", 123), 0) << "its level is off";
+        EXPECT_EQ(lgklog_print(1, "%s", ""), 0);
         lgklog_print(1, "without newline");
         lgklog_print(1, "two\nlines\r\n");
         lgklog_print(1, "100%% {} {0} %s", "%s");
@@ -94,7 +95,7 @@ TEST(Lgklog, PrintsOneLineAMessageAndReturnsItsLength) {
         EXPECT_EQ(lgklog_print(1, "%s", buffer.c_str()), 512);
         lgklog_print(-3, "more severe than 0");
     });
-    EXPECT_EQ(messagesOf(lines), (Lines{"E [dispatch][92]with newline 7", "E without newline", "E two lines",
+    EXPECT_EQ(messagesOf(lines), (Lines{"E [dispatch][92]with newline 7", "E ", "E without newline", "E two lines",
                                         "E 100% {} {0} %s", "E " + longText, "E " + buffer, "C more severe than 0"}));
 }
 

@@ -40,6 +40,7 @@ protected:
 }  // namespace
 
 TEST_F(Psis, ReadsTheNamedFileElseThatOfTheRuntimeDirectoryElseItsOwnStore) {
+    useFile("");  // counts as no name
     ASSERT_EQ(psisInitClient(), 0);
     EXPECT_EQ(read(kNamespace, kOmniview), 3);
     EXPECT_EQ(read(kNamespace, kReverse), 0);

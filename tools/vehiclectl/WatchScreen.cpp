@@ -37,6 +37,10 @@ int terminalSignals() {
     return signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK);
 }
 
+void drawAs(attr_t attributes) {
+    attrset(static_cast<int>(attributes));
+}
+
 /// The text in exactly so many columns.
 std::string fitted(const std::string& text, int width) {
     std::string result = text;
@@ -256,9 +260,9 @@ void WatchScreen::drawHead(const Layout& layout) {
     const std::string shown = std::to_string(view_.rows().size()) + " of " + std::to_string(view_.total());
     const std::string right = (view_.frozen() ? "frozen  " : "") + shown;
     const std::string left = serviceText(states_.service(), view_.time());
-    attrset(A_REVERSE | (states_.service().up ? A_NORMAL : terminal_->color(kRed)));
+    drawAs(A_REVERSE | (states_.service().up ? attr_t{A_NORMAL} : terminal_->color(kRed)));
     mvaddstr(0, 0, (fitted(left, COLS - static_cast<int>(right.size()) - 1) + " " + right).c_str());
-    attrset(A_DIM);
+    drawAs(A_DIM);
     mvaddstr(1, 0,
              ("  " + fitted("PROPERTY", layout.name) + fitted("VALUE", layout.value) + fitted("STATUS", layout.status) +
               alignedRight("RATE", layout.rate) + alignedRight("AGE", layout.age))
@@ -269,17 +273,17 @@ void WatchScreen::drawRow(int line, const Layout& layout, const PropertyState& s
     const bool known = state.value || state.timedOut;
     const attr_t plain = state.stale      ? terminal_->color(kYellow) | A_DIM
                          : state.timedOut ? terminal_->color(kRed)
-                         : known          ? A_NORMAL
-                                          : A_DIM;
+                         : known          ? attr_t{A_NORMAL}
+                                          : attr_t{A_DIM};
     const bool changed = state.changedAt != 0 && view_.time() - state.changedAt < kHighlight;
-    attrset(plain);
+    drawAs(plain);
     mvaddstr(line, 0, state.stale ? "~ " : state.timedOut ? "! " : "  ");
     addstr((fittedName(state.info->name, layout.name - 1) + " ").c_str());
-    attrset(changed ? plain | A_STANDOUT : plain);
+    drawAs(changed ? plain | A_STANDOUT : plain);
     const std::string value = valueText(state);
     const auto room = std::min(static_cast<int>(value.size()), layout.value - 1);
     addstr(fitted(value, room).c_str());
-    attrset(plain);
+    drawAs(plain);
     addstr(std::string(static_cast<std::size_t>(layout.value - room), ' ').c_str());
     addstr(fitted(known ? statusText(state) : "-", layout.status).c_str());
     addstr(alignedRight(rateText(state.arrivals.rate(view_.time())), layout.rate).c_str());
@@ -287,7 +291,7 @@ void WatchScreen::drawRow(int line, const Layout& layout, const PropertyState& s
 }
 
 void WatchScreen::drawFoot() {
-    attrset(editing_ ? A_NORMAL : A_DIM);
+    drawAs(editing_ ? attr_t{A_NORMAL} : attr_t{A_DIM});
     std::string text = std::string("q quit  / filter  s sort: ") + sortText(view_.sort()) + "  f freeze  arrows scroll";
     if (editing_) {
         text = "filter: " + view_.filter() + "_   (Enter keeps it, Escape drops it)";
