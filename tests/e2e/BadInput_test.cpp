@@ -69,7 +69,8 @@ TEST_F(BadInput, HelpManualPageAndCompletionNameTheSameOptions) {
     for (const std::string tool : {"can-service-sim", "vehiclectl"}) {
         std::string help = desk.run(tool + " --help").output;
         if (tool == "vehiclectl") {
-            for (const char* const command : {"list", "info", "get", "watch", "hz", "set", "record", "status", "doctor"}) {
+            for (const char* const command :
+                 {"list", "info", "get", "watch", "hz", "set", "record", "status", "doctor"}) {
                 help += desk.run(tool + " " + command + " --help").output;
             }
         }
