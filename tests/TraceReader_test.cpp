@@ -6,6 +6,7 @@
 
 #include "can-service-sim/TraceCut.h"
 #include "desk/Number.h"
+#include "desk/PhysicalValue.h"
 #include "support/ErrorOf.h"
 
 namespace qvn::tools {
@@ -87,7 +88,9 @@ TEST(TraceReader, NamesThePositionAndTheWordThatIsWrong) {
         {"(1) BCM1_DrvDoorSts#0g", "'0g' " + bytes},
         {"(1) BCM1_DrvDorSts#00", "unknown received signal 'BCM1_DrvDorSts'; did you mean BCM1_DrvDoorSts?"},
         {"(1) HAP_FD33!ok", "unknown message 'HAP_FD33'; did you mean HAP_FD3, HAP_FD1 or HAP_FD2?"},
-        {"(1) HAP_FD3!late", "'late' is not known here; expected MESSAGE!timeout, MESSAGE!ok or SIGNAL!stop"},
+        {"(1) HAP_FD3!late",
+         "'late' is not known here; expected MESSAGE!timeout, !ok or !silence, SIGNAL!stop, !freeze or !thaw, or "
+         "either with !delay SECONDS"},
         {"(1) BCM1_DrvDoorSts=256", "value 256 does not fit; expected a whole number from 0 to 255"},
         {"(1) BCM1_DrvDoorSts=ajar", "'ajar' is no number; expected a physical value or one of: closed, open"},
         {"(1) 0x12345678=1", "signal 0x12345678 has no decoding rule; give its raw bytes as 0x12345678#00"},
@@ -111,6 +114,45 @@ TEST(TraceReader, SurvivesWhatIsNoTextAtAll) {
     EXPECT_TRUE(read("").empty());
 }
 
+/// The physical values of a generator, at its period, to its end or ten of them.
+std::string courseOf(const std::string& line) {
+    const std::optional<TraceEvent> event = readTraceLine(line);
+    const auto& generate = std::get<GenerateEvent>(event->action);
+    std::string values;
+    for (int tick = 0; tick < 10; ++tick) {
+        const double time = tick * generate.generator->period();
+        values += decodedText(*tables::findDecodingRule(generate.code), generate.generator->rawAt(time)) + " ";
+        if (generate.generator->isOver(time + 1e-9)) {
+            break;
+        }
+    }
+    return values;
+}
+
+TEST(Generator, GivesACourseOfValues) {
+    EXPECT_EQ(courseOf("ESP_FD2_VehSpd=ramp 0..9 for 1 every 0.25"), "0 2.25 4.5 6.75 9 ");
+    EXPECT_EQ(courseOf("DCT5_TGS_LEVER=ramp R..P for 0.2 every 0.1"), "2 1 0 ");
+    EXPECT_EQ(courseOf("CSA2_SteerWheelAng=sine 10..20 over 4 every 1 for 5"), "10 15 20 15 10 15 ");
+    EXPECT_EQ(courseOf("DCT5_TGS_LEVER=step P,R,7 every 0.1  each of them"), "0 2 7 0 2 7 0 2 7 0 ");
+    const std::string random = courseOf("HAP_FD1_APS_ProcBar=random 10..20 seed 4");
+    EXPECT_EQ(random, courseOf("HAP_FD1_APS_ProcBar=random 10..20 seed 4"));
+    EXPECT_NE(random, courseOf("HAP_FD1_APS_ProcBar=random 10..20"));
+    EXPECT_EQ(random.size(), 30U) << random << "all of two digits";
+    const std::pair<const char*, const char*> mistakes[] = {
+        {"ESP_FD2_VehSpd=ramp 0..9", "the line ends too early; expected 'for' and the ramp's duration in seconds"},
+        {"ESP_FD2_VehSpd=ramp 0..9 over 1", "'over' is not expected here; expected 'for' and the ramp's"},
+        {"ESP_FD2_VehSpd=sine 0 over 1", "'0' is no range; expected FROM..TO"},
+        {"DCT5_TGS_LEVER=step P,300", "value 300 does not fit; expected a whole number from 0 to 255"},
+        {"DCT5_TGS_LEVER=step P,N", "'N' is no number; expected a physical value or one of: P, R"},
+        {"EPB1!delay soon", "'soon' is no number; expected a delay in seconds"},
+        {"EPB1_EPBSts!silence", "unknown message 'EPB1_EPBSts'"},
+    };
+    for (const auto& [line, error] : mistakes) {
+        EXPECT_EQ(errorOf([&line = line] { readTraceLine(line); }).find(error), 0U)
+            << errorOf([&line = line] { readTraceLine(line); });
+    }
+}
+
 std::string partOf(const std::string& text, const TraceCut& cut) {
     std::string part;
     for (const TraceEvent& event : cutTrace(read(text), cut)) {
@@ -130,6 +172,9 @@ TEST(TraceCut, PlaysAPartOrStartsInTheStateOfThen) {
     EXPECT_EQ(partOf(trace, {1.5, {}, 2.0}), "0:2* 0:3 0:4* 0.5:- ");
     EXPECT_EQ(partOf(trace, {3.5, {}, {}}), "0:2 0:4 0:- 0:5 0.5:6 ") << "cycles that ended leave their values";
     EXPECT_EQ(partOf(trace, {{}, 5.0, {}}), "");
+    EXPECT_EQ(
+        partOf("(0) EPB1_EPBSts=step 1,2 every 0.1 for 1\n(0) EPB1!silence\n(2) BCM1_TrunkSts=3\n", {2.0, {}, {}}),
+        "0:1 0:- 0:3 ");
 }
 
 }  // namespace

@@ -120,6 +120,29 @@ TEST_F(Simulator, DecodesASetAndAnswersItByItsRule) {
     }
 }
 
+TEST_F(Simulator, BreaksWhatItIsToldTo) {
+    const auto simulator = desk.start("can-service-sim --json -v");
+    ASSERT_TRUE(simulator->waitForOutput(R"("event":"service","up":true})"));
+    const auto watch = desk.watch("EPB1_EPBSts PLG_1_PLG_Sts");
+    const auto tells = [&](const std::string& json) { return simulator->waitForOutput(json); };
+    simulator->write("EPB1_EPBSts=1 every 0.02\nPLG_1_PLG_Sts=2\n");
+    ASSERT_TRUE(waitForValue(*watch, "EPB1_EPBSts", 1));
+    simulator->write("EPB1!silence\n");
+    ASSERT_TRUE(tells(R"("event":"message","message":"EPB1","ok":false})")) << "by its supervision";
+    ASSERT_TRUE(waitForLine(*watch, shown("EPB1_EPBSts", "1", "timed out")));
+    simulator->write("EPB1!ok\nEPB1_EPBSts!freeze\nEPB1_EPBSts=5\nEPB1_EPBSts=6\nPLG_1!delay 0.1\n");
+    simulator->write("PLG_1_PLG_Sts=3\nPLG_1!delay 0\nPLG_1_PLG_Sts=4\n");
+    ASSERT_TRUE(waitForValue(*watch, "PLG_1_PLG_Sts", 4));
+    EXPECT_EQ(valuesOf(watch->output(), "PLG_1_PLG_Sts"), (std::vector<int>{0, 2, 3, 4})) << "late, but in order";
+    simulator->write("EPB1_EPBSts!thaw\n");
+    ASSERT_TRUE(waitForValue(*watch, "EPB1_EPBSts", 6));
+    EXPECT_EQ(valuesOf(watch->output(), "EPB1_EPBSts"), (std::vector<int>{0, 1, 1, 1, 6}));
+    EXPECT_TRUE(tells(R"("event":"fault","of":"PLG_1","fault":"is late by","seconds":0.1})"));
+    EXPECT_TRUE(tells(R"("event":"signal","signal":"EPB1_EPBSts","value":6,"raw":"06"})"));
+    simulator->write("HAP_FD1_APS_ProcBar=ramp 0..3 for 0.1 every 0.02\n");
+    EXPECT_TRUE(tells(R"("signal":"HAP_FD1_APS_ProcBar","value":3)"));
+}
+
 TEST_F(Simulator, ReverseBeforeTheServiceReachesAnApplication) {
     const std::string trace = desk.file("a.trace", "(0) service=down\n(0) reverse=0\n(0) BCM1_TrunkSts=1\n");
     const auto simulator = desk.simulator("- --play " + trace);

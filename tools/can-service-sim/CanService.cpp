@@ -100,6 +100,12 @@ void CanService::putSignal(std::uint32_t code, const std::string& raw) {
     }
 }
 
+std::optional<std::string> CanService::signal(std::uint32_t code) {
+    const sync::MutexLock lock(mutex_);
+    const auto found = values_.find(code);
+    return found == values_.end() ? std::nullopt : std::optional(found->second);
+}
+
 void CanService::putMessageStatus(std::uint32_t code, bool timedOut) {
     const sync::MutexLock lock(mutex_);
     const std::uint32_t status = timedOut ? wire::kMessageTimedOut : wire::kMessageOk;

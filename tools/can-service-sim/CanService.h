@@ -6,6 +6,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "sync/Mutex.h"
@@ -35,6 +36,8 @@ public:
 
     /// Keeps a signal's value and broadcasts it.
     void putSignal(std::uint32_t code, const std::string& raw);
+    /// The signal's present value, if it has one.
+    std::optional<std::string> signal(std::uint32_t code);
     /// Keeps a message's status and broadcasts it.
     void putMessageStatus(std::uint32_t code, bool timedOut);
 

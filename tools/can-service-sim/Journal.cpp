@@ -1,19 +1,158 @@
 #include "can-service-sim/Journal.h"
 
+#include <cmath>
 #include <cstdio>
+#include <cstdlib>
+#include <nlohmann/json.hpp>
+
+#include "desk/Number.h"
+#include "desk/PhysicalValue.h"
+#include "desk/SignalNames.h"
+#include "desk/SignalNotes.h"
 
 namespace qvn::tools {
+namespace {
+
+std::string hexBytes(const std::string& raw) {
+    std::string text;
+    for (const char c : raw) {
+        char byte[4];
+        std::snprintf(byte, sizeof byte, "%02X", static_cast<unsigned>(static_cast<unsigned char>(c)));
+        text += byte;
+    }
+    return text;
+}
+
+/// The physical value of a signal's bytes as text; empty when there is none.
+std::string physicalText(std::uint32_t code, const std::string& raw) {
+    const tables::DecodingRow* const row = tables::findDecodingRule(code);
+    return row && raw.size() >= row->bytes ? decodedText(*row, raw) : "";
+}
+
+std::string valueText(std::uint32_t code, const std::string& raw) {
+    const std::string value = physicalText(code, raw);
+    if (value.empty()) {
+        const bool known = tables::findDecodingRule(code) != nullptr;
+        return signalName(code) + (known ? "=(too short)" : "#" + hexBytes(raw));
+    }
+    const std::string name = valueName(code, std::strtod(value.c_str(), nullptr));
+    return signalName(code) + "=" + value + (name.empty() ? "" : " " + name);
+}
+
+void addValue(nlohmann::ordered_json& object, std::uint32_t code, const std::string& raw) {
+    const std::string value = physicalText(code, raw);
+    object["signal"] = signalName(code);
+    object["value"] = nlohmann::ordered_json::parse(value.empty() ? "null" : value);
+    object["raw"] = hexBytes(raw);
+    if (const std::string name = valueName(code, std::strtod(value.c_str(), nullptr));
+        !value.empty() && !name.empty()) {
+        object["label"] = name;
+    }
+}
+
+const char* faultText(FaultEvent::Kind kind) {
+    switch (kind) {
+        case FaultEvent::Kind::Silence:
+            return "falls silent";
+        case FaultEvent::Kind::Freeze:
+            return "freezes";
+        case FaultEvent::Kind::Thaw:
+            return "thaws";
+        case FaultEvent::Kind::Delay:
+            return "is late by";
+    }
+    return "";
+}
+
+}  // namespace
+
+void Journal::service(bool up) const {
+    tell(Detail::Normal, "service", up ? "service up" : "service down", [&](Json& object) { object["up"] = up; });
+}
+
+void Journal::message(std::uint32_t code, bool timedOut) const {
+    tell(Detail::Normal, "message", signalName(code) + (timedOut ? " timed out" : " ok"), [&](Json& object) {
+        object["message"] = signalName(code);
+        object["ok"] = !timedOut;
+    });
+}
+
+void Journal::reverse(bool engaged) const {
+    tell(Detail::Normal, "reverse", engaged ? "reverse engaged" : "reverse released",
+         [&](Json& object) { object["engaged"] = engaged; });
+}
+
+void Journal::fault(const FaultEvent& fault) const {
+    const bool delay = fault.kind == FaultEvent::Kind::Delay;
+    const std::string name = signalName(fault.code) + " " + faultText(fault.kind);
+    tell(Detail::Normal, "fault", name + (delay ? " " + formatNumber(fault.seconds) + " s" : ""), [&](Json& object) {
+        object["of"] = signalName(fault.code);
+        object["fault"] = faultText(fault.kind);
+        if (delay) {
+            object["seconds"] = fault.seconds;
+        }
+    });
+}
+
+void Journal::set(std::uint32_t code, std::int32_t value, const std::string& raw) const {
+    const std::string text = "set " + signalName(code) + "=" + std::to_string(value) + "  (" + hexBytes(raw) + ")";
+    tell(Detail::Normal, "set", text, [&](Json& object) {
+        object["signal"] = signalName(code);
+        object["value"] = value;
+        object["raw"] = hexBytes(raw);
+    });
+}
+
+void Journal::ignoredSet(std::uint32_t code, const std::string& raw, const std::string& reason) const {
+    const std::string text = "set " + signalName(code) + " (" + hexBytes(raw) + ") ignored: " + reason;
+    tell(Detail::Normal, "ignored set", text, [&](Json& object) {
+        object["signal"] = signalName(code);
+        object["raw"] = hexBytes(raw);
+        object["reason"] = reason;
+    });
+}
+
+void Journal::answer(std::uint32_t code, const std::string& raw) const {
+    tell(Detail::Normal, "answer", "answer " + valueText(code, raw),
+         [&](Json& object) { addValue(object, code, raw); });
+}
+
+void Journal::note(const std::string& text) const {
+    tell(Detail::Normal, "note", text, [&](Json& object) { object["text"] = text; });
+}
+
+void Journal::signal(std::uint32_t code, const std::string& raw) const {
+    if (detail_ == Detail::All) {  // a full trace has thousands a second
+        tell(Detail::All, "signal", valueText(code, raw), [&](Json& object) { addValue(object, code, raw); });
+    }
+}
+
+void Journal::stops(std::uint32_t code) const {
+    tell(Detail::All, "stop", signalName(code) + " stops", [&](Json& object) { object["signal"] = signalName(code); });
+}
+
+void Journal::subscribed(std::size_t codes) const {
+    tell(Detail::All, "subscribed", "a client subscribed " + std::to_string(codes) + " codes",
+         [&](Json& object) { object["codes"] = codes; });
+}
 
 void Journal::error(const std::string& text) {
     std::fprintf(stderr, "can-service-sim: %s\n", text.c_str());
 }
 
-void Journal::print(Detail least, const std::string& text) const {
+void Journal::tell(Detail least, const char* event, const std::string& text,
+                   const std::function<void(Json& object)>& fields) const {
     if (detail_ < least) {
         return;
     }
-    const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start_;
-    output_.print("%9.3f  %s\n", elapsed.count(), text.c_str());
+    const double elapsed = std::chrono::duration<double>(std::chrono::steady_clock::now() - start_).count();
+    if (form_ == Form::Text) {
+        output_.print("%9.3f  %s\n", elapsed, text.c_str());
+        return;
+    }
+    Json object = {{"t", std::round(elapsed * 1e6) / 1e6}, {"event", event}};
+    fields(object);
+    output_.write(object.dump() + "\n");
 }
 
 }  // namespace qvn::tools

@@ -1,13 +1,18 @@
 #pragma once
 
 #include <chrono>
+#include <cstdint>
+#include <functional>
+#include <nlohmann/json_fwd.hpp>
 #include <string>
 
+#include "can-service-sim/TraceReader.h"
 #include "desk/Output.h"
 
 namespace qvn::tools {
 
-/// What the simulator tells on standard output: one line an event, with the seconds since its start.
+/// What the simulator tells on standard output, with the seconds since its start: one line an event, for people or as
+/// JSON.
 class Journal {
 public:
     enum class Detail {
@@ -15,20 +20,38 @@ public:
         Normal,  ///< sets, message status, reverse line, service; what a person at the desk wants to see happen
         All      ///< also every signal value and subscription
     };
+    enum class Form { Text, Json };
 
-    Journal(Output& output, Detail detail) : output_(output), detail_(detail) {}
+    Journal(Output& output, Detail detail, Form form) : output_(output), detail_(detail), form_(form) {}
 
-    void note(const std::string& text) const { print(Detail::Normal, text); }
-    void detail(const std::string& text) const { print(Detail::All, text); }
+    void service(bool up) const;
+    void message(std::uint32_t code, bool timedOut) const;
+    void reverse(bool engaged) const;
+    void fault(const FaultEvent& fault) const;
+    void set(std::uint32_t code, std::int32_t value, const std::string& raw) const;
+    void ignoredSet(std::uint32_t code, const std::string& raw, const std::string& reason) const;
+    void answer(std::uint32_t code, const std::string& raw) const;
+    /// Anything else that a person should know.
+    void note(const std::string& text) const;
+
+    // In all detail only.
+    void signal(std::uint32_t code, const std::string& raw) const;
+    void stops(std::uint32_t code) const;
+    void subscribed(std::size_t codes) const;
 
     /// An error, on standard error, whatever the detail.
     static void error(const std::string& text);
 
 private:
-    void print(Detail least, const std::string& text) const;
+    using Json = nlohmann::ordered_json;
+
+    /// @param fields adds to the JSON object what the event is about
+    void tell(Detail least, const char* event, const std::string& text,
+              const std::function<void(Json& object)>& fields) const;
 
     Output& output_;
     Detail detail_;
+    Form form_;
     std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
 };
 

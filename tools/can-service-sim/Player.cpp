@@ -7,6 +7,7 @@
 
 #include "desk/BadInput.h"
 #include "desk/DeskPlatform.h"
+#include "desk/Number.h"
 #include "desk/PhysicalValue.h"
 #include "desk/SignalNames.h"
 #include "desk/SignalNotes.h"
@@ -18,26 +19,6 @@ double secondsOf(Clock::time_point time) {
     return std::chrono::duration<double>(time.time_since_epoch()).count();
 }
 
-std::string hexBytes(const std::string& raw) {
-    std::string text;
-    for (const char c : raw) {
-        char byte[4];
-        std::snprintf(byte, sizeof byte, "%02X", static_cast<unsigned>(static_cast<unsigned char>(c)));
-        text += byte;
-    }
-    return text;
-}
-
-std::string valueText(std::uint32_t code, const std::string& raw) {
-    const tables::DecodingRow* const row = tables::findDecodingRule(code);
-    if (!row) {
-        return signalName(code) + "#" + hexBytes(raw);
-    }
-    const std::string text = decodedText(*row, raw);
-    const std::string name = raw.size() < row->bytes ? "" : valueName(code, std::strtod(text.c_str(), nullptr));
-    return signalName(code) + "=" + text + (name.empty() ? "" : " " + name);
-}
-
 }  // namespace
 
 Player::Player(EventLoop& loop, const Journal& journal, Options options)
@@ -47,10 +28,7 @@ Player::Player(EventLoop& loop, const Journal& journal, Options options)
       service_(
           options_.serviceName,
           {[this](std::uint32_t code, const std::string& raw) { loop_.post([this, code, raw] { onSet(code, raw); }); },
-           [this](std::size_t codes) {
-               loop_.post(
-                   [this, codes] { journal_.detail("a client subscribed " + std::to_string(codes) + " codes"); });
-           }}) {
+           [this](std::size_t codes) { loop_.post([this, codes] { journal_.subscribed(codes); }); }}) {
     if (options_.initialValues) {
         for (const tables::DecodingRow& row : tables::kDecodingRules) {
             service_.putSignal(row.code, zeroValue(row));
@@ -106,11 +84,18 @@ void Player::schedule(const TraceEvent& event) {
 void Player::apply(const TraceAction& action) {
     if (const auto* const signal = std::get_if<SignalEvent>(&action)) {
         put(*signal);
+    } else if (const auto* const generate = std::get_if<GenerateEvent>(&action)) {
+        startGenerator(*generate);
+    } else if (const auto* const fault = std::get_if<FaultEvent>(&action)) {
+        applyFault(*fault);
     } else if (const auto* const stop = std::get_if<StopEvent>(&action)) {
-        journal_.detail(signalName(stop->code) + " stops");
+        journal_.stops(stop->code);
         endCycle(stop->code);
     } else if (const auto* const message = std::get_if<MessageEvent>(&action)) {
         supervisor_.setByHand(message->code, message->timedOut);
+        if (!message->timedOut) {
+            faults_.endSilence(message->code);
+        }
         report(message->code, message->timedOut);
     } else if (const auto* const reverse = std::get_if<ReverseEvent>(&action)) {
         moveReverseLine(reverse->engaged);
@@ -120,7 +105,7 @@ void Player::apply(const TraceAction& action) {
 }
 
 void Player::put(const SignalEvent& event) {
-    journal_.detail(valueText(event.code, event.raw));
+    journal_.signal(event.code, event.raw);
     if (event.cycle) {
         startCycle(event.code, event.raw, *event.cycle);
         return;
@@ -128,6 +113,7 @@ void Player::put(const SignalEvent& event) {
     const auto running = cycles_.find(event.code);
     if (running != cycles_.end()) {
         running->second.raw = event.raw;
+        running->second.generator.reset();
     }
     receive(event.code, event.raw, 0.0);
 }
@@ -136,8 +122,22 @@ void Player::startCycle(std::uint32_t code, const std::string& raw, const Cycle&
     const Clock::time_point now = Clock::now();
     const Clock::time_point end = cycle.duration ? now + scaled(*cycle.duration) : Clock::time_point::max();
     endCycle(code);
-    cycles_[code] = {raw, cycle.period, end, {}};
+    cycles_[code] = {raw, cycle.period, end, {}, {}, 0.0};
     tick(code, now);
+}
+
+void Player::startGenerator(const GenerateEvent& event) {
+    endCycle(event.code);
+    const Clock::time_point now = Clock::now();
+    cycles_[event.code] = {{}, event.generator->period(), Clock::time_point::max(), {}, event.generator, event.since};
+    tick(event.code, now);
+}
+
+void Player::applyFault(const FaultEvent& fault) {
+    if (const std::optional<std::string> shown = faults_.apply(fault, service_.signal(fault.code))) {
+        receive(fault.code, *shown, 0.0);
+    }
+    journal_.fault(fault);
 }
 
 void Player::endCycle(std::uint32_t code) {
@@ -155,19 +155,54 @@ void Player::tick(std::uint32_t code, Clock::time_point time) {
         cycles_.erase(found);
         return;
     }
-    receive(code, cycle.raw, cycle.period);
+    const bool goesOn = !cycle.generator || advance(code, cycle);
+    receive(code, cycle.raw, goesOn ? cycle.period : 0.0);
+    if (!goesOn) {
+        cycles_.erase(found);
+        return;
+    }
     const Clock::time_point next = time + scaled(cycle.period);
     cycle.next = loop_.at(next, [this, code, next] { tick(code, next); });
 }
 
+/// Gives the cycle its generator's next value. False when that was the last one.
+bool Player::advance(std::uint32_t code, RunningCycle& cycle) {
+    cycle.raw = cycle.generator->rawAt(cycle.elapsed);
+    journal_.signal(code, cycle.raw);
+    if (!cycle.generator->isOver(cycle.elapsed)) {
+        cycle.elapsed += cycle.period;
+        return true;
+    }
+    const bool holds = cycle.generator->holds();
+    cycle.generator.reset();
+    return holds;
+}
+
 void Player::receive(std::uint32_t code, const std::string& raw, double period) {
-    if (const auto message = messageOf(code)) {
+    const std::optional<std::uint32_t> message = messageOf(code);
+    if (faults_.isSilent(message)) {
+        return;
+    }
+    const double delay = faults_.delayOf(code, message);
+    Clock::time_point& lastDue = lateUntil_[code];
+    const Clock::time_point now = Clock::now();
+    if (delay <= 0.0 && lastDue <= now) {
+        send(code, message, raw, period);
+        return;
+    }
+    // What is late stays in order when the delay shrinks.
+    lastDue = std::max(lastDue, now + scaled(delay));
+    loop_.at(lastDue, [this, code, message, raw, period] { send(code, message, raw, period); });
+}
+
+void Player::send(std::uint32_t code, std::optional<std::uint32_t> message, const std::string& raw, double period) {
+    if (message) {
         if (supervisor_.received(*message, secondsOf(Clock::now()), period / options_.speed)) {
             report(*message, false);
         }
         superviseLater();
     }
-    service_.putSignal(code, raw);
+    service_.putSignal(code, faults_.shown(code, raw));
 }
 
 void Player::superviseLater() {
@@ -192,7 +227,7 @@ void Player::superviseLater() {
 }
 
 void Player::report(std::uint32_t message, bool timedOut) {
-    journal_.note(signalName(message) + (timedOut ? " timed out" : " ok"));
+    journal_.message(message, timedOut);
     service_.putMessageStatus(message, timedOut);
 }
 
@@ -200,7 +235,7 @@ void Player::moveReverseLine(bool engaged) {
     std::string error;
     switch (writeReverseLine(engaged, &error)) {
         case LineWrite::Done:
-            journal_.note(engaged ? "reverse engaged" : "reverse released");
+            journal_.reverse(engaged);
             break;
         case LineWrite::RealHardware:
             if (!std::exchange(toldOfHardware_, true)) {
@@ -222,7 +257,7 @@ bool Player::moveService(bool up) {
     if (!up) {
         service_.goDown();
     }
-    journal_.note(up ? "service up" : "service down");
+    journal_.service(up);
     return true;
 }
 
@@ -230,11 +265,10 @@ void Player::onSet(std::uint32_t code, const std::string& raw) {
     const tables::SetRow* const row = tables::findSetSignal(code);
     const std::optional<std::int32_t> value = row ? decodeSet(*row, raw) : std::nullopt;
     if (!value) {
-        journal_.note("set " + signalName(code) + " ignored: " +
-                      (row ? "bytes " + hexBytes(raw) + " are of the wrong length" : "it cannot be set"));
+        journal_.ignoredSet(code, raw, row ? "it is of the wrong length" : "it cannot be set");
         return;
     }
-    journal_.note("set " + signalName(code) + "=" + std::to_string(*value) + "  (" + hexBytes(raw) + ")");
+    journal_.set(code, *value, raw);
     for (const AnswerRule& rule : matchingRules(options_.rules, code, *value)) {
         loop_.at(Clock::now() + scaled(rule.delay), [this, rule, set = *value] { answer(rule, set); });
     }
@@ -244,7 +278,7 @@ void Player::answer(const AnswerRule& rule, std::int32_t value) {
     try {
         const tables::DecodingRow& row = *tables::findDecodingRule(rule.answerCode);
         const SignalEvent event{rule.answerCode, encodePhysical(row, rule.answerValue.value_or(value)), {}};
-        journal_.note("answer " + valueText(event.code, event.raw));
+        journal_.answer(event.code, event.raw);
         put(event);
     } catch (const BadInput& error) {
         Journal::error("no answer by " + signalName(rule.answerCode) + ": " + error.what());

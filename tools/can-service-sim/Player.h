@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -9,6 +10,7 @@
 #include "can-service-sim/AnswerRules.h"
 #include "can-service-sim/CanService.h"
 #include "can-service-sim/EventLoop.h"
+#include "can-service-sim/Faults.h"
 #include "can-service-sim/Journal.h"
 #include "can-service-sim/MessageSupervisor.h"
 #include "can-service-sim/TraceReader.h"
@@ -49,6 +51,8 @@ private:
         double period = 0.0;  ///< as in the trace, before the speed is applied
         Clock::time_point end;
         EventLoop::Timer next;
+        std::shared_ptr<const Generator> generator;  ///< gives `raw` anew each time
+        double elapsed = 0.0;                        ///< of the generator, in the trace's seconds
     };
 
     void playTrace(Clock::time_point start);
@@ -56,6 +60,10 @@ private:
     void apply(const TraceAction& action);
     void put(const SignalEvent& event);
     void receive(std::uint32_t code, const std::string& raw, double period);
+    bool advance(std::uint32_t code, RunningCycle& cycle);
+    void applyFault(const FaultEvent& fault);
+    void send(std::uint32_t code, std::optional<std::uint32_t> message, const std::string& raw, double period);
+    void startGenerator(const GenerateEvent& event);
     void startCycle(std::uint32_t code, const std::string& raw, const Cycle& cycle);
     void endCycle(std::uint32_t code);
     void tick(std::uint32_t code, Clock::time_point time);
@@ -73,6 +81,8 @@ private:
     Options options_;
     CanService service_;
     MessageSupervisor supervisor_;
+    Faults faults_;
+    std::map<std::uint32_t, Clock::time_point> lateUntil_;  // by signal: the last delayed value is sent then
     std::vector<TraceEvent> trace_;
     std::size_t nextOfTrace_ = 0;
     Clock::time_point traceStart_;

@@ -15,14 +15,35 @@ std::pair<std::size_t, std::uint32_t> subjectOf(const TraceAction& action) {
     if (const auto* const signal = std::get_if<SignalEvent>(&action)) {
         return {0, signal->code};
     }
+    if (const auto* const generate = std::get_if<GenerateEvent>(&action)) {
+        return {0, generate->code};
+    }
+    if (const auto* const fault = std::get_if<FaultEvent>(&action)) {
+        const bool freezes = fault->kind == FaultEvent::Kind::Freeze || fault->kind == FaultEvent::Kind::Thaw;
+        return {freezes ? 2 : 3 + static_cast<std::size_t>(fault->kind), fault->code};
+    }
     if (const auto* const message = std::get_if<MessageEvent>(&action)) {
         return {1, message->code};
     }
-    return {2 + action.index(), 0};
+    return {10 + action.index(), 0};
 }
 
-bool isOver(const SignalEvent& signal, double begin, double now) {
-    return signal.cycle && signal.cycle->duration && begin + *signal.cycle->duration <= now;
+/// Lets an event have happened that many seconds ago.
+void age(TraceAction& action, double seconds, const std::set<std::uint32_t>& stopped) {
+    if (auto* const signal = std::get_if<SignalEvent>(&action)) {
+        const bool over = signal->cycle && signal->cycle->duration && *signal->cycle->duration <= seconds;
+        if (over || stopped.count(signal->code) != 0) {
+            signal->cycle.reset();
+        } else if (signal->cycle && signal->cycle->duration) {
+            *signal->cycle->duration -= seconds;
+        }
+    } else if (auto* const generate = std::get_if<GenerateEvent>(&action)) {
+        generate->since = seconds;
+        const bool ended = generate->generator->isOver(seconds) && !generate->generator->holds();
+        if (ended || stopped.count(generate->code) != 0) {
+            action = SignalEvent{generate->code, generate->generator->rawAt(seconds), {}};
+        }
+    }
 }
 
 /// The events that lead to the state at a time, all at once: the last one about each subject. A cycle that was stopped
@@ -36,10 +57,7 @@ Events stateAt(Events::const_iterator begin, Events::const_iterator end, double 
             stopped.insert(stop->code);
         } else if (known.insert(subjectOf(event->action)).second) {
             TraceEvent kept{0.0, event->action};
-            auto* const signal = std::get_if<SignalEvent>(&kept.action);
-            if (signal && (stopped.count(signal->code) != 0 || isOver(*signal, *event->time, now))) {
-                signal->cycle.reset();
-            }
+            age(kept.action, now - *event->time, stopped);
             state.push_back(std::move(kept));
         }
     }

@@ -4,6 +4,7 @@
 #include <cctype>
 
 #include "can-service-sim/InputLines.h"
+#include "can-service-sim/TraceWords.h"
 #include "desk/BadInput.h"
 #include "desk/Number.h"
 #include "desk/PhysicalValue.h"
@@ -15,10 +16,7 @@
 namespace qvn::tools {
 namespace {
 
-constexpr double kLongestTime = 1e6;
-constexpr double kShortestPeriod = 0.001;
 constexpr std::size_t kMostBytes = 64;  // of a CAN FD frame
-constexpr std::string_view kBlanks = " \t";
 
 std::string_view trimmed(std::string_view text) {
     const std::size_t first = text.find_first_not_of(" \t\r");
@@ -27,56 +25,6 @@ std::string_view trimmed(std::string_view text) {
     }
     return text.substr(first, text.find_last_not_of(" \t\r") - first + 1);
 }
-
-double readSeconds(std::string_view text, double least, std::string_view what) {
-    const double seconds = parseNumber(text, what);
-    if (seconds < least || seconds > kLongestTime) {
-        throw BadInput(quoted(text) + " is out of range; expected " + std::string(what) + " from " +
-                       formatNumber(least) + " to " + formatNumber(kLongestTime));
-    }
-    return seconds;
-}
-
-/// Takes the words of a line one after the other.
-class Words {
-public:
-    explicit Words(std::string_view rest) : rest_(rest) {}
-
-    /// The next word; empty at the end of the line and where a remark begins. A remark begins at a '#', and after two
-    /// blanks unless "every" or "for" follows.
-    std::string_view peek() const {
-        const std::size_t begin = rest_.find_first_not_of(kBlanks);
-        if (begin == std::string_view::npos || rest_[begin] == '#') {
-            return {};
-        }
-        const std::string_view word = wordAt(begin);
-        const bool apart = begin >= 2 || rest_[0] == '\t';
-        return apart && word != "every" && word != "for" ? std::string_view() : word;
-    }
-
-    bool take(std::string_view keyword) {
-        if (peek() != keyword) {
-            return false;
-        }
-        next();
-        return true;
-    }
-
-    /// The next word whatever stands before it.
-    std::string_view next() {
-        const std::size_t begin = std::min(rest_.find_first_not_of(kBlanks), rest_.size());
-        const std::string_view word = wordAt(begin);
-        rest_.remove_prefix(begin + word.size());
-        return word;
-    }
-
-private:
-    std::string_view wordAt(std::size_t begin) const {
-        return rest_.substr(begin, rest_.find_first_of(kBlanks, begin) - begin);
-    }
-
-    std::string_view rest_;
-};
 
 std::string readBytes(std::string_view text) {
     const auto isHex = [](unsigned char c) { return std::isxdigit(c) != 0; };
@@ -97,26 +45,66 @@ bool readFlag(std::string_view text, std::string_view one, std::string_view zero
     return text == one;
 }
 
-std::string readPhysical(std::uint32_t code, std::string_view text) {
+const tables::DecodingRow& ruleOf(std::uint32_t code) {
     const tables::DecodingRow* const row = tables::findDecodingRule(code);
     if (!row) {
         throw BadInput("signal " + hexText(code) + " has no decoding rule; give its raw bytes as " + hexText(code) +
                        "#00");
     }
-    return encodePhysical(*row, parseValue(code, text, "a physical value"));
+    return *row;
 }
 
-TraceAction readMessageOrStop(std::string_view name, std::string_view text) {
+std::uint32_t findSignalOrMessage(std::string_view name) {
+    try {
+        return findCode(NameKind::Message, name);
+    } catch (const BadInput&) {
+        return findCode(NameKind::Received, name);
+    }
+}
+
+/// What stands behind a '!'.
+TraceAction readCommand(std::string_view name, std::string_view text, TraceWords& words) {
     if (text == "stop") {
         return StopEvent{findCode(NameKind::Received, name)};
     }
-    if (text != "timeout" && text != "ok") {
-        throw BadInput(quoted(text) + " is not known here; expected MESSAGE!timeout, MESSAGE!ok or SIGNAL!stop");
+    if (text == "timeout" || text == "ok") {
+        return MessageEvent{findCode(NameKind::Message, name), text == "timeout"};
     }
-    return MessageEvent{findCode(NameKind::Message, name), text == "timeout"};
+    if (text == "silence") {
+        return FaultEvent{FaultEvent::Kind::Silence, findCode(NameKind::Message, name)};
+    }
+    if (text == "freeze" || text == "thaw") {
+        const auto kind = text == "freeze" ? FaultEvent::Kind::Freeze : FaultEvent::Kind::Thaw;
+        return FaultEvent{kind, findCode(NameKind::Received, name)};
+    }
+    if (text == "delay") {
+        const std::uint32_t code = findSignalOrMessage(name);
+        return FaultEvent{FaultEvent::Kind::Delay, code, readSeconds(words.next(), 0.0, "a delay in seconds")};
+    }
+    throw BadInput(quoted(text) + " is not known here; expected MESSAGE!timeout, !ok or !silence, SIGNAL!stop, " +
+                   "!freeze or !thaw, or either with !delay SECONDS");
 }
 
-TraceAction readAction(std::string_view event) {
+Cycle readCycle(TraceWords& words) {
+    Cycle cycle;
+    cycle.period = words.nextSeconds("a period in seconds");
+    if (words.take("for")) {
+        cycle.duration = words.nextSeconds("a duration in seconds");
+    }
+    return cycle;
+}
+
+/// What stands behind a signal's '='.
+TraceAction readValue(std::uint32_t code, std::string_view text, TraceWords& words) {
+    const tables::DecodingRow& row = ruleOf(code);
+    if (Generator::isName(text)) {
+        return GenerateEvent{code, std::make_shared<const Generator>(Generator::read(text, row, words))};
+    }
+    return SignalEvent{code, encodePhysical(row, parseValue(code, text, "a physical value")), std::nullopt};
+}
+
+TraceAction readAction(TraceWords& words) {
+    const std::string_view event = words.next();
     const std::size_t mark = event.find_first_of("#=!");
     if (mark == std::string_view::npos || mark == 0) {
         throw BadInput(quoted(event) + " is no event; expected SIGNAL#BYTES, SIGNAL=VALUE, SIGNAL!stop, " +
@@ -125,7 +113,7 @@ TraceAction readAction(std::string_view event) {
     const std::string_view name = event.substr(0, mark);
     const std::string_view text = event.substr(mark + 1);
     if (event[mark] == '!') {
-        return readMessageOrStop(name, text);
+        return readCommand(name, text, words);
     }
     if (event[mark] == '=' && name == "reverse") {
         return ReverseEvent{readFlag(text, "1", "0")};
@@ -134,16 +122,11 @@ TraceAction readAction(std::string_view event) {
         return ServiceEvent{readFlag(text, "up", "down")};
     }
     const std::uint32_t code = findCode(NameKind::Received, name);
-    return SignalEvent{code, event[mark] == '#' ? readBytes(text) : readPhysical(code, text), std::nullopt};
-}
-
-Cycle readCycle(Words& words) {
-    Cycle cycle;
-    cycle.period = readSeconds(words.next(), kShortestPeriod, "a period in seconds");
-    if (words.take("for")) {
-        cycle.duration = readSeconds(words.next(), kShortestPeriod, "a duration in seconds");
+    TraceAction action = event[mark] == '#' ? SignalEvent{code, readBytes(text), {}} : readValue(code, text, words);
+    if (auto* const signal = std::get_if<SignalEvent>(&action); signal && words.take("every")) {
+        signal->cycle = readCycle(words);
     }
-    return cycle;
+    return action;
 }
 
 }  // namespace
@@ -162,11 +145,8 @@ std::optional<TraceEvent> readTraceLine(std::string_view line) {
         event.time = readSeconds(trimmed(line.substr(1, end - 1)), 0.0, "a time in seconds");
         line.remove_prefix(end + 1);
     }
-    Words words(line);
-    event.action = readAction(words.next());
-    if (auto* signal = std::get_if<SignalEvent>(&event.action); signal && words.take("every")) {
-        signal->cycle = readCycle(words);
-    }
+    TraceWords words(line);
+    event.action = readAction(words);
     if (const std::string_view extra = words.peek(); !extra.empty()) {
         throw BadInput(quoted(extra) + " is not expected here; a signal may be followed by 'every SECONDS' and " +
                        "'for SECONDS', a remark begins with '#' or two blanks");
@@ -193,12 +173,22 @@ std::vector<TraceEvent> readTrace(std::istream& input, const std::string& name,
     return events;
 }
 
+namespace {
+
+double lasting(const TraceAction& action) {
+    if (const auto* const signal = std::get_if<SignalEvent>(&action)) {
+        return signal->cycle ? signal->cycle->duration.value_or(0.0) : 0.0;
+    }
+    const auto* const generate = std::get_if<GenerateEvent>(&action);
+    return generate ? generate->generator->duration().value_or(0.0) : 0.0;
+}
+
+}  // namespace
+
 double traceEnd(const std::vector<TraceEvent>& events) {
     double end = 0.0;
     for (const TraceEvent& event : events) {
-        const auto* const signal = std::get_if<SignalEvent>(&event.action);
-        const double lasting = signal && signal->cycle ? signal->cycle->duration.value_or(0.0) : 0.0;
-        end = std::max(end, event.time.value_or(0.0) + lasting);
+        end = std::max(end, event.time.value_or(0.0) + lasting(event.action));
     }
     return end;
 }

@@ -3,11 +3,14 @@
 #include <cstdint>
 #include <functional>
 #include <istream>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <variant>
 #include <vector>
+
+#include "can-service-sim/Generator.h"
 
 namespace qvn::tools {
 
@@ -24,7 +27,14 @@ struct SignalEvent {
     std::optional<Cycle> cycle;
 };
 
-/// A signal's cycle ends.
+/// A signal begins a course of values.
+struct GenerateEvent {
+    std::uint32_t code = 0;
+    std::shared_ptr<const Generator> generator;
+    double since = 0.0;  ///< seconds for which it runs already
+};
+
+/// A signal's cycle or course ends.
 struct StopEvent {
     std::uint32_t code = 0;
 };
@@ -33,6 +43,20 @@ struct StopEvent {
 struct MessageEvent {
     std::uint32_t code = 0;
     bool timedOut = false;
+};
+
+/// Something goes wrong on the way to the clients, or right again.
+struct FaultEvent {
+    enum class Kind {
+        Silence,  ///< of a message: nothing of it is sent, without a word, until it is given as received
+        Freeze,   ///< of a signal: it keeps its value, whatever comes
+        Thaw,     ///< the latest value is sent
+        Delay     ///< of a signal or message: everything of it is sent later; by 0 no more
+    };
+
+    Kind kind;
+    std::uint32_t code = 0;
+    double seconds = 0.0;  ///< of a delay
 };
 
 /// The reverse line moves.
@@ -45,7 +69,8 @@ struct ServiceEvent {
     bool up = false;
 };
 
-using TraceAction = std::variant<SignalEvent, StopEvent, MessageEvent, ReverseEvent, ServiceEvent>;
+using TraceAction =
+    std::variant<SignalEvent, GenerateEvent, StopEvent, MessageEvent, FaultEvent, ReverseEvent, ServiceEvent>;
 
 struct TraceEvent {
     std::optional<double> time;  ///< seconds from the start; a line on standard input may go without

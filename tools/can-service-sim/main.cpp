@@ -40,6 +40,7 @@ struct CommandLine {
     bool noInitial = false;
     bool quiet = false;
     bool verbose = false;
+    bool json = false;
     bool list = false;
 
     bool readsStandardInput() const { return trace.empty() || input == "-"; }
@@ -70,6 +71,7 @@ void declare(CLI::App& app, CommandLine& line) {
     app.add_flag("--no-initial", line.noInitial, "Have no values until the trace gives them, instead of zeros");
     auto* const quiet = app.add_flag("-q,--quiet", line.quiet, "Report errors only");
     app.add_flag("-v,--verbose", line.verbose, "Report every value and subscription, too")->excludes(quiet);
+    app.add_flag("--json", line.json, "Report as JSON, one object a line");
     app.add_flag("--list", line.list, "Show the signals and messages that a trace can name");
 }
 
@@ -205,9 +207,11 @@ int serve(const CommandLine& line, const StopSignals& stop, Output& output) {
         return kFailed;
     }
     EventLoop loop(stop);
-    const Journal journal(output, line.quiet     ? Journal::Detail::Quiet
-                                  : line.verbose ? Journal::Detail::All
-                                                 : Journal::Detail::Normal);
+    const Journal journal(output,
+                          line.quiet     ? Journal::Detail::Quiet
+                          : line.verbose ? Journal::Detail::All
+                                         : Journal::Detail::Normal,
+                          line.json ? Journal::Form::Json : Journal::Form::Text);
     Player player(loop, journal, std::move(options));
     if (!player.start(std::move(trace))) {
         return kFailed;

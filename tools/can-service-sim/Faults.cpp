@@ -1,0 +1,53 @@
+#include "can-service-sim/Faults.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace qvn::tools {
+
+std::optional<std::string> Faults::apply(const FaultEvent& fault, const std::optional<std::string>& currentValue) {
+    switch (fault.kind) {
+        case FaultEvent::Kind::Silence:
+            silent_.insert(fault.code);
+            break;
+        case FaultEvent::Kind::Freeze:
+            if (currentValue) {
+                frozen_.insert({fault.code, {*currentValue, {}}});
+            }
+            break;
+        case FaultEvent::Kind::Thaw:
+            if (const auto frozen = frozen_.find(fault.code); frozen != frozen_.end()) {
+                std::optional<std::string> latest = std::move(frozen->second.latest);
+                frozen_.erase(frozen);
+                return latest;
+            }
+            break;
+        case FaultEvent::Kind::Delay:
+            if (fault.seconds > 0.0) {
+                delays_[fault.code] = fault.seconds;
+            } else {
+                delays_.erase(fault.code);
+            }
+            break;
+    }
+    return std::nullopt;
+}
+
+const std::string& Faults::shown(std::uint32_t signal, const std::string& raw) {
+    const auto frozen = frozen_.find(signal);
+    if (frozen == frozen_.end()) {
+        return raw;
+    }
+    frozen->second.latest = raw;
+    return frozen->second.shown;
+}
+
+double Faults::delayOf(std::uint32_t signal, std::optional<std::uint32_t> message) const {
+    const auto seconds = [this](std::uint32_t code) {
+        const auto found = delays_.find(code);
+        return found == delays_.end() ? 0.0 : found->second;
+    };
+    return std::max(seconds(signal), message ? seconds(*message) : 0.0);
+}
+
+}  // namespace qvn::tools

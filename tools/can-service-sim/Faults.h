@@ -1,0 +1,41 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+
+#include "can-service-sim/TraceReader.h"
+#include "desk/PollUntil.h"
+
+namespace qvn::tools {
+
+/// What goes wrong at present between the vehicle and its clients.
+class Faults {
+public:
+    /// @return what the signal shows instead from now on; nothing when that does not change
+    std::optional<std::string> apply(const FaultEvent& fault, const std::optional<std::string>& currentValue);
+
+    /// A message is received again: it is silent no more.
+    void endSilence(std::uint32_t message) { silent_.erase(message); }
+    bool isSilent(std::optional<std::uint32_t> message) const { return message && silent_.count(*message) != 0; }
+
+    /// The value that a signal shows when it is given this one.
+    const std::string& shown(std::uint32_t signal, const std::string& raw);
+
+    /// Seconds by which a signal is late, by itself or with its message.
+    double delayOf(std::uint32_t signal, std::optional<std::uint32_t> message) const;
+
+private:
+    struct Frozen {
+        std::string shown;
+        std::optional<std::string> latest;
+    };
+
+    std::set<std::uint32_t> silent_;
+    std::map<std::uint32_t, Frozen> frozen_;
+    std::map<std::uint32_t, double> delays_;  // by signal or message
+};
+
+}  // namespace qvn::tools

@@ -1,0 +1,105 @@
+#include "can-service-sim/Generator.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "desk/BadInput.h"
+#include "desk/Number.h"
+#include "desk/PhysicalValue.h"
+#include "desk/SignalNotes.h"
+#include "desk/Text.h"
+
+namespace qvn::tools {
+namespace {
+
+constexpr double kPi = 3.14159265358979323846;
+
+/// A number that looks drawn at random, the same for the same seed and place (the finalizer of SplitMix64).
+double randomAt(std::uint64_t seed, std::uint64_t place) {
+    std::uint64_t bits = (seed << 32U) + (place + 1) * 0x9E3779B97F4A7C15U;
+    bits = (bits ^ bits >> 30U) * 0xBF58476D1CE4E5B9U;
+    bits = (bits ^ bits >> 27U) * 0x94D049BB133111EBU;
+    return static_cast<double>((bits ^ bits >> 31U) >> 11U) / 9007199254740992.0;  // of 2^53
+}
+
+std::vector<double> readValues(std::string_view text, std::string_view separator, std::uint32_t code) {
+    std::vector<double> values;
+    std::size_t begin = 0;
+    for (;;) {
+        const std::size_t end = text.find(separator, begin);
+        values.push_back(parseValue(code, text.substr(begin, end - begin), "a physical value"));
+        if (end == std::string_view::npos) {
+            return values;
+        }
+        begin = end + separator.size();
+    }
+}
+
+std::vector<double> readRange(std::string_view text, std::uint32_t code) {
+    const std::vector<double> range = readValues(text, "..", code);
+    if (range.size() != 2) {
+        throw BadInput(tools::quoted(text) + " is no range; expected FROM..TO");
+    }
+    return range;
+}
+
+}  // namespace
+
+bool Generator::isName(std::string_view text) {
+    return text == "ramp" || text == "sine" || text == "step" || text == "random";
+}
+
+Generator Generator::read(std::string_view name, const tables::DecodingRow& row, TraceWords& words) {
+    Generator generator(row);
+    const std::string_view values = words.next();
+    generator.values_ = name == "step" ? readValues(values, ",", row.code) : readRange(values, row.code);
+    for (const double value : generator.values_) {
+        encodePhysical(row, value);
+    }
+    if (name == "ramp") {
+        generator.duration_ = words.expectSeconds("for", "the ramp's duration in seconds");
+    } else if (name == "sine") {
+        generator.kind_ = Kind::Sine;
+        generator.over_ = words.expectSeconds("over", "the seconds of one wave");
+    } else if (name == "step") {
+        generator.kind_ = Kind::Step;
+    } else {
+        generator.kind_ = Kind::Random;
+        if (words.take("seed")) {
+            generator.seed_ = static_cast<std::uint64_t>(std::fabs(parseNumber(words.next(), "a seed")));
+        }
+    }
+    if (words.take("every")) {
+        generator.period_ = words.nextSeconds("a period in seconds");
+    }
+    if (name != "ramp" && words.take("for")) {
+        generator.duration_ = words.nextSeconds("a duration in seconds");
+    }
+    return generator;
+}
+
+double Generator::valueAt(double time) const {
+    const double low = values_.front();
+    const double high = values_.back();
+    // Ticks come at whole multiples of the period, which floats meet almost.
+    const auto tick = static_cast<std::uint64_t>(time / period_ + 1e-6);
+    switch (kind_) {
+        case Kind::Ramp:
+            return low + (high - low) * time / *duration_;
+        case Kind::Sine:
+            return low + (high - low) * (0.5 - 0.5 * std::cos(2.0 * kPi * time / over_));
+        case Kind::Step:
+            return values_[tick % values_.size()];
+        case Kind::Random:
+            return low + (high - low) * randomAt(seed_, tick);
+    }
+    return low;
+}
+
+std::string Generator::rawAt(double time) const {
+    const double value = valueAt(duration_ ? std::min(time, *duration_) : time);
+    const bool whole = row_->kind != tables::ValueKind::Float && row_->factor == 1.0;
+    return encodePhysical(*row_, whole ? std::round(value) : value);
+}
+
+}  // namespace qvn::tools

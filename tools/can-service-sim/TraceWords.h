@@ -1,0 +1,38 @@
+#pragma once
+
+#include <string_view>
+
+namespace qvn::tools {
+
+/// Takes the words of a trace's line one after the other.
+class TraceWords {
+public:
+    explicit TraceWords(std::string_view rest) : rest_(rest) {}
+
+    /// The next word; empty at the end of the line and where a remark begins. A remark begins at a '#', and after two
+    /// blanks unless one of the words follows that lead a value on: every, for, over, seed.
+    std::string_view peek() const;
+
+    /// Takes the next word if it is this one.
+    bool take(std::string_view keyword);
+
+    /// The next word whatever stands before it.
+    std::string_view next();
+
+    /// The next word as seconds, at least a millisecond; `what` names them in the error.
+    /// @throws BadInput
+    double nextSeconds(std::string_view what);
+    /// The same behind a keyword that must stand there.
+    double expectSeconds(std::string_view keyword, std::string_view what);
+
+private:
+    std::string_view wordAt(std::size_t begin) const;
+
+    std::string_view rest_;
+};
+
+/// Seconds of a trace, from `least` to a million.
+/// @throws BadInput
+double readSeconds(std::string_view text, double least, std::string_view what);
+
+}  // namespace qvn::tools
