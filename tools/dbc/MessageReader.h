@@ -1,0 +1,21 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+
+#include "dbc/Database.h"
+#include "dbc/Syntax.h"
+
+namespace qvn::dbc {
+
+/// Under this id editors keep the signals that belong to no message.
+constexpr std::uint32_t kNoMessage = 0xC0000000U;
+
+/// Reads a message after its keyword BO_: what is multiplexed is resolved as far as the message itself tells.
+/// @param fileId the id as it stands in the file, by which other sections refer to the message
+Message readMessage(Syntax& syntax, std::uint32_t* fileId);
+
+/// The place of a signal in the message.
+std::optional<std::size_t> findSignal(const Message& message, std::string_view name);
+
+}  // namespace qvn::dbc
