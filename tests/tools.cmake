@@ -1,7 +1,8 @@
 qvn_add_test(NAME tools_test
-    SOURCES AnswerRules_test.cpp Dbc_test.cpp MessageSupervisor_test.cpp PhysicalValue_test.cpp PropertyNames_test.cpp
-            SignalNotes_test.cpp TraceReader_test.cpp WatchView_test.cpp
-    LIBS qvn_can_service_sim qvn_dbc qvn_vehiclectl
+    SOURCES AnswerRules_test.cpp CanDecoder_test.cpp CandumpReader_test.cpp Dbc_test.cpp
+            MessageSupervisor_test.cpp PhysicalValue_test.cpp PropertyNames_test.cpp SignalNotes_test.cpp
+            TraceReader_test.cpp WatchView_test.cpp
+    LIBS qvn_can_service_sim qvn_vehiclectl
     LABELS tools)
 
 # What scripts/generate makes must be as it would make it now.

@@ -117,8 +117,8 @@ void Journal::answer(std::uint32_t code, const std::string& raw) const {
          [&](Json& object) { addValue(object, code, raw); });
 }
 
-void Journal::note(const std::string& text) const {
-    tell(Detail::Normal, "note", text, [&](Json& object) { object["text"] = text; });
+void Journal::remark(Detail least, const std::string& text) const {
+    tell(least, "note", text, [&](Json& object) { object["text"] = text; });
 }
 
 void Journal::signal(std::uint32_t code, const std::string& raw) const {

@@ -32,9 +32,10 @@ public:
     void ignoredSet(std::uint32_t code, const std::string& raw, const std::string& reason) const;
     void answer(std::uint32_t code, const std::string& raw) const;
     /// Anything else that a person should know.
-    void note(const std::string& text) const;
+    void note(const std::string& text) const { remark(Detail::Normal, text); }
 
     // In all detail only.
+    void detail(const std::string& text) const { remark(Detail::All, text); }
     void signal(std::uint32_t code, const std::string& raw) const;
     void stops(std::uint32_t code) const;
     void subscribed(std::size_t codes) const;
@@ -45,6 +46,7 @@ public:
 private:
     using Json = nlohmann::ordered_json;
 
+    void remark(Detail least, const std::string& text) const;
     /// @param fields adds to the JSON object what the event is about
     void tell(Detail least, const char* event, const std::string& text,
               const std::function<void(Json& object)>& fields) const;

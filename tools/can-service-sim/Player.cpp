@@ -101,6 +101,8 @@ void Player::apply(const TraceAction& action) {
         moveReverseLine(reverse->engaged);
     } else if (const auto* const service = std::get_if<ServiceEvent>(&action)) {
         moveService(service->up);
+    } else if (const auto* const received = std::get_if<FrameEvent>(&action)) {
+        receive(received->frame);
     }
 }
 
@@ -197,12 +199,35 @@ void Player::receive(std::uint32_t code, const std::string& raw, double period) 
 
 void Player::send(std::uint32_t code, std::optional<std::uint32_t> message, const std::string& raw, double period) {
     if (message) {
-        if (supervisor_.received(*message, secondsOf(Clock::now()), period / options_.speed)) {
-            report(*message, false);
-        }
-        superviseLater();
+        supervise(*message, period);
     }
     service_.putSignal(code, faults_.shown(code, raw));
+}
+
+void Player::receive(const CanFrame& frame) {
+    const DecodedFrame decoded = options_.decoder->decode(frame);
+    for (const std::string& complaint : decoded.complaints) {
+        Journal::error(complaint);
+    }
+    for (const std::uint32_t message : decoded.messages) {
+        if (!faults_.isSilent(message)) {
+            supervise(message, decoded.period);
+        }
+    }
+    for (const DecodedFrame::Value& value : decoded.values) {
+        if (value.changed) {
+            journal_.signal(value.code, value.raw);
+        }
+        receive(value.code, value.raw, 0.0);
+    }
+}
+
+/// The message was received; with a period it is watched from now on.
+void Player::supervise(std::uint32_t message, double period) {
+    if (supervisor_.received(message, secondsOf(Clock::now()), period / options_.speed)) {
+        report(message, false);
+    }
+    superviseLater();
 }
 
 void Player::superviseLater() {

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "can-service-sim/AnswerRules.h"
+#include "can-service-sim/CanDecoder.h"
 #include "can-service-sim/CanService.h"
 #include "can-service-sim/EventLoop.h"
 #include "can-service-sim/Faults.h"
@@ -28,6 +29,7 @@ public:
         bool exitAtEnd = false;
         bool initialValues = true;  ///< every signal has the value zero from the start
         AnswerRules rules;
+        CanDecoder* decoder = nullptr;  ///< of the trace's frames, if it has any
     };
 
     Player(EventLoop& loop, const Journal& journal, Options options);
@@ -64,6 +66,8 @@ private:
     void applyFault(const FaultEvent& fault);
     void send(std::uint32_t code, std::optional<std::uint32_t> message, const std::string& raw, double period);
     void startGenerator(const GenerateEvent& event);
+    void receive(const CanFrame& frame);
+    void supervise(std::uint32_t message, double period);
     void startCycle(std::uint32_t code, const std::string& raw, const Cycle& cycle);
     void endCycle(std::uint32_t code);
     void tick(std::uint32_t code, Clock::time_point time);

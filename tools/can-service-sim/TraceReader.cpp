@@ -1,7 +1,6 @@
 #include "can-service-sim/TraceReader.h"
 
 #include <algorithm>
-#include <cctype>
 
 #include "can-service-sim/InputLines.h"
 #include "can-service-sim/TraceWords.h"
@@ -16,26 +15,12 @@
 namespace qvn::tools {
 namespace {
 
-constexpr std::size_t kMostBytes = 64;  // of a CAN FD frame
-
 std::string_view trimmed(std::string_view text) {
     const std::size_t first = text.find_first_not_of(" \t\r");
     if (first == std::string_view::npos) {
         return {};
     }
     return text.substr(first, text.find_last_not_of(" \t\r") - first + 1);
-}
-
-std::string readBytes(std::string_view text) {
-    const auto isHex = [](unsigned char c) { return std::isxdigit(c) != 0; };
-    if (text.size() % 2 != 0 || text.size() > 2 * kMostBytes || !std::all_of(text.begin(), text.end(), isHex)) {
-        throw BadInput(quoted(text) + " are no raw bytes; expected pairs of hexadecimal digits, at most 64 bytes");
-    }
-    std::string raw;
-    for (std::size_t i = 0; i < text.size(); i += 2) {
-        raw += static_cast<char>(std::stoi(std::string(text.substr(i, 2)), nullptr, 16));
-    }
-    return raw;
 }
 
 bool readFlag(std::string_view text, std::string_view one, std::string_view zero) {
@@ -122,7 +107,7 @@ TraceAction readAction(TraceWords& words) {
         return ServiceEvent{readFlag(text, "up", "down")};
     }
     const std::uint32_t code = findCode(NameKind::Received, name);
-    TraceAction action = event[mark] == '#' ? SignalEvent{code, readBytes(text), {}} : readValue(code, text, words);
+    TraceAction action = event[mark] == '#' ? SignalEvent{code, readHexBytes(text), {}} : readValue(code, text, words);
     if (auto* const signal = std::get_if<SignalEvent>(&action); signal && words.take("every")) {
         signal->cycle = readCycle(words);
     }

@@ -10,6 +10,7 @@
 #include <variant>
 #include <vector>
 
+#include "can-service-sim/CanFrame.h"
 #include "can-service-sim/Generator.h"
 
 namespace qvn::tools {
@@ -69,8 +70,13 @@ struct ServiceEvent {
     bool up = false;
 };
 
-using TraceAction =
-    std::variant<SignalEvent, GenerateEvent, StopEvent, MessageEvent, FaultEvent, ReverseEvent, ServiceEvent>;
+/// A frame is received from a CAN bus.
+struct FrameEvent {
+    CanFrame frame;
+};
+
+using TraceAction = std::variant<SignalEvent, GenerateEvent, StopEvent, MessageEvent, FaultEvent, ReverseEvent,
+                                 ServiceEvent, FrameEvent>;
 
 struct TraceEvent {
     std::optional<double> time;  ///< seconds from the start; a line on standard input may go without

@@ -1,12 +1,17 @@
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <cstdio>
 #include <fstream>
 #include <functional>
+#include <iterator>
 #include <string>
+#include <utility>
 #include <vector>
 
+#include "can-service-sim/CanInput.h"
+#include "can-service-sim/InputLines.h"
 #include "can-service-sim/LineReader.h"
 #include "can-service-sim/Player.h"
 #include "can-service-sim/TraceCut.h"
@@ -42,13 +47,15 @@ struct CommandLine {
     bool verbose = false;
     bool json = false;
     bool list = false;
+    CanInput can;
 
-    bool readsStandardInput() const { return trace.empty() || input == "-"; }
+    bool readsStandardInput() const { return (trace.empty() && !can.given()) || input == "-"; }
 };
 
 void declare(CLI::App& app, CommandLine& line) {
     app.add_option("--play", line.trace, "Trace file to play")->type_name("FILE");
-    app.add_option("input", line.input, "'-' reads trace lines from standard input; so does a call without --play")
+    app.add_option("input", line.input,
+                   "'-' reads trace lines from standard input; so does a call without another input")
         ->type_name("");
     app.add_option("--speed", line.speed, "Play that many times faster, 0.001 to 1000")
         ->check(numberFrom(0.001, 1000.0))
@@ -60,10 +67,9 @@ void declare(CLI::App& app, CommandLine& line) {
         addTime("--from", line.cut.from, "Play the trace from S seconds on, as if nothing had been before");
     addTime("--to", line.cut.to, "Play the trace up to S seconds");
     addTime("--start-at", line.cut.startAt, "Start S seconds into the trace, in the state of then")->excludes(from);
-    auto* const loop = app.add_flag("--loop", line.loop, "Play the trace again and again")->needs("--play");
-    app.add_flag("--exit-at-end", line.exitAtEnd, "End with the trace instead of serving on")
-        ->needs("--play")
-        ->excludes(loop);
+    auto* const loop = app.add_flag("--loop", line.loop, "Play the trace or log again and again");
+    app.add_flag("--exit-at-end", line.exitAtEnd, "End with the trace or log instead of serving on")->excludes(loop);
+    line.can.declare(app);
     app.add_option("--rules", line.rules, "Answers to sets, added to the built-in ones")->type_name("FILE");
     app.add_option("--signals", line.notes, "Descriptions, units and value names to add, as in share/signals")
         ->type_name("FILE");
@@ -79,14 +85,6 @@ void check(const CommandLine& line) {
     if (!line.input.empty() && line.input != "-") {
         throw BadInput(tools::quoted(line.input) + " is not expected here; a trace is played by --play " + line.input);
     }
-}
-
-std::ifstream openFile(const std::string& name) {
-    std::ifstream file(name);
-    if (!file) {
-        throw BadInput("cannot open " + name);
-    }
-    return file;
 }
 
 /// Reads a trace, and tells a person who waits how far it is.
@@ -105,18 +103,28 @@ std::vector<TraceEvent> readWithProgress(const std::string& name, bool quiet) {
     return trace;
 }
 
-std::vector<TraceEvent> readTraceOf(const CommandLine& line) {
-    if (line.trace.empty()) {
-        return {};
+/// The trace and the log, as one.
+std::vector<TraceEvent> readTraceOf(CommandLine& line) {
+    line.can.read();
+    std::vector<TraceEvent> trace = line.can.takeTrace();
+    if (!line.trace.empty()) {
+        std::vector<TraceEvent> log = std::exchange(trace, readWithProgress(line.trace, line.quiet));
+        trace.insert(trace.end(), std::make_move_iterator(log.begin()), std::make_move_iterator(log.end()));
     }
-    std::vector<TraceEvent> trace = readWithProgress(line.trace, line.quiet);
+    if (line.can.given() && !line.trace.empty()) {
+        std::stable_sort(trace.begin(), trace.end(), [](const auto& a, const auto& b) { return *a.time < *b.time; });
+    }
     const bool empty = trace.empty();
     trace = cutTrace(std::move(trace), line.cut);
+    const std::string& name = line.trace.empty() ? line.can.log() : line.trace;
     if (trace.empty() && !empty) {
-        throw BadInput("nothing of " + line.trace + " is left to play; see --from, --to and --start-at");
+        throw BadInput("nothing of " + name + " is left to play; see --from, --to and --start-at");
+    }
+    if (name.empty() && (line.loop || line.exitAtEnd)) {
+        throw BadInput(std::string(line.loop ? "--loop" : "--exit-at-end") + " needs --play or --candump");
     }
     if (line.loop && traceEnd(trace) <= 0.0) {
-        throw BadInput(line.trace + " is over at once; --loop needs a trace that takes time");
+        throw BadInput(name + " is over at once; --loop needs a trace that takes time");
     }
     return trace;
 }
@@ -129,6 +137,7 @@ Player::Options playerOptions(const CommandLine& line) {
     options.exitAtEnd = line.exitAtEnd;
     options.initialValues = !line.noInitial;
     options.rules = parkingRules();
+    options.decoder = line.can.decoder();
     if (!line.rules.empty()) {
         std::ifstream file = openFile(line.rules);
         extendRules(options.rules, readRules(file, line.rules));
@@ -198,7 +207,7 @@ private:
     bool failed_ = false;
 };
 
-int serve(const CommandLine& line, const StopSignals& stop, Output& output) {
+int serve(CommandLine& line, const StopSignals& stop, Output& output) {
     std::vector<TraceEvent> trace = readTraceOf(line);
     Player::Options options = playerOptions(line);
     std::string error;
@@ -212,6 +221,7 @@ int serve(const CommandLine& line, const StopSignals& stop, Output& output) {
                           : line.verbose ? Journal::Detail::All
                                          : Journal::Detail::Normal,
                           line.json ? Journal::Form::Json : Journal::Form::Text);
+    line.can.describe(journal);
     Player player(loop, journal, std::move(options));
     if (!player.start(std::move(trace))) {
         return kFailed;

@@ -1,0 +1,77 @@
+#include "can-service-sim/CanInput.h"
+
+#include <fstream>
+#include <utility>
+
+#include "can-service-sim/CandumpReader.h"
+#include "can-service-sim/InputLines.h"
+#include "dbc/Reader.h"
+#include "desk/BadInput.h"
+
+namespace qvn::tools {
+
+void CanInput::declare(CLI::App& app) {
+    auto* const database = app.add_option("--dbc", database_, "Signal database by which CAN frames are decoded");
+    database->type_name("FILE");
+    auto* const log = app.add_option("--candump", log_, "Log of CAN frames to play, as 'candump -l' writes it");
+    log->type_name("FILE")->needs(database);
+}
+
+void CanInput::read() {
+    if (!given()) {
+        if (!database_.empty()) {
+            throw BadInput("--dbc tells what frames mean; add --candump LOG, where they come from");
+        }
+        return;
+    }
+    readDatabase();
+    readLog();
+}
+
+void CanInput::readDatabase() {
+    std::ifstream file = openFile(database_);
+    try {
+        decoder_ = std::make_unique<CanDecoder>(dbc::readDatabase(file, database_));
+    } catch (const dbc::SyntaxError& error) {
+        throw BadInput(error.what());
+    }
+    if (decoder_->knownSignals() == 0) {
+        throw BadInput(database_ + ": none of its " + std::to_string(decoder_->signals()) +
+                       " signals is known to the schema; expected names such as ESP_FD2_VehSpd, --list shows them all");
+    }
+}
+
+void CanInput::readLog() {
+    std::ifstream file = openFile(log_);
+    trace_ = readCandump(file, log_, [this](const CanFrame& frame) {
+        ++framesInLog_;
+        return decoder_->knows(frame);
+    });
+    framesKnown_ = trace_.size();
+    if (framesKnown_ == 0) {
+        throw BadInput(log_ + ": none of its " + std::to_string(framesInLog_) + " data frames is a message of " +
+                       database_ + " with a signal of the schema");
+    }
+}
+
+void CanInput::describe(const Journal& journal) const {
+    if (!decoder_) {
+        return;
+    }
+    journal.note(database_ + ": " + std::to_string(decoder_->messages()) + " messages, " +
+                 std::to_string(decoder_->signals()) + " signals; " + std::to_string(decoder_->knownSignals()) +
+                 " of them known to the schema");
+    for (const std::string& unknown : decoder_->unknownSignals()) {
+        journal.detail("unknown to the schema: " + unknown);
+    }
+    if (!log_.empty()) {
+        journal.note(log_ + ": " + std::to_string(framesInLog_) + " data frames; " + std::to_string(framesKnown_) +
+                     " of them carry such signals");
+    }
+}
+
+std::vector<TraceEvent> CanInput::takeTrace() {
+    return std::exchange(trace_, {});
+}
+
+}  // namespace qvn::tools

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "can-service-sim/CanDecoder.h"
+#include "can-service-sim/Journal.h"
+#include "can-service-sim/TraceReader.h"
+
+namespace qvn::tools {
+
+/// Frames of a CAN bus as an input: what the command line says of them, and the files that it names.
+class CanInput {
+public:
+    void declare(CLI::App& app);
+
+    bool given() const { return !log_.empty(); }
+    const std::string& log() const { return log_; }
+
+    /// Reads the files; does nothing when none is given.
+    /// @throws BadInput for the first thing that is wrong in them
+    void read();
+
+    /// Tells how much of the files is known to the schema.
+    void describe(const Journal& journal) const;
+
+    /// The frames of the log, as a trace; empty after the call.
+    std::vector<TraceEvent> takeTrace();
+    /// Null when no frames are given.
+    CanDecoder* decoder() const { return decoder_.get(); }
+
+private:
+    void readDatabase();
+    void readLog();
+
+    std::string log_;
+    std::string database_;
+    std::unique_ptr<CanDecoder> decoder_;
+    std::vector<TraceEvent> trace_;
+    std::size_t framesInLog_ = 0;
+    std::size_t framesKnown_ = 0;
+};
+
+}  // namespace qvn::tools
