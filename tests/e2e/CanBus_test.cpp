@@ -1,3 +1,9 @@
+#include <linux/can.h>
+#include <unistd.h>
+
+#include <cstdlib>
+
+#include "can-service-sim/CanSocket.h"
 #include "e2e/Desk.h"
 #include "e2e/WatchOutput.h"
 
@@ -37,15 +43,59 @@ TEST_F(CanBus, BadInputIsToldInOneLine) {
         {"--candump " + kLog + " --dbc " + none, none + ": none of its 1 signals is known to the schema"},
         {"--candump " + other + kDatabase, other + ": none of its 1 data frames is a message of "},
         {"--candump /nonexistent.log" + kDatabase, "cannot open /nonexistent.log"},
-        {kDatabase, "--dbc tells what frames mean; add --candump LOG"},
+        {kDatabase, "--dbc tells what frames mean; add --candump LOG or --can IFACE"},
         {"--exit-at-end", "--exit-at-end needs --play or --candump"},
         {"--candump " + kLog, "--dbc"},
+        {"--can vcan0 --speed 2" + kDatabase, "--speed"},
     };
     for (const auto& [options, error] : cases) {
         const auto result = desk.run("can-service-sim " + options);
         EXPECT_EQ(result.exitCode, 2) << options;
         EXPECT_NE(result.errors.find(error), std::string::npos) << result.errors;
     }
+    const auto missing = desk.run("can-service-sim --can qvn-none" + kDatabase);
+    EXPECT_EQ(missing.exitCode, 1);
+    EXPECT_EQ(missing.errors.rfind("can-service-sim: CAN interface qvn-none cannot be read: ", 0), 0U);
+}
+
+/// A CAN bus without hardware, as long as a test takes.
+class VirtualInterface {
+public:
+    const std::string name = "qvn" + std::to_string(getpid());
+
+    VirtualInterface() = default;
+    ~VirtualInterface() { run("del " + name); }
+    VirtualInterface(const VirtualInterface&) = delete;
+    VirtualInterface& operator=(const VirtualInterface&) = delete;
+
+    bool make() const { return run("add dev " + name + " type vcan"); }
+    bool set(const char* state) const { return run("set " + name + " " + state); }
+
+private:
+    static bool run(const std::string& what) { return std::system(("ip link " + what + " 2>/dev/null").c_str()) == 0; }
+};
+
+TEST_F(CanBus, FramesOfAnInterfaceArriveAndItMayGoAwayAndComeBack) {
+    const VirtualInterface bus;
+    if (!bus.make()) {
+        GTEST_SKIP() << "a virtual CAN interface cannot be made here; it takes root and the kernel's module vcan";
+    }
+    const auto down = desk.run("can-service-sim --can " + bus.name + kDatabase);
+    EXPECT_NE(down.errors.find("'ip link set " + bus.name + " up'"), std::string::npos) << down.errors;
+    ASSERT_TRUE(bus.set("up"));
+    const auto simulator = desk.simulator("-v --can " + bus.name + kDatabase);
+    const std::string ready = "CAN interface " + bus.name + " is received from\n";
+    ASSERT_TRUE(simulator->waitForOutput(ready));
+    ASSERT_TRUE(bus.set("down") && bus.set("up"));
+    ASSERT_TRUE(
+        simulator->waitForOutput([&](const std::string& output) { return output.find(ready) != output.rfind(ready); }));
+    std::string error;
+    const int socket = tools::openCanInterface(bus.name, &error);
+    const can_frame frame = {0x241, {8}, 0, 0, 0, {0x00, 0x50, 0x01}};
+    EXPECT_EQ(write(socket, &frame, sizeof frame), static_cast<ssize_t>(sizeof frame)) << error;
+    EXPECT_TRUE(simulator->waitForOutput("  ESP_FD2_VehSpd=4.5\n"));
+    EXPECT_TRUE(simulator->waitForOutput("  ESP_FD2 timed out\n"));
+    close(socket);
 }
 
 }  // namespace

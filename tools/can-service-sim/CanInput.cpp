@@ -15,17 +15,23 @@ void CanInput::declare(CLI::App& app) {
     database->type_name("FILE");
     auto* const log = app.add_option("--candump", log_, "Log of CAN frames to play, as 'candump -l' writes it");
     log->type_name("FILE")->needs(database);
+    app.add_option("--can", interface_, "CAN interface to receive frames from, such as can0 or vcan0")
+        ->type_name("IFACE")
+        ->needs(database)
+        ->excludes("--speed");
 }
 
 void CanInput::read() {
     if (!given()) {
         if (!database_.empty()) {
-            throw BadInput("--dbc tells what frames mean; add --candump LOG, where they come from");
+            throw BadInput("--dbc tells what frames mean; add --candump LOG or --can IFACE, where they come from");
         }
         return;
     }
     readDatabase();
-    readLog();
+    if (!log_.empty()) {
+        readLog();
+    }
 }
 
 void CanInput::readDatabase() {

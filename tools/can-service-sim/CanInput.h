@@ -16,8 +16,10 @@ class CanInput {
 public:
     void declare(CLI::App& app);
 
-    bool given() const { return !log_.empty(); }
+    bool given() const { return !log_.empty() || !interface_.empty(); }
     const std::string& log() const { return log_; }
+    /// The interface to receive from; empty: none.
+    const std::string& interface() const { return interface_; }
 
     /// Reads the files; does nothing when none is given.
     /// @throws BadInput for the first thing that is wrong in them
@@ -36,6 +38,7 @@ private:
     void readLog();
 
     std::string log_;
+    std::string interface_;
     std::string database_;
     std::unique_ptr<CanDecoder> decoder_;
     std::vector<TraceEvent> trace_;

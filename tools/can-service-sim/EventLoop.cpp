@@ -14,8 +14,7 @@ void EventLoop::post(Task task) {
 }
 
 void EventLoop::watch(int fd, Task readable) {
-    input_ = fd;
-    inputReadable_ = std::move(readable);
+    inputs_[fd] = std::move(readable);
 }
 
 void EventLoop::run() {
@@ -32,8 +31,11 @@ void EventLoop::wait() {
     if (!timed_.empty()) {
         next = timed_.begin()->first;
     }
-    pollfd fds[] = {{stop_.fd(), POLLIN, 0}, {wakeUp_.fd(), POLLIN, 0}, {input_, POLLIN, 0}};
-    if (pollUntil(fds, 3, next) <= 0) {
+    std::vector<pollfd> fds = {{stop_.fd(), POLLIN, 0}, {wakeUp_.fd(), POLLIN, 0}};
+    for (const auto& [fd, readable] : inputs_) {
+        fds.push_back({fd, POLLIN, 0});
+    }
+    if (pollUntil(fds.data(), fds.size(), next) <= 0) {
         return;
     }
     if (fds[0].revents != 0) {
@@ -43,8 +45,13 @@ void EventLoop::wait() {
         wakeUp_.clear();
         runPosted();
     }
-    if (fds[2].revents != 0 && !ended_) {
-        inputReadable_();
+    for (std::size_t i = 2; i < fds.size() && !ended_; ++i) {
+        // What ran before may have ended the watch.
+        const auto input = inputs_.find(fds[i].fd);
+        if (fds[i].revents != 0 && input != inputs_.end()) {
+            const Task readable = input->second;
+            readable();
+        }
     }
 }
 

@@ -11,7 +11,7 @@
 
 namespace qvn::tools {
 
-/// The main thread's loop: runs tasks at their time, lines of standard input as they come, and ends at SIGINT or
+/// The main thread's loop: runs tasks at their time, reads from file descriptors as input comes, and ends at SIGINT or
 /// SIGTERM. Only post() may be called from another thread.
 class EventLoop {
 public:
@@ -29,7 +29,7 @@ public:
 
     /// Calls `readable` whenever the file descriptor has something to read, until unwatch().
     void watch(int fd, Task readable);
-    void unwatch() { input_ = -1; }
+    void unwatch(int fd) { inputs_.erase(fd); }
 
     /// Runs until end() or a signal.
     void run();
@@ -45,8 +45,7 @@ private:
     std::multimap<Clock::time_point, Task> timed_;
     sync::Mutex mutex_;
     std::vector<Task> posted_ QVN_GUARDED_BY(mutex_);
-    int input_ = -1;
-    Task inputReadable_;
+    std::map<int, Task> inputs_;
     bool ended_ = false;
 };
 

@@ -41,6 +41,9 @@ public:
     /// Lets an event happen at its time, counted from start(), or now when it has none or its time has passed.
     void schedule(const TraceEvent& event);
 
+    /// Gives clients what a frame carries, now.
+    void receive(const CanFrame& frame);
+
     /// The time from start() at which the last scheduled event is over.
     Clock::time_point endOfScheduled() const { return endOfScheduled_; }
 
@@ -66,7 +69,6 @@ private:
     void applyFault(const FaultEvent& fault);
     void send(std::uint32_t code, std::optional<std::uint32_t> message, const std::string& raw, double period);
     void startGenerator(const GenerateEvent& event);
-    void receive(const CanFrame& frame);
     void supervise(std::uint32_t message, double period);
     void startCycle(std::uint32_t code, const std::string& raw, const Cycle& cycle);
     void endCycle(std::uint32_t code);

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "can-service-sim/CanInput.h"
+#include "can-service-sim/CanListener.h"
 #include "can-service-sim/InputLines.h"
 #include "can-service-sim/LineReader.h"
 #include "can-service-sim/Player.h"
@@ -177,7 +178,7 @@ private:
         if (reader_.read([this](const std::string& line) { take(line); })) {
             return;
         }
-        loop_.unwatch();
+        loop_.unwatch(STDIN_FILENO);
         if (reader_.lineNumber() > 0) {
             loop_.at(player_.endOfScheduled(), [this] { loop_.end(); });
         }
@@ -224,6 +225,11 @@ int serve(CommandLine& line, const StopSignals& stop, Output& output) {
     line.can.describe(journal);
     Player player(loop, journal, std::move(options));
     if (!player.start(std::move(trace))) {
+        return kFailed;
+    }
+    CanListener listener(loop, journal, line.can.interface(), [&](const CanFrame& frame) { player.receive(frame); });
+    if (!line.can.interface().empty() && !listener.start(&error)) {
+        Journal::error(error);
         return kFailed;
     }
     Console console(loop, player);

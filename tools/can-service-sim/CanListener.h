@@ -1,0 +1,35 @@
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string>
+
+#include "can-service-sim/CanFrame.h"
+#include "can-service-sim/EventLoop.h"
+#include "can-service-sim/Journal.h"
+#include "desk/FileDescriptor.h"
+
+namespace qvn::tools {
+
+/// Receives the frames of a CAN interface in the event loop. When the interface goes away, it is tried again each
+/// second.
+class CanListener {
+public:
+    CanListener(EventLoop& loop, const Journal& journal, std::string interface,
+                std::function<void(const CanFrame&)> onFrame);
+
+    /// Begins to receive. False when the interface is missing or down; `error` is one sentence for the user then.
+    bool start(std::string* error);
+
+private:
+    void read();
+    void tryAgainLater();
+
+    EventLoop& loop_;
+    const Journal& journal_;
+    std::string interface_;
+    std::function<void(const CanFrame&)> onFrame_;
+    std::optional<FileDescriptor> socket_;
+};
+
+}  // namespace qvn::tools
