@@ -4,6 +4,7 @@
 
 #include <sstream>
 
+#include "desk/DatabaseNotes.h"
 #include "desk/SignalNames.h"
 #include "support/ErrorOf.h"
 
@@ -53,6 +54,24 @@ TEST(SignalNotes, AFileThatIsWrongAddsNothing) {
         EXPECT_EQ(errorOf([&text = text] { add(text); }).find(error), 0U) << errorOf([&text = text] { add(text); });
     }
     EXPECT_EQ(SignalNotes::instance().of(findCode(NameKind::Received, "BCM1_TrunkSts")).unit, "");
+}
+
+TEST(SignalNotes, ComeFromASignalDatabaseToo) {
+    dbc::Signal trunk;
+    trunk.name = "BCM1_TrunkSts";
+    trunk.unit = "\xB0";
+    trunk.factor = 0.5;
+    trunk.values = {{0, "closed"}, {1, "half"}, {2, "Not available"}, {4, "2nd"}};
+    dbc::Signal speed;
+    speed.name = "QVN_GET_ESP_FD2_VehSpd";
+    speed.unit = "m/s";
+    dbc::Message message;
+    message.signals = {trunk, speed, dbc::Signal{}};
+    addNotes(SignalNotes::instance(), dbc::Database{{message}});
+    const std::uint32_t code = findCode(NameKind::Received, "BCM1_TrunkSts");
+    EXPECT_EQ(valueWithNote(code, 0) + ", " + valueWithNote(code, 1) + ", " + valueWithNote(code, 2),
+              "0 closed, 1 Not_available, 2 _2nd");
+    EXPECT_EQ(valueWithNote(findCode(NameKind::Received, "ESP_FD2_VehSpd"), 1), "1 m/s");
 }
 
 }  // namespace

@@ -5,8 +5,8 @@
 
 #include "can-service-sim/CandumpReader.h"
 #include "can-service-sim/InputLines.h"
-#include "dbc/Reader.h"
 #include "desk/BadInput.h"
+#include "desk/DatabaseNotes.h"
 
 namespace qvn::tools {
 
@@ -35,12 +35,9 @@ void CanInput::read() {
 }
 
 void CanInput::readDatabase() {
-    std::ifstream file = openFile(database_);
-    try {
-        decoder_ = std::make_unique<CanDecoder>(dbc::readDatabase(file, database_));
-    } catch (const dbc::SyntaxError& error) {
-        throw BadInput(error.what());
-    }
+    dbc::Database database = readDatabaseFile(database_);
+    addNotes(SignalNotes::instance(), database);
+    decoder_ = std::make_unique<CanDecoder>(std::move(database));
     if (decoder_->knownSignals() == 0) {
         throw BadInput(database_ + ": none of its " + std::to_string(decoder_->signals()) +
                        " signals is known to the schema; expected names such as ESP_FD2_VehSpd, --list shows them all");

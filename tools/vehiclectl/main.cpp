@@ -5,6 +5,7 @@
 #include <string>
 
 #include "desk/CommandLine.h"
+#include "desk/DatabaseNotes.h"
 #include "desk/ExitCode.h"
 #include "desk/Output.h"
 #include "desk/SignalNotes.h"
@@ -39,6 +40,7 @@ struct CommandLine {
     MeasureOptions hz;
     MeasureOptions status;
     std::vector<std::string> notes;
+    std::vector<std::string> databases;
     std::function<int(const StopSignals&, Output&)> command;
 };
 
@@ -70,6 +72,7 @@ void declare(CLI::App& app, CommandLine& line) {
     app.add_flag("-v,--verbose", line.verbose, "Show the client's log on standard error");
     app.add_option("--signals", line.notes, "Descriptions, units and value names to add, as in share/signals")
         ->type_name("FILE");
+    app.add_option("--dbc", line.databases, "Signal database whose units and value names to add")->type_name("FILE");
     app.require_subcommand(0, 1);
     app.fallthrough();
     app.footer(std::string("A PROPERTY is an identifier (0x21600E1F) or a signal's name (ESP_FD2_VehSpd).\n") +
@@ -153,6 +156,9 @@ int run(int argc, char** argv, const StopSignals& stop, Output& output) {
     if (!line.command) {
         std::cerr << app.help();
         return kUsage;
+    }
+    for (const std::string& file : line.databases) {
+        addNotes(SignalNotes::instance(), readDatabaseFile(file));
     }
     for (const std::string& file : line.notes) {
         SignalNotes::instance().addFile(file);
