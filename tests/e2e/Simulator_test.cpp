@@ -143,6 +143,31 @@ TEST_F(Simulator, BreaksWhatItIsToldTo) {
     EXPECT_TRUE(tells(R"("signal":"HAP_FD1_APS_ProcBar","value":3)"));
 }
 
+TEST_F(Simulator, CommandsAreTakenFromAScriptAndAtAPrompt) {
+    const auto script = desk.simulator("--play " + desk.file("a.trace", "(1000) BCM1_DrvDoorSts=1\n") + " -");
+    script->write("speed 0.5\npause\nspeed 1000\nresume\nEPB1_EPBSts=3\nshow EPB*\nlist EPB1\n");
+    ASSERT_TRUE(script->waitForOutput("message of 1 signals"));
+    EXPECT_NE(script->output().find("EPB1_EPBSts                              3\n"), std::string::npos);
+    script->write("show DCT5*\n");
+    ASSERT_TRUE(script->waitForOutput("DCT5_TGS_LEVER                           0 P\n"));
+    script->write("speed fast\n");
+    EXPECT_EQ(script->wait(), 2);
+    EXPECT_NE(script->errors().find("stdin:9: 'fast' is no number"), std::string::npos) << script->errors();
+
+    const Process::Environment state = {{"XDG_STATE_HOME", desk.directory()}, {"TERM", "xterm"}};
+    const auto prompt = desk.start("script -qec can-service-sim /dev/null", state);
+    ASSERT_TRUE(prompt->waitForOutput("> "));
+    prompt->write("EPB1_EP\t=5\rEPB1!late\r");
+    ASSERT_TRUE(prompt->waitForOutput("'late' is not known here"));
+    prompt->write("show EPB*\r");
+    ASSERT_TRUE(prompt->waitForOutput("EPB1_EPBSts                              5"));
+    prompt->write("quit\r");
+    EXPECT_EQ(prompt->wait(), 0);
+    std::ifstream history(desk.directory() + "/can-service-sim-history");
+    const std::string lines{std::istreambuf_iterator<char>(history), {}};
+    EXPECT_NE(lines.find("EPB1_EPBSts=5\n"), std::string::npos) << lines;
+}
+
 TEST_F(Simulator, ReverseBeforeTheServiceReachesAnApplication) {
     const std::string trace = desk.file("a.trace", "(0) service=down\n(0) reverse=0\n(0) BCM1_TrunkSts=1\n");
     const auto simulator = desk.simulator("- --play " + trace);

@@ -147,12 +147,14 @@ void Journal::tell(Detail least, const char* event, const std::string& text,
     }
     const double elapsed = std::chrono::duration<double>(std::chrono::steady_clock::now() - start_).count();
     if (form_ == Form::Text) {
-        output_.print("%9.3f  %s\n", elapsed, text.c_str());
+        char time[32];
+        std::snprintf(time, sizeof time, "%9.3f  ", elapsed);
+        write_(time + text + "\n");
         return;
     }
     Json object = {{"t", std::round(elapsed * 1e6) / 1e6}, {"event", event}};
     fields(object);
-    output_.write(object.dump() + "\n");
+    write_(object.dump() + "\n");
 }
 
 }  // namespace qvn::tools

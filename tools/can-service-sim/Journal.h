@@ -5,9 +5,9 @@
 #include <functional>
 #include <nlohmann/json_fwd.hpp>
 #include <string>
+#include <utility>
 
 #include "can-service-sim/TraceReader.h"
-#include "desk/Output.h"
 
 namespace qvn::tools {
 
@@ -22,7 +22,9 @@ public:
     };
     enum class Form { Text, Json };
 
-    Journal(Output& output, Detail detail, Form form) : output_(output), detail_(detail), form_(form) {}
+    /// @param write takes whole lines
+    Journal(std::function<void(std::string)> write, Detail detail, Form form)
+        : write_(std::move(write)), detail_(detail), form_(form) {}
 
     void service(bool up) const;
     void message(std::uint32_t code, bool timedOut) const;
@@ -51,7 +53,7 @@ private:
     void tell(Detail least, const char* event, const std::string& text,
               const std::function<void(Json& object)>& fields) const;
 
-    Output& output_;
+    std::function<void(std::string)> write_;
     Detail detail_;
     Form form_;
     std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();

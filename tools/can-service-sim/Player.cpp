@@ -38,6 +38,7 @@ Player::Player(EventLoop& loop, const Journal& journal, Options options)
 
 bool Player::start(std::vector<TraceEvent> trace) {
     trace_ = std::move(trace);
+    lengthOfTrace_ = traceEnd(trace_);
     start_ = Clock::now();
     endOfScheduled_ = start_;
     const bool startsDown = std::any_of(trace_.begin(), trace_.end(), [](const TraceEvent& event) {
@@ -54,23 +55,59 @@ bool Player::start(std::vector<TraceEvent> trace) {
 void Player::playTrace(Clock::time_point start) {
     traceStart_ = start;
     nextOfTrace_ = 0;
-    endOfScheduled_ = start + scaled(traceEnd(trace_));
     playNextOfTrace();
 }
 
 // One event of the trace waits in the loop at a time, by the trace's own clock: nothing adds up over hours.
 void Player::playNextOfTrace() {
+    endOfTrace_ = traceStart_ + scaled(lengthOfTrace_);
+    endOfScheduled_ = std::max(endOfScheduled_, endOfTrace_);
     if (nextOfTrace_ < trace_.size()) {
         const TraceEvent& event = trace_[nextOfTrace_];
-        loop_.at(traceStart_ + scaled(event.time.value_or(0.0)), [this, &event] {
+        waitInTrace(traceStart_ + scaled(event.time.value_or(0.0)), [this, &event] {
             ++nextOfTrace_;
             playNextOfTrace();
             apply(event.action);
         });
     } else if (options_.loop && !trace_.empty()) {
-        loop_.at(endOfScheduled_, [this, again = endOfScheduled_] { playTrace(again); });
+        waitInTrace(endOfTrace_, [this] { playTrace(endOfTrace_); });
     } else if (options_.exitAtEnd) {
-        loop_.at(endOfScheduled_, [this] { loop_.end(); });
+        waitInTrace(endOfTrace_, [this] { loop_.end(); });
+    }
+}
+
+void Player::waitInTrace(Clock::time_point time, EventLoop::Task task) {
+    traceTimer_ = loop_.at(time, [this, task = std::move(task)] {
+        traceTimer_.reset();
+        task();
+    });
+}
+
+double Player::positionInTrace() const {
+    return pausedAt_.value_or(std::chrono::duration<double>(Clock::now() - traceStart_).count() * options_.speed);
+}
+
+void Player::pause() {
+    pausedAt_ = positionInTrace();
+    if (traceTimer_) {
+        loop_.cancel(*traceTimer_);
+        traceTimer_.reset();
+    }
+}
+
+void Player::resume() {
+    if (pausedAt_) {
+        traceStart_ = Clock::now() - scaled(*std::exchange(pausedAt_, std::nullopt));
+        playNextOfTrace();
+    }
+}
+
+void Player::setSpeed(double speed) {
+    const bool wasPaused = pausedAt_.has_value();
+    pause();
+    options_.speed = speed;
+    if (!wasPaused) {
+        resume();
     }
 }
 
@@ -78,6 +115,10 @@ void Player::schedule(const TraceEvent& event) {
     const Clock::time_point now = Clock::now();
     const Clock::time_point time = event.time ? std::max(now, start_ + scaled(*event.time)) : now;
     endOfScheduled_ = std::max(endOfScheduled_, time);
+    if (!event.time) {
+        apply(event.action);  // what stands in the next line may ask for its effect
+        return;
+    }
     loop_.at(time, [this, action = event.action] { apply(action); });
 }
 

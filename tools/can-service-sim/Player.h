@@ -47,6 +47,17 @@ public:
     /// The time from start() at which the last scheduled event is over.
     Clock::time_point endOfScheduled() const { return endOfScheduled_; }
 
+    /// Holds the trace; what comes in otherwise goes on.
+    void pause();
+    void resume();
+    /// Plays on at that many times the trace's own speed; cycles follow with their next value.
+    void setSpeed(double speed);
+    /// Seconds of the trace.
+    double positionInTrace() const;
+
+    /// The present raw bytes of a signal; nothing when it has none.
+    std::optional<std::string> signal(std::uint32_t code) { return service_.signal(code); }
+
     /// Whether something failed while playing.
     bool failed() const { return failed_; }
 
@@ -62,6 +73,7 @@ private:
 
     void playTrace(Clock::time_point start);
     void playNextOfTrace();
+    void waitInTrace(Clock::time_point time, EventLoop::Task task);
     void apply(const TraceAction& action);
     void put(const SignalEvent& event);
     void receive(std::uint32_t code, const std::string& raw, double period);
@@ -91,7 +103,11 @@ private:
     std::map<std::uint32_t, Clock::time_point> lateUntil_;  // by signal: the last delayed value is sent then
     std::vector<TraceEvent> trace_;
     std::size_t nextOfTrace_ = 0;
+    double lengthOfTrace_ = 0.0;  // seconds
     Clock::time_point traceStart_;
+    Clock::time_point endOfTrace_;
+    std::optional<EventLoop::Timer> traceTimer_;
+    std::optional<double> pausedAt_;  // seconds of the trace
     std::map<std::uint32_t, RunningCycle> cycles_;
     Clock::time_point start_;
     Clock::time_point endOfScheduled_;

@@ -12,8 +12,8 @@
 
 #include "can-service-sim/CanInput.h"
 #include "can-service-sim/CanListener.h"
+#include "can-service-sim/Console.h"
 #include "can-service-sim/InputLines.h"
-#include "can-service-sim/LineReader.h"
 #include "can-service-sim/Player.h"
 #include "can-service-sim/TraceCut.h"
 #include "desk/BadInput.h"
@@ -50,7 +50,10 @@ struct CommandLine {
     bool list = false;
     CanInput can;
 
-    bool readsStandardInput() const { return (trace.empty() && !can.given()) || input == "-"; }
+    bool readsStandardInput() const {
+        const bool alone = trace.empty() && !can.given();
+        return alone || input == "-" || isatty(STDIN_FILENO) != 0;
+    }
 };
 
 void declare(CLI::App& app, CommandLine& line) {
@@ -146,68 +149,6 @@ Player::Options playerOptions(const CommandLine& line) {
     return options;
 }
 
-void listNames(Output& output) {
-    for (const tables::DecodingRow& row : tables::kDecodingRules) {
-        output.print("%-40s %s  %s, 0 to %s\n", signalName(row.code).c_str(), hexText(row.code).c_str(),
-                     kindText(row).c_str(), formatNumber(largestValue(row)).c_str());
-    }
-    for (const tables::MessageRow& row : tables::kMessages) {
-        output.print("%-40s %s  message of %zu signals\n", signalName(row.code).c_str(), hexText(row.code).c_str(),
-                     row.signals.size());
-    }
-}
-
-/// Feeds the lines of standard input to the player. Input that ends without a single line (a service started in the
-/// background) leaves the service running; input that gave lines ends it after the last of them.
-class Console {
-public:
-    Console(EventLoop& loop, Player& player) : loop_(loop), player_(player), reader_(STDIN_FILENO) {}
-
-    void start() {
-        // The system stops a background job that reads its terminal.
-        const bool background = isatty(STDIN_FILENO) != 0 && tcgetpgrp(STDIN_FILENO) != getpgrp();
-        if (!background) {
-            loop_.watch(STDIN_FILENO, [this] { read(); });
-        }
-    }
-
-    bool failed() const { return failed_; }
-
-private:
-    void read() {
-        if (reader_.read([this](const std::string& line) { take(line); })) {
-            return;
-        }
-        loop_.unwatch(STDIN_FILENO);
-        if (reader_.lineNumber() > 0) {
-            loop_.at(player_.endOfScheduled(), [this] { loop_.end(); });
-        }
-    }
-
-    void take(const std::string& line) {
-        if (failed_) {
-            return;
-        }
-        try {
-            if (const auto event = readTraceLine(line)) {
-                player_.schedule(*event);
-            }
-        } catch (const BadInput& error) {
-            Journal::error("stdin:" + std::to_string(reader_.lineNumber()) + ": " + error.what());
-            // A person at a terminal corrects the line; a script that is wrong must not go on.
-            if (isatty(STDIN_FILENO) == 0) {
-                failed_ = true;
-                loop_.end();
-            }
-        }
-    }
-
-    EventLoop& loop_;
-    Player& player_;
-    LineReader reader_;
-    bool failed_ = false;
-};
-
 int serve(CommandLine& line, const StopSignals& stop, Output& output) {
     std::vector<TraceEvent> trace = readTraceOf(line);
     Player::Options options = playerOptions(line);
@@ -217,7 +158,8 @@ int serve(CommandLine& line, const StopSignals& stop, Output& output) {
         return kFailed;
     }
     EventLoop loop(stop);
-    const Journal journal(output,
+    Console console(loop, output);
+    const Journal journal([&console](std::string text) { console.print(std::move(text)); },
                           line.quiet     ? Journal::Detail::Quiet
                           : line.verbose ? Journal::Detail::All
                                          : Journal::Detail::Normal,
@@ -232,9 +174,8 @@ int serve(CommandLine& line, const StopSignals& stop, Output& output) {
         Journal::error(error);
         return kFailed;
     }
-    Console console(loop, player);
     if (line.readsStandardInput()) {
-        console.start();
+        console.start(player);
     }
     loop.run();
     if (console.failed()) {
@@ -255,7 +196,7 @@ int run(int argc, char** argv, const StopSignals& stop, Output& output) {
         SignalNotes::instance().addFile(file);
     }
     if (line.list) {
-        listNames(output);
+        output.write(listText("*"));
         return kDone;
     }
     return serve(line, stop, output);

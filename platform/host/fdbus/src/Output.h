@@ -18,7 +18,7 @@ namespace fdb {
 /// A lone frame is written at once by the thread that sends it. Frames that follow each other closely are gathered: the
 /// Writer, or the sender of the frame that fills the batch, writes them together. What the peer does not take waits in
 /// a queue of bounded size; a peer that overruns it is disconnected.
-class Output : public Queued, public std::enable_shared_from_this<Output> {
+class Output final : public Queued, public std::enable_shared_from_this<Output> {
 public:
     /// @param label names the other side in log lines
     Output(qvn::host::UniqueFd fd, std::string label) : mFd(std::move(fd)), mLabel(std::move(label)) {}
