@@ -11,8 +11,8 @@ namespace qvn::tools {
 /// @throws BadInput for a file that cannot be read, or for what is wrong in it
 dbc::Database readDatabaseFile(const std::string& path);
 
-/// Adds the units and value names that a database has for signals of the schema. A name becomes one word; a unit that is
-/// not of plain ASCII characters is left out, since a database does not tell its encoding.
+/// Adds the units and value names that a database has for signals of the schema. A name becomes one word; a unit that
+/// is not of plain ASCII characters is left out, since a database does not tell its encoding.
 void addNotes(SignalNotes& notes, const dbc::Database& database);
 
 }  // namespace qvn::tools

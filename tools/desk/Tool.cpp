@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <exception>
+#include <iostream>
 
 #include "desk/BadInput.h"
 #include "desk/ExitCode.h"
@@ -26,6 +27,8 @@ void keepStandardStreamsTaken() {
 int runTool(const std::function<int(const StopSignals&, Output&)>& work,
             const std::function<void(const std::string&)>& printError) {
     keepStandardStreamsTaken();
+    // A tool writes by its Output. What goes through here comes from a bus that has something to say at its end.
+    std::cout.setstate(std::ios::badbit);
     try {
         const StopSignals stop;
         Output output(stop);
