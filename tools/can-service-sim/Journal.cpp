@@ -9,19 +9,10 @@
 #include "desk/PhysicalValue.h"
 #include "desk/SignalNames.h"
 #include "desk/SignalNotes.h"
+#include "desk/Text.h"
 
 namespace qvn::tools {
 namespace {
-
-std::string hexBytes(const std::string& raw) {
-    std::string text;
-    for (const char c : raw) {
-        char byte[4];
-        std::snprintf(byte, sizeof byte, "%02X", static_cast<unsigned>(static_cast<unsigned char>(c)));
-        text += byte;
-    }
-    return text;
-}
 
 /// The physical value of a signal's bytes as text; empty when there is none.
 std::string physicalText(std::uint32_t code, const std::string& raw) {

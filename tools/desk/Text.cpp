@@ -17,6 +17,16 @@ std::string quoted(std::string_view text) {
     return result;
 }
 
+std::string hexBytes(std::string_view raw) {
+    constexpr char kDigits[] = "0123456789ABCDEF";
+    std::string text;
+    for (const char c : raw) {
+        const auto byte = static_cast<unsigned char>(c);
+        text += {kDigits[byte >> 4], kDigits[byte & 0xF]};
+    }
+    return text;
+}
+
 std::string_view withoutByteOrderMark(std::string_view line) {
     constexpr std::string_view kMark = "\xEF\xBB\xBF";
     return line.substr(0, kMark.size()) == kMark ? line.substr(kMark.size()) : line;

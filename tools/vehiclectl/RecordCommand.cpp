@@ -14,6 +14,7 @@
 #include "desk/MonotonicTime.h"
 #include "desk/PollUntil.h"
 #include "desk/SignalNames.h"
+#include "desk/Text.h"
 #include "vehiclectl/BusTap.h"
 #include "vehiclectl/Commands.h"
 #include "vehiclectl/Waiting.h"
@@ -45,12 +46,7 @@ std::string lineOf(const TapEvent& event, long start) {
     std::string line = time;
     switch (event.kind) {
         case TapEvent::Kind::Signal:
-            line += signalName(event.code) + "#";
-            for (const char c : event.raw) {
-                char byte[4];
-                std::snprintf(byte, sizeof byte, "%02X", static_cast<unsigned>(static_cast<unsigned char>(c)));
-                line += byte;
-            }
+            line += signalName(event.code) + "#" + hexBytes(event.raw);
             break;
         case TapEvent::Kind::MessageTimedOut:
             line += signalName(event.code) + "!timeout";
