@@ -182,10 +182,13 @@ TEST_F(Vehiclectl, ExaminesTheService) {
 
 TEST_F(Vehiclectl, RecordsATraceThatTheSimulatorPlays) {
     const auto record = desk.start("vehiclectl record - BCM1_DrvDoorSts 'CSA3_Seek*'");
-    auto simulator = desk.simulator("--no-initial");
+    auto simulator = desk.simulator();
     const std::string events =
         "BCM1_DrvDoorSts#01\nCSA3_SeekUpSwtSts#0203\nBCM1_DrvDoorSts#01\nCSA3!timeout\nreverse=1\n";
-    ASSERT_TRUE(record->waitForOutput("service=up"));
+    const std::string current =  // all five switches are one property
+        "CSA3_AdjVolDwnSwtSts#00\nCSA3_AdjVolUpSwtSts#00\nCSA3_EnterSwtSts_Mmed#00\nCSA3_SeekDwnSwtSts#00\n"
+        "CSA3_SeekUpSwtSts#00\nBCM1_DrvDoorSts#00\n";
+    ASSERT_TRUE(record->waitForOutput("BCM1_DrvDoorSts#00")) << "the last of what a subscription returns";
     std::istringstream lines(events);
     for (std::string line; std::getline(lines, line);) {
         simulator->write(line + "\n");
@@ -201,8 +204,8 @@ TEST_F(Vehiclectl, RecordsATraceThatTheSimulatorPlays) {
     for (std::string line; std::getline(written, line);) {
         recorded += line[0] == '(' ? line.substr(line.find(") ") + 2) + "\n" : "";
     }
-    EXPECT_EQ(recorded, "reverse=0\nservice=up\n" + events + "CSA3!ok\nservice=down\n");
-    EXPECT_NE(record->errors().find("9 events in "), std::string::npos) << record->errors();
+    EXPECT_EQ(recorded, "reverse=0\nservice=up\n" + current + events + "CSA3!ok\nservice=down\n");
+    EXPECT_NE(record->errors().find("15 events in "), std::string::npos) << record->errors();
 
     const std::string trace = desk.file("recorded.trace", record->output());
     const auto played = desk.run("can-service-sim --no-initial --exit-at-end -v --play " + trace);
