@@ -22,6 +22,9 @@ std::pair<std::size_t, std::uint32_t> subjectOf(const TraceAction& action) {
         const bool freezes = fault->kind == FaultEvent::Kind::Freeze || fault->kind == FaultEvent::Kind::Thaw;
         return {freezes ? 2 : 3 + static_cast<std::size_t>(fault->kind), fault->code};
     }
+    if (const auto* const frame = std::get_if<FrameEvent>(&action)) {
+        return {9, frame->frame.id};
+    }
     if (const auto* const message = std::get_if<MessageEvent>(&action)) {
         return {1, message->code};
     }

@@ -65,7 +65,7 @@ void declare(CLI::App& app, CommandLine& line) {
         ->check(numberFrom(0.001, 1000.0))
         ->type_name("X");
     const auto addTime = [&](const char* name, std::optional<double>& time, const char* text) {
-        return app.add_option(name, time, text)->check(numberFrom(0.0, 1e6))->type_name("S")->needs("--play");
+        return app.add_option(name, time, text)->check(numberFrom(0.0, 1e6))->type_name("S");
     };
     auto* const from =
         addTime("--from", line.cut.from, "Play the trace from S seconds on, as if nothing had been before");
@@ -107,8 +107,23 @@ std::vector<TraceEvent> readWithProgress(const std::string& name, bool quiet) {
     return trace;
 }
 
+/// What is said of a trace needs one.
+void checkTraceOptions(const CommandLine& line) {
+    const std::pair<const char*, bool> given[] = {{"--loop", line.loop},
+                                                  {"--exit-at-end", line.exitAtEnd},
+                                                  {"--from", line.cut.from.has_value()},
+                                                  {"--to", line.cut.to.has_value()},
+                                                  {"--start-at", line.cut.startAt.has_value()}};
+    for (const auto& [option, isGiven] : given) {
+        if (isGiven && line.trace.empty() && line.can.log().empty()) {
+            throw BadInput(std::string(option) + " needs --play or --candump");
+        }
+    }
+}
+
 /// The trace and the log, as one.
 std::vector<TraceEvent> readTraceOf(CommandLine& line) {
+    checkTraceOptions(line);
     line.can.read();
     std::vector<TraceEvent> trace = line.can.takeTrace();
     if (!line.trace.empty()) {
@@ -123,9 +138,6 @@ std::vector<TraceEvent> readTraceOf(CommandLine& line) {
     const std::string& name = line.trace.empty() ? line.can.log() : line.trace;
     if (trace.empty() && !empty) {
         throw BadInput("nothing of " + name + " is left to play; see --from, --to and --start-at");
-    }
-    if (name.empty() && (line.loop || line.exitAtEnd)) {
-        throw BadInput(std::string(line.loop ? "--loop" : "--exit-at-end") + " needs --play or --candump");
     }
     if (line.loop && traceEnd(trace) <= 0.0) {
         throw BadInput(name + " is over at once; --loop needs a trace that takes time");
