@@ -114,7 +114,8 @@ TEST_F(Vehiclectl, ListNamesEveryPropertyInBothForms) {
     const std::vector<json> list = objects(desk.run("vehiclectl list --json").output);
     EXPECT_EQ(list.size(), 235U);
     EXPECT_EQ(list.at(0), json::parse(R"({"id":"0x21600E24","type":"float","direction":"get",
-                                          "signals":["CSA2_SteerWheelAng"]})"));
+                                          "signals":["CSA2_SteerWheelAng"],"unit":"deg",
+                                          "description":"steering angle, without its sign"})"));
     for (const json& property : list) {
         char columns[40];
         std::snprintf(columns, sizeof columns, "%s  %-5s  %-7s ", property["id"].get<std::string>().c_str(),

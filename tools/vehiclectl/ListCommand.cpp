@@ -7,6 +7,7 @@
 #include "desk/Number.h"
 #include "desk/PropertyNames.h"
 #include "desk/SignalNames.h"
+#include "desk/SignalNotes.h"
 #include "vehiclectl/Commands.h"
 
 namespace qvn::tools {
@@ -39,6 +40,14 @@ std::string jsonText(const PropertyInfo& property) {
     object["type"] = typeText(property);
     object["direction"] = directionText(property);
     object["signals"] = signalsOf(property);
+    const auto& codes = property.received.empty() ? property.settable : property.received;
+    const SignalNote& note = SignalNotes::instance().of(codes.front());
+    if (codes.size() == 1 && !note.unit.empty()) {
+        object["unit"] = note.unit;
+    }
+    if (codes.size() == 1 && !note.description.empty()) {
+        object["description"] = note.description;
+    }
     return object.dump();
 }
 
