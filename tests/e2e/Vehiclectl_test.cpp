@@ -178,6 +178,10 @@ TEST_F(Vehiclectl, ExaminesTheService) {
     EXPECT_NEAR(speed["rate"].get<double>() * speed["period_ms"].get<double>(), 1000.0, 0.01);
     EXPECT_LE(speed["shortest_ms"], speed["period_ms"]);
     EXPECT_NE(hz.errors.find("1 of 2 properties came less than twice"), std::string::npos) << hz.errors;
+    const std::string notes = desk.file("notes.json", R"({"ESP_FD2_VehSpd": {"unit": "mph"}})");
+    EXPECT_NE(desk.run("vehiclectl get --signals " + notes + " ESP_FD2_VehSpd").output.find("4.5 mph"),
+              std::string::npos)
+        << "the file is no list of files";
     EXPECT_NE(desk.run("vehiclectl info ESP_FD2_VehSpd").output.find("range        0 to 3686.344"), std::string::npos);
 }
 

@@ -1,16 +1,12 @@
 #include "can-service-sim/Player.h"
 
 #include <algorithm>
-#include <cstdio>
-#include <cstdlib>
 #include <utility>
 
 #include "desk/BadInput.h"
 #include "desk/DeskPlatform.h"
-#include "desk/Number.h"
 #include "desk/PhysicalValue.h"
 #include "desk/SignalNames.h"
-#include "desk/SignalNotes.h"
 
 namespace qvn::tools {
 namespace {

@@ -59,7 +59,7 @@ struct CommandLine {
 void declare(CLI::App& app, CommandLine& line) {
     app.add_option("--play", line.trace, "Trace file to play")->type_name("FILE");
     app.add_option("input", line.input,
-                   "'-' reads trace lines from standard input; so does a call without another input")
+                   "'-' reads trace lines from standard input; so do a call without another input, and a terminal")
         ->type_name("");
     app.add_option("--speed", line.speed, "Play that many times faster, 0.001 to 1000")
         ->check(numberFrom(0.001, 1000.0))
@@ -76,6 +76,7 @@ void declare(CLI::App& app, CommandLine& line) {
     line.can.declare(app);
     app.add_option("--rules", line.rules, "Answers to sets, added to the built-in ones")->type_name("FILE");
     app.add_option("--signals", line.notes, "Descriptions, units and value names to add, as in share/signals")
+        ->allow_extra_args(false)
         ->type_name("FILE");
     app.add_option("--name", line.name, "Name of the service")->capture_default_str()->type_name("NAME");
     app.add_flag("--no-initial", line.noInitial, "Have no values until the trace gives them, instead of zeros");

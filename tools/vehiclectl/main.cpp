@@ -71,8 +71,11 @@ void addMeasuring(CLI::App& command, MeasureOptions& options) {
 void declare(CLI::App& app, CommandLine& line) {
     app.add_flag("-v,--verbose", line.verbose, "Show the client's log on standard error");
     app.add_option("--signals", line.notes, "Descriptions, units and value names to add, as in share/signals")
+        ->allow_extra_args(false)
         ->type_name("FILE");
-    app.add_option("--dbc", line.databases, "Signal database whose units and value names to add")->type_name("FILE");
+    app.add_option("--dbc", line.databases, "Signal database whose units and value names to add")
+        ->allow_extra_args(false)
+        ->type_name("FILE");
     app.require_subcommand(0, 1);
     app.fallthrough();
     app.footer(std::string("A PROPERTY is an identifier (0x21600E1F) or a signal's name (ESP_FD2_VehSpd).\n") +
