@@ -143,8 +143,13 @@ struct WatchScreen::Layout {
 bool WatchScreen::possible() {
     int error = 0;
     const char* const term = std::getenv("TERM");
-    return isatty(STDOUT_FILENO) != 0 && term != nullptr && std::strcmp(term, "dumb") != 0 &&
-           setupterm(nullptr, STDOUT_FILENO, &error) == OK && tigetstr("cup") != nullptr;
+    if (isatty(STDOUT_FILENO) == 0 || term == nullptr || std::strcmp(term, "dumb") == 0 ||
+        setupterm(nullptr, STDOUT_FILENO, &error) != OK) {
+        return false;
+    }
+    const bool movesCursor = tigetstr("cup") != nullptr;
+    del_curterm(cur_term);
+    return movesCursor;
 }
 
 WatchScreen::WatchScreen(const PropertyStates& states, std::vector<const PropertyInfo*> properties)
