@@ -153,14 +153,18 @@ TEST(Generator, GivesACourseOfValues) {
     }
 }
 
-std::string partOf(const std::string& text, const TraceCut& cut) {
+std::string shown(const std::vector<TraceEvent>& events) {
     std::string part;
-    for (const TraceEvent& event : cutTrace(read(text), cut)) {
+    for (const TraceEvent& event : events) {
         const auto* const signal = std::get_if<SignalEvent>(&event.action);
         part += formatNumber(*event.time) + ":" + (signal ? std::to_string(signal->raw[0]) : "-");
         part += signal && signal->cycle ? "* " : " ";
     }
     return part;
+}
+
+std::string partOf(const std::string& text, const TraceCut& cut) {
+    return shown(cutTrace(read(text), cut));
 }
 
 TEST(TraceCut, PlaysAPartOrStartsInTheStateOfThen) {
@@ -175,6 +179,18 @@ TEST(TraceCut, PlaysAPartOrStartsInTheStateOfThen) {
     EXPECT_EQ(
         partOf("(0) EPB1_EPBSts=step 1,2 every 0.1 for 1\n(0) EPB1!silence\n(2) BCM1_TrunkSts=3\n", {2.0, {}, {}}),
         "0:1 0:- 0:3 ");
+}
+
+TEST(TraceCut, GivesTheStateAtATimeWhateverWasBefore) {
+    const auto trace = read(
+        "(0) service=down\n(1) BCM1_DrvDoorSts=1\n(2) BCM1_DrvDoorSts=2 every 0.1\n(2) reverse=1\n"
+        "(3) BCM1_TrunkSts=5\n(4) BCM1!timeout\n");
+    EXPECT_EQ(shown(stateAt(trace, 2.0)), "0:- 0:1 0:- 0:0 ") << "down, a door; then the line and the tailgate anew";
+    EXPECT_EQ(shown(stateAt(trace, 9.0)), "0:- 0:2* 0:- 0:5 0:- ");
+    const auto begin = stateAt(trace, 0.0);
+    EXPECT_EQ(shown(begin), "0:- 0:0 0:- 0:0 ");
+    EXPECT_TRUE(std::get<ServiceEvent>(begin[0].action).up);
+    EXPECT_FALSE(std::get<ReverseEvent>(begin[2].action).engaged);
 }
 
 }  // namespace

@@ -33,6 +33,29 @@ TEST_F(Simulator, TakesLinesOfItsInputAtTheirTimes) {
     EXPECT_GE(timeOf(simulator->output(), "BCM1_DrvDoorSts=2"), 0.0);
 }
 
+TEST_F(Simulator, GoesToAPlaceInItsTrace) {
+    const std::string trace = desk.file("a.trace",
+                                        "(0) BCM1_DrvDoorSts=1\n(100) ESP_FD2_VehSpd=9 every 0.1\n"
+                                        "(200) HAP_FD2_AVM_CurrSts=3\n(300) HAP_FD3!timeout\n");
+    const auto simulator = desk.simulator("- --play " + trace);
+    simulator->write("pause\nseek 250\nshow *_DrvDoorSts\nshow *VehSpd\nshow *AVM_CurrSts\n");
+    EXPECT_TRUE(
+        simulator->waitForOutput("stands at 250 s\nBCM1_DrvDoorSts                          1 open\n"
+                                 "ESP_FD2_VehSpd                           9 km/h\n"
+                                 "HAP_FD2_AVM_CurrSts                      3\n"))
+        << simulator->output() << simulator->errors();
+    simulator->write("HAP_FD1!timeout\nseek 50\nshow *VehSpd\n");
+    EXPECT_TRUE(simulator->waitForOutput("stands at 50 s\nESP_FD2_VehSpd                           0 km/h\n"))
+        << "what comes later only is as before the trace";
+    EXPECT_TRUE(simulator->waitForOutput("HAP_FD1 ok")) << "and nothing is wrong any more";
+    simulator->write("seek 299.9\nresume\n");
+    EXPECT_TRUE(simulator->waitForOutput("HAP_FD3 timed out")) << "it plays on from there";
+    simulator->write("seek 301\n");
+    EXPECT_EQ(simulator->wait(), 2);
+    EXPECT_EQ(simulator->errors(),
+              "can-service-sim: stdin:11: '301' is out of range; expected seconds of the trace from 0 to 300\n");
+}
+
 TEST_F(Simulator, PlaysATraceWithItsCyclesAndAnswersFaster) {
     const std::string trace = desk.file("a.trace",
                                         "(400) BCM1_DrvDoorSts=1\n"
@@ -169,16 +192,16 @@ TEST_F(Simulator, CommandsAreTakenFromAScriptAndAtAPrompt) {
 }
 
 TEST_F(Simulator, ReverseBeforeTheServiceReachesAnApplication) {
-    const std::string trace = desk.file("a.trace", "(0) service=down\n(0) reverse=0\n(0) BCM1_TrunkSts=1\n");
+    const std::string trace = desk.file("a.trace", "(0) service=down\n(0) reverse=0\n(0) " + kByte + "=1\n");
     const auto simulator = desk.simulator("- --play " + trace);
     ASSERT_TRUE(simulator->waitForOutput("reverse released"));
-    const auto watch = desk.watch("BCM8_PASWorkCmd BCM1_TrunkSts");
+    const auto watch = desk.watch("BCM8_PASWorkCmd " + kByte);
     ASSERT_TRUE(waitForLine(*watch, shown("BCM8_PASWorkCmd", "0 close")));
     simulator->write("reverse=1\n");
     ASSERT_TRUE(waitForLine(*watch, shown("BCM8_PASWorkCmd", "1 open")));
-    EXPECT_EQ(watch->output().find("BCM1_TrunkSts"), std::string::npos);
+    EXPECT_EQ(watch->output().find(kByte), std::string::npos);
     simulator->write("service=up\n");
-    EXPECT_TRUE(waitForValue(*watch, "BCM1_TrunkSts", 1));
+    EXPECT_TRUE(waitForValue(*watch, kByte, 1));
 }
 
 TEST_F(Simulator, TheParkingTracePlaysThroughToItsEnd) {

@@ -1,5 +1,6 @@
 #include "can-service-sim/CanService.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "desk/DeskPlatform.h"
@@ -19,6 +20,18 @@ public:
     }
 
 protected:
+    void onOnline(FdbSessionId_t session, bool) override {
+        const sync::MutexLock lock(service_.mutex_);
+        service_.clients_.push_back({session, std::chrono::system_clock::now()});
+    }
+
+    void onOffline(FdbSessionId_t session, bool) override {
+        const sync::MutexLock lock(service_.mutex_);
+        std::vector<Client>& clients = service_.clients_;
+        clients.erase(std::remove_if(clients.begin(), clients.end(), [&](const Client& c) { return c.id == session; }),
+                      clients.end());
+    }
+
     void onSubscribe(CBaseJob::Ptr& job) override {
         auto* const request = castToMessage<CFdbMessage*>(job);
         std::size_t codes = 0;
@@ -43,7 +56,7 @@ private:
     void answer(CFdbMessage& request, std::uint32_t code) {
         const sync::MutexLock lock(service_.mutex_);
         if (const auto value = service_.values_.find(code); value != service_.values_.end()) {
-            sendTo(request, code, wire::signalMessage(value->second));
+            sendTo(request, code, wire::signalMessage(value->second.raw));
         }
         if (const auto status = service_.statuses_.find(code); status != service_.statuses_.end()) {
             sendTo(request, code, wire::statusMessage(status->second));
@@ -90,20 +103,21 @@ bool CanService::goUp(std::string* error) {
 
 void CanService::goDown() {
     server_.reset();
+    const sync::MutexLock lock(mutex_);
+    clients_.clear();
+}
+
+void CanService::presetSignal(std::uint32_t code, const std::string& raw) {
+    const sync::MutexLock lock(mutex_);
+    values_[code] = {raw, std::nullopt};
 }
 
 void CanService::putSignal(std::uint32_t code, const std::string& raw) {
     const sync::MutexLock lock(mutex_);
-    values_[code] = raw;
+    values_[code] = {raw, Clock::now()};
     if (server_) {
         server_->publish(code, wire::signalMessage(raw));
     }
-}
-
-std::optional<std::string> CanService::signal(std::uint32_t code) {
-    const sync::MutexLock lock(mutex_);
-    const auto found = values_.find(code);
-    return found == values_.end() ? std::nullopt : std::optional(found->second);
 }
 
 void CanService::putMessageStatus(std::uint32_t code, bool timedOut) {
@@ -113,6 +127,23 @@ void CanService::putMessageStatus(std::uint32_t code, bool timedOut) {
     if (server_) {
         server_->publish(code, wire::statusMessage(status));
     }
+}
+
+std::optional<CanService::Value> CanService::signal(std::uint32_t code) const {
+    const sync::MutexLock lock(mutex_);
+    const auto found = values_.find(code);
+    return found == values_.end() ? std::nullopt : std::optional(found->second);
+}
+
+bool CanService::isTimedOut(std::uint32_t code) const {
+    const sync::MutexLock lock(mutex_);
+    const auto found = statuses_.find(code);
+    return found != statuses_.end() && found->second == wire::kMessageTimedOut;
+}
+
+std::vector<CanService::Client> CanService::clients() const {
+    const sync::MutexLock lock(mutex_);
+    return clients_;
 }
 
 }  // namespace qvn::tools

@@ -2,13 +2,16 @@
 
 #include <common_base/fdbus.h>
 
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <map>
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
+#include "desk/PollUntil.h"
 #include "sync/Mutex.h"
 
 namespace qvn::tools {
@@ -23,6 +26,18 @@ public:
         std::function<void(std::size_t codes)> onSubscribe;
     };
 
+    /// What is known of a signal.
+    struct Value {
+        std::string raw;
+        std::optional<Clock::time_point> time;  ///< of the last putSignal()
+    };
+
+    /// A session of a client.
+    struct Client {
+        FdbSessionId_t id;
+        std::chrono::system_clock::time_point since;
+    };
+
     CanService(std::string name, Observer observer);
     ~CanService();
     CanService(const CanService&) = delete;
@@ -34,12 +49,19 @@ public:
     void goDown();
     bool isUp() const { return server_ != nullptr; }
 
+    /// Gives a signal a value that nobody has sent. Before the service is offered.
+    void presetSignal(std::uint32_t code, const std::string& raw);
     /// Keeps a signal's value and broadcasts it.
     void putSignal(std::uint32_t code, const std::string& raw);
-    /// The signal's present value, if it has one.
-    std::optional<std::string> signal(std::uint32_t code);
     /// Keeps a message's status and broadcasts it.
     void putMessageStatus(std::uint32_t code, bool timedOut);
+
+    /// The signal's present value, if it has one.
+    std::optional<Value> signal(std::uint32_t code) const;
+    /// Whether the message's last status was a time-out.
+    bool isTimedOut(std::uint32_t code) const;
+    /// Who is connected, the oldest first.
+    std::vector<Client> clients() const;
 
 private:
     class Server;
@@ -47,9 +69,10 @@ private:
     std::string name_;
     Observer observer_;
     // Held while a value is kept and sent: a new subscriber must not get an old value after a newer one.
-    sync::Mutex mutex_;
-    std::map<std::uint32_t, std::string> values_ QVN_GUARDED_BY(mutex_);
+    mutable sync::Mutex mutex_;
+    std::map<std::uint32_t, Value> values_ QVN_GUARDED_BY(mutex_);
     std::map<std::uint32_t, std::uint32_t> statuses_ QVN_GUARDED_BY(mutex_);
+    std::vector<Client> clients_ QVN_GUARDED_BY(mutex_);
     CBaseWorker worker_;
     std::unique_ptr<Server> server_;
 };

@@ -2,13 +2,11 @@
 
 #include <unistd.h>
 
-#include <algorithm>
 #include <cstdio>
-#include <sstream>
 #include <utility>
 
 #include "can-service-sim/Journal.h"
-#include "can-service-sim/TraceReader.h"
+#include "can-service-sim/PlayerLines.h"
 #include "desk/BadInput.h"
 #include "desk/Glob.h"
 #include "desk/Number.h"
@@ -30,12 +28,17 @@ constexpr char kHelp[] =
     "Commands:\n"
     "  list [PATTERN]    signals and messages       show [PATTERN]    present values\n"
     "  pause, resume     the trace                  speed X           of the trace\n"
-    "  help                                         quit\n";
+    "  seek S            to S seconds of the trace  help, quit\n";
 
-const std::vector<std::string> kCommands = {"help", "list", "pause", "quit", "resume", "show", "speed"};
+const std::vector<CommandForm> kCommands = {{"help", false}, {"list", true}, {"quit", false}, {"show", true}};
 
 std::vector<std::string> wordsToComplete() {
-    std::vector<std::string> words = kCommands;
+    std::vector<std::string> words;
+    for (const std::vector<CommandForm>& commands : {kCommands, kPlayerCommands}) {
+        for (const CommandForm& command : commands) {
+            words.push_back(command.name);
+        }
+    }
     for (const NameKind kind : {NameKind::Received, NameKind::Message}) {
         const std::vector<std::string> names = knownNames(kind);
         words.insert(words.end(), names.begin(), names.end());
@@ -113,11 +116,10 @@ void Console::take(const std::string& line) {
         return;
     }
     try {
-        if (runCommand(line)) {
-            return;
-        }
-        if (const auto event = readTraceLine(line)) {
-            player_->schedule(*event);
+        if (const std::optional<Command> command = readCommand(line, kCommands)) {
+            run(*command);
+        } else if (const std::string told = takeLine(*player_, line); !told.empty()) {
+            print(told);
         }
     } catch (const BadInput& error) {
         if (prompt_) {
@@ -133,51 +135,28 @@ void Console::take(const std::string& line) {
     }
 }
 
-bool Console::runCommand(const std::string& line) {
-    std::istringstream words(line);
-    std::string command, argument, extra;
-    words >> command >> argument >> extra;
-    if (std::find(kCommands.begin(), kCommands.end(), command) == kCommands.end()) {
-        return false;
-    }
-    const bool takesOne = command == "list" || command == "show" || command == "speed";
-    if (!extra.empty() || (!argument.empty() && !takesOne)) {
-        throw BadInput(quoted(extra.empty() ? argument : extra) + " is not expected behind " + command +
-                       "; see 'help'");
-    }
-    const std::string pattern = argument.empty() ? "*" : argument;
-    if (command == "help") {
+void Console::run(const Command& command) {
+    const std::string pattern = command.argument.empty() ? "*" : command.argument;
+    if (command.name == "help") {
         print(kHelp);
-    } else if (command == "list") {
+    } else if (command.name == "list") {
         print(listText(pattern));
-    } else if (command == "show") {
+    } else if (command.name == "show") {
         show(pattern);
-    } else if (command == "pause") {
-        player_->pause();
-        print("the trace stands at " + formatNumber(player_->positionInTrace()) + " s\n");
-    } else if (command == "resume") {
-        player_->resume();
-    } else if (command == "speed") {
-        const double speed = parseNumber(argument, "how many times faster");
-        if (speed < 0.001 || speed > 1000.0) {
-            throw BadInput(quoted(argument) + " is out of range; expected a speed from 0.001 to 1000");
-        }
-        player_->setSpeed(speed);
     } else {
         end();
     }
-    return true;
 }
 
 void Console::show(const std::string& pattern) {
     std::string text;
     for (const tables::DecodingRow& row : tables::kDecodingRules) {
-        const std::optional<std::string> raw = player_->signal(row.code);
-        if (!raw || !matchesGlob(pattern, signalName(row.code))) {
+        const std::optional<CanService::Value> known = player_->service().signal(row.code);
+        if (!known || !matchesGlob(pattern, signalName(row.code))) {
             continue;
         }
-        const std::string value = decodedText(row, *raw);
-        const bool whole = raw->size() >= row.bytes;
+        const std::string value = decodedText(row, known->raw);
+        const bool whole = known->raw.size() >= row.bytes;
         char line[160];
         std::snprintf(line, sizeof line, "%-40s %s\n", signalName(row.code).c_str(),
                       whole ? valueWithNote(row.code, parseNumber(value, "a value")).c_str() : value.c_str());

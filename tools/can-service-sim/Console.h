@@ -6,6 +6,7 @@
 #include "can-service-sim/EventLoop.h"
 #include "can-service-sim/LineReader.h"
 #include "can-service-sim/Player.h"
+#include "can-service-sim/PlayerLines.h"
 #include "can-service-sim/Prompt.h"
 #include "desk/Output.h"
 
@@ -34,7 +35,7 @@ private:
     void read();
     void end();
     void take(const std::string& line);
-    bool runCommand(const std::string& line);
+    void run(const Command& command);
     void show(const std::string& pattern);
 
     EventLoop& loop_;

@@ -8,6 +8,9 @@ namespace qvn::tools {
 void EventLoop::post(Task task) {
     {
         const sync::MutexLock lock(mutex_);
+        if (!takesPosts_) {
+            return;
+        }
         posted_.push_back(std::move(task));
     }
     wakeUp_.notify();
@@ -24,6 +27,11 @@ void EventLoop::run() {
             wait();
         }
     }
+    {
+        const sync::MutexLock lock(mutex_);
+        takesPosts_ = false;
+    }
+    takePosted();
 }
 
 void EventLoop::wait() {
@@ -56,14 +64,16 @@ void EventLoop::wait() {
 }
 
 void EventLoop::runPosted() {
-    std::vector<Task> tasks;
-    {
-        const sync::MutexLock lock(mutex_);
-        tasks.swap(posted_);
-    }
-    for (const Task& task : tasks) {
+    for (const Task& task : takePosted()) {
         task();
     }
+}
+
+std::vector<EventLoop::Task> EventLoop::takePosted() {
+    std::vector<Task> tasks;
+    const sync::MutexLock lock(mutex_);
+    tasks.swap(posted_);
+    return tasks;
 }
 
 void EventLoop::runDue() {

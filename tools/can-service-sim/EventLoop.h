@@ -24,7 +24,7 @@ public:
     Timer at(Clock::time_point time, Task task) { return timed_.emplace(time, std::move(task)); }
     void cancel(Timer timer) { timed_.erase(timer); }
 
-    /// Runs the task as soon as the loop gets to it.
+    /// Runs the task as soon as the loop gets to it. Once the loop has ended, tasks are destroyed instead.
     void post(Task task);
 
     /// Calls `readable` whenever the file descriptor has something to read, until unwatch().
@@ -38,6 +38,7 @@ public:
 private:
     void wait();
     void runPosted();
+    std::vector<Task> takePosted();
     void runDue();
 
     const StopSignals& stop_;
@@ -45,6 +46,7 @@ private:
     std::multimap<Clock::time_point, Task> timed_;
     sync::Mutex mutex_;
     std::vector<Task> posted_ QVN_GUARDED_BY(mutex_);
+    bool takesPosts_ QVN_GUARDED_BY(mutex_) = true;
     std::map<int, Task> inputs_;
     bool ended_ = false;
 };

@@ -85,12 +85,15 @@ void Journal::fault(const FaultEvent& fault) const {
     });
 }
 
-void Journal::set(std::uint32_t code, std::int32_t value, const std::string& raw) const {
+void Journal::set(std::size_t set, std::uint32_t code, std::int32_t value, const std::string& raw,
+                  std::size_t answers) const {
     const std::string text = "set " + signalName(code) + "=" + std::to_string(value) + "  (" + hexBytes(raw) + ")";
     tell(Detail::Normal, "set", text, [&](Json& object) {
         object["signal"] = signalName(code);
         object["value"] = value;
         object["raw"] = hexBytes(raw);
+        object["set"] = set;
+        object["answers"] = answers;
     });
 }
 
@@ -103,9 +106,11 @@ void Journal::ignoredSet(std::uint32_t code, const std::string& raw, const std::
     });
 }
 
-void Journal::answer(std::uint32_t code, const std::string& raw) const {
-    tell(Detail::Normal, "answer", "answer " + valueText(code, raw),
-         [&](Json& object) { addValue(object, code, raw); });
+void Journal::answer(std::size_t set, std::uint32_t code, const std::string& raw) const {
+    tell(Detail::Normal, "answer", "answer " + valueText(code, raw), [&](Json& object) {
+        addValue(object, code, raw);
+        object["set"] = set;
+    });
 }
 
 void Journal::remark(Detail least, const std::string& text) const {
@@ -133,19 +138,24 @@ void Journal::error(const std::string& text) {
 
 void Journal::tell(Detail least, const char* event, const std::string& text,
                    const std::function<void(Json& object)>& fields) const {
-    if (detail_ < least) {
-        return;
-    }
+    const bool written = detail_ >= least;
+    const bool heard = listener_ && least <= Detail::Normal;
     const double elapsed = std::chrono::duration<double>(std::chrono::steady_clock::now() - start_).count();
-    if (form_ == Form::Text) {
+    if (written && form_ == Form::Text) {
         char time[32];
         std::snprintf(time, sizeof time, "%9.3f  ", elapsed);
         write_(time + text + "\n");
-        return;
     }
-    Json object = {{"t", std::round(elapsed * 1e6) / 1e6}, {"event", event}};
-    fields(object);
-    write_(object.dump() + "\n");
+    if (heard || (written && form_ == Form::Json)) {
+        Json object = {{"t", std::round(elapsed * 1e6) / 1e6}, {"event", event}};
+        fields(object);
+        if (heard) {
+            listener_(object);
+        }
+        if (written && form_ == Form::Json) {
+            write_(object.dump() + "\n");
+        }
+    }
 }
 
 }  // namespace qvn::tools

@@ -26,13 +26,19 @@ public:
     Journal(std::function<void(std::string)> write, Detail detail, Form form)
         : write_(std::move(write)), detail_(detail), form_(form) {}
 
+    /// Also tells every event of Detail::Normal, whatever the detail is, as the object that it is in JSON.
+    void listen(std::function<void(const nlohmann::ordered_json& event)> listener) { listener_ = std::move(listener); }
+
     void service(bool up) const;
     void message(std::uint32_t code, bool timedOut) const;
     void reverse(bool engaged) const;
     void fault(const FaultEvent& fault) const;
-    void set(std::uint32_t code, std::int32_t value, const std::string& raw) const;
+    /// @param set the number of this set, by which answers refer to it
+    /// @param answers how many are to follow
+    void set(std::size_t set, std::uint32_t code, std::int32_t value, const std::string& raw,
+             std::size_t answers) const;
     void ignoredSet(std::uint32_t code, const std::string& raw, const std::string& reason) const;
-    void answer(std::uint32_t code, const std::string& raw) const;
+    void answer(std::size_t set, std::uint32_t code, const std::string& raw) const;
     /// Anything else that a person should know.
     void note(const std::string& text) const { remark(Detail::Normal, text); }
 
@@ -54,6 +60,7 @@ private:
               const std::function<void(Json& object)>& fields) const;
 
     std::function<void(std::string)> write_;
+    std::function<void(const Json&)> listener_;
     Detail detail_;
     Form form_;
     std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();

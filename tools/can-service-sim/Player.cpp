@@ -3,10 +3,12 @@
 #include <algorithm>
 #include <utility>
 
+#include "can-service-sim/TraceCut.h"
 #include "desk/BadInput.h"
 #include "desk/DeskPlatform.h"
 #include "desk/PhysicalValue.h"
 #include "desk/SignalNames.h"
+#include "tables/MessageCatalogue.h"
 
 namespace qvn::tools {
 namespace {
@@ -27,7 +29,7 @@ Player::Player(EventLoop& loop, const Journal& journal, Options options)
            [this](std::size_t codes) { loop_.post([this, codes] { journal_.subscribed(codes); }); }}) {
     if (options_.initialValues) {
         for (const tables::DecodingRow& row : tables::kDecodingRules) {
-            service_.putSignal(row.code, zeroValue(row));
+            service_.presetSignal(row.code, zeroValue(row));
         }
     }
 }
@@ -41,7 +43,9 @@ bool Player::start(std::vector<TraceEvent> trace) {
         const auto* const service = std::get_if<ServiceEvent>(&event.action);
         return service && !service->up && event.time == 0.0;
     });
-    if (!startsDown && !moveService(true)) {
+    if (startsDown) {
+        journal_.service(false);
+    } else if (!moveService(true)) {
         return false;
     }
     playTrace(start_);
@@ -105,6 +109,40 @@ void Player::setSpeed(double speed) {
     if (!wasPaused) {
         resume();
     }
+}
+
+void Player::seek(double position) {
+    const bool wasPaused = pausedAt_.has_value();
+    pause();
+    startAfresh();
+    for (const TraceEvent& event : stateAt(trace_, position)) {
+        apply(event.action);
+    }
+    const auto next = std::lower_bound(trace_.begin(), trace_.end(), position,
+                                       [](const TraceEvent& event, double time) { return *event.time < time; });
+    nextOfTrace_ = static_cast<std::size_t>(next - trace_.begin());
+    pausedAt_ = position;
+    if (!wasPaused) {
+        resume();
+    }
+}
+
+/// Ends what goes on, and what is wrong.
+void Player::startAfresh() {
+    while (!cycles_.empty()) {
+        endCycle(cycles_.begin()->first);
+    }
+    faults_ = {};
+    supervisor_ = {};
+    for (const tables::MessageRow& row : tables::kMessages) {
+        if (service_.isTimedOut(row.code)) {
+            report(row.code, false);
+        }
+    }
+}
+
+Player::Progress Player::progress() const {
+    return {lengthOfTrace_, std::min(positionInTrace(), lengthOfTrace_), options_.speed, pausedAt_.has_value()};
 }
 
 void Player::schedule(const TraceEvent& event) {
@@ -173,7 +211,9 @@ void Player::startGenerator(const GenerateEvent& event) {
 }
 
 void Player::applyFault(const FaultEvent& fault) {
-    if (const std::optional<std::string> shown = faults_.apply(fault, service_.signal(fault.code))) {
+    const std::optional<CanService::Value> value = service_.signal(fault.code);
+    const std::optional<std::string> raw = value ? std::optional(value->raw) : std::nullopt;
+    if (const std::optional<std::string> shown = faults_.apply(fault, raw)) {
         receive(fault.code, *shown, 0.0);
     }
     journal_.fault(fault);
@@ -297,7 +337,9 @@ void Player::moveReverseLine(bool engaged) {
     std::string error;
     switch (writeReverseLine(engaged, &error)) {
         case LineWrite::Done:
-            journal_.reverse(engaged);
+            if (std::exchange(reverse_, engaged) != engaged) {
+                journal_.reverse(engaged);
+            }
             break;
         case LineWrite::RealHardware:
             if (!std::exchange(toldOfHardware_, true)) {
@@ -311,6 +353,9 @@ void Player::moveReverseLine(bool engaged) {
 }
 
 bool Player::moveService(bool up) {
+    if (up == service_.isUp()) {
+        return true;
+    }
     std::string error;
     if (up && !service_.goUp(&error)) {
         fail(error);
@@ -330,17 +375,19 @@ void Player::onSet(std::uint32_t code, const std::string& raw) {
         journal_.ignoredSet(code, raw, row ? "it is of the wrong length" : "it cannot be set");
         return;
     }
-    journal_.set(code, *value, raw);
-    for (const AnswerRule& rule : matchingRules(options_.rules, code, *value)) {
-        loop_.at(Clock::now() + scaled(rule.delay), [this, rule, set = *value] { answer(rule, set); });
+    const AnswerRules answers = matchingRules(options_.rules, code, *value);
+    const std::size_t set = ++sets_;
+    journal_.set(set, code, *value, raw, answers.size());
+    for (const AnswerRule& rule : answers) {
+        loop_.at(Clock::now() + scaled(rule.delay), [=, value = *value] { answer(set, rule, value); });
     }
 }
 
-void Player::answer(const AnswerRule& rule, std::int32_t value) {
+void Player::answer(std::size_t set, const AnswerRule& rule, std::int32_t value) {
     try {
         const tables::DecodingRow& row = *tables::findDecodingRule(rule.answerCode);
         const SignalEvent event{rule.answerCode, encodePhysical(row, rule.answerValue.value_or(value)), {}};
-        journal_.answer(event.code, event.raw);
+        journal_.answer(set, event.code, event.raw);
         put(event);
     } catch (const BadInput& error) {
         Journal::error("no answer by " + signalName(rule.answerCode) + ": " + error.what());

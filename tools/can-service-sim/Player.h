@@ -52,11 +52,23 @@ public:
     void resume();
     /// Plays on at that many times the trace's own speed; cycles follow with their next value.
     void setSpeed(double speed);
-    /// Seconds of the trace.
-    double positionInTrace() const;
+    /// Goes to that many seconds of the trace, into the state to which the events before lead. What was given by other
+    /// means stays as it is, but for cycles and courses, faults and time-outs, which end.
+    void seek(double position);
 
-    /// The present raw bytes of a signal; nothing when it has none.
-    std::optional<std::string> signal(std::uint32_t code) { return service_.signal(code); }
+    /// The trace and where it is.
+    struct Progress {
+        double length = 0.0;    ///< seconds of the trace; 0 without one
+        double position = 0.0;  ///< seconds of the trace
+        double speed = 1.0;
+        bool paused = false;
+    };
+    Progress progress() const;
+
+    /// What clients see.
+    const CanService& service() const { return service_; }
+    /// Whether the reverse line was engaged or released last; nothing when it was not moved.
+    std::optional<bool> reverse() const { return reverse_; }
 
     /// Whether something failed while playing.
     bool failed() const { return failed_; }
@@ -71,6 +83,7 @@ private:
         double elapsed = 0.0;                        ///< of the generator, in the trace's seconds
     };
 
+    double positionInTrace() const;
     void playTrace(Clock::time_point start);
     void playNextOfTrace();
     void waitInTrace(Clock::time_point time, EventLoop::Task task);
@@ -84,13 +97,14 @@ private:
     void supervise(std::uint32_t message, double period);
     void startCycle(std::uint32_t code, const std::string& raw, const Cycle& cycle);
     void endCycle(std::uint32_t code);
+    void startAfresh();
     void tick(std::uint32_t code, Clock::time_point time);
     void moveReverseLine(bool engaged);
     bool moveService(bool up);
     void report(std::uint32_t message, bool timedOut);
     void superviseLater();
     void onSet(std::uint32_t code, const std::string& raw);
-    void answer(const AnswerRule& rule, std::int32_t value);
+    void answer(std::size_t set, const AnswerRule& rule, std::int32_t value);
     void fail(const std::string& text);
     Clock::duration scaled(double seconds) const;
 
@@ -112,6 +126,8 @@ private:
     Clock::time_point start_;
     Clock::time_point endOfScheduled_;
     std::optional<EventLoop::Timer> supervision_;
+    std::optional<bool> reverse_;
+    std::size_t sets_ = 0;
     bool toldOfHardware_ = false;
     bool failed_ = false;
 };

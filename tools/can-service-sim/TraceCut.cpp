@@ -5,13 +5,20 @@
 #include <set>
 #include <utility>
 
+#include "desk/PhysicalValue.h"
+
 namespace qvn::tools {
 namespace {
 
 using Events = std::vector<TraceEvent>;
+using Subject = std::pair<std::size_t, std::uint32_t>;
+
+bool isBefore(const TraceEvent& event, double time) {
+    return *event.time < time;
+}
 
 /// What an event is about: a later event about the same takes its place.
-std::pair<std::size_t, std::uint32_t> subjectOf(const TraceAction& action) {
+Subject subjectOf(const TraceAction& action) {
     if (const auto* const signal = std::get_if<SignalEvent>(&action)) {
         return {0, signal->code};
     }
@@ -51,8 +58,8 @@ void age(TraceAction& action, double seconds, const std::set<std::uint32_t>& sto
 
 /// The events that lead to the state at a time, all at once: the last one about each subject. A cycle that was stopped
 /// or has ended leaves its value.
-Events stateAt(Events::const_iterator begin, Events::const_iterator end, double now) {
-    std::set<std::pair<std::size_t, std::uint32_t>> known;
+Events lastOfEach(Events::const_iterator begin, Events::const_iterator end, double now) {
+    std::set<Subject> known;
     std::set<std::uint32_t> stopped;
     Events state;
     for (auto event = std::make_reverse_iterator(end); event != std::make_reverse_iterator(begin); ++event) {
@@ -68,16 +75,53 @@ Events stateAt(Events::const_iterator begin, Events::const_iterator end, double 
     return state;
 }
 
+/// What was true of an event's subject before anything happened to it; nothing when that is the normal course of
+/// things.
+std::optional<TraceAction> beforeAll(const TraceAction& action) {
+    const auto zero = [](std::uint32_t code) -> std::optional<TraceAction> {
+        const tables::DecodingRow* const row = tables::findDecodingRule(code);
+        return row ? std::optional<TraceAction>(SignalEvent{code, zeroValue(*row), {}}) : std::nullopt;
+    };
+    if (const auto* const signal = std::get_if<SignalEvent>(&action)) {
+        return zero(signal->code);
+    }
+    if (const auto* const generate = std::get_if<GenerateEvent>(&action)) {
+        return zero(generate->code);
+    }
+    if (std::holds_alternative<ReverseEvent>(action)) {
+        return ReverseEvent{false};
+    }
+    if (std::holds_alternative<ServiceEvent>(action)) {
+        return ServiceEvent{true};
+    }
+    return std::nullopt;
+}
+
 }  // namespace
+
+std::vector<TraceEvent> stateAt(const std::vector<TraceEvent>& trace, double time) {
+    const auto next = std::lower_bound(trace.begin(), trace.end(), time, isBefore);
+    Events state = lastOfEach(trace.begin(), next, time);
+    std::set<Subject> known;
+    for (const TraceEvent& event : state) {
+        known.insert(subjectOf(event.action));
+    }
+    for (auto event = next; event != trace.end(); ++event) {
+        const std::optional<TraceAction> action = beforeAll(event->action);
+        if (action && known.insert(subjectOf(event->action)).second) {
+            state.push_back({0.0, *action});
+        }
+    }
+    return state;
+}
 
 std::vector<TraceEvent> cutTrace(std::vector<TraceEvent> trace, const TraceCut& cut) {
     const double begin = cut.startAt.value_or(cut.from.value_or(0.0));
-    const auto isBefore = [](const TraceEvent& event, double time) { return *event.time < time; };
     const auto first = std::lower_bound(trace.begin(), trace.end(), begin, isBefore);
     const auto last = !cut.to ? trace.end()
                               : std::upper_bound(first, trace.end(), *cut.to,
                                                  [](double time, const auto& e) { return time < *e.time; });
-    Events part = cut.startAt ? stateAt(trace.begin(), first, begin) : Events();
+    Events part = cut.startAt ? lastOfEach(trace.begin(), first, begin) : Events();
     part.reserve(part.size() + static_cast<std::size_t>(last - first));
     for (auto event = first; event != last; ++event) {
         event->time = *event->time - begin;

@@ -17,4 +17,8 @@ struct TraceCut {
 /// The part of a trace, with its times counted from its begin: `startAt` or `from`, whichever is given.
 std::vector<TraceEvent> cutTrace(std::vector<TraceEvent> trace, const TraceCut& cut);
 
+/// The events that lead from any other state of a trace to the one at a time, be that before or after. What the trace
+/// is about later only is as before its begin: signals zero, the reverse line released, the service offered.
+std::vector<TraceEvent> stateAt(const std::vector<TraceEvent>& trace, double time);
+
 }  // namespace qvn::tools
