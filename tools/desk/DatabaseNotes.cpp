@@ -35,6 +35,9 @@ std::optional<std::uint32_t> codeOf(const std::string& name) {
 SignalNote noteOf(const dbc::Signal& signal) {
     SignalNote note;
     note.unit = isPlain(signal.unit) ? signal.unit : "";
+    if (signal.minimum < signal.maximum) {
+        note.range = {signal.minimum, signal.maximum};
+    }
     for (const auto& [raw, name] : signal.values) {
         const double value = static_cast<double>(raw) * signal.factor + signal.offset;
         if (value == std::floor(value) && std::fabs(value) < 1e9 && !name.empty()) {

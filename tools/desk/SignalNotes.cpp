@@ -59,6 +59,14 @@ std::string valueNameOf(const Json& value) {
     return name;
 }
 
+SignalNote::Range rangeOf(const Json& value) {
+    const bool pair = value.is_array() && value.size() == 2 && value[0].is_number() && value[1].is_number();
+    if (!pair || !(value[0].get<double>() < value[1].get<double>())) {
+        throw BadInput("the range is " + value.dump() + "; expected [LOW, HIGH], two numbers");
+    }
+    return {value[0].get<double>(), value[1].get<double>()};
+}
+
 SignalNote readNote(const Json& object) {
     if (!object.is_object()) {
         throw BadInput(object.dump() + R"( is no note; expected {"description": ..., "unit": ..., "values": {...}})");
@@ -73,9 +81,11 @@ SignalNote readNote(const Json& object) {
             for (const auto& [number, name] : value.items()) {
                 note.values[numberOf(number)] = valueNameOf(name);
             }
+        } else if (key == "range") {
+            note.range = rangeOf(value);
         } else {
             throw BadInput(tools::quoted(key) +
-                           R"( is not known here; expected "description", "unit" or "values": {...})");
+                           R"( is not known here; expected "description", "unit", "values": {...} or "range": [...])");
         }
     }
     return note;
@@ -164,6 +174,9 @@ void SignalNotes::add(std::uint32_t code, const SignalNote& note) {
     }
     for (const auto& [number, name] : note.values) {
         known.values[number] = name;
+    }
+    if (note.range) {
+        known.range = note.range;
     }
 }
 

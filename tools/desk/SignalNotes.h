@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <istream>
 #include <map>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -13,6 +14,12 @@ struct SignalNote {
     std::string description;
     std::string unit;
     std::map<std::int32_t, std::string> values;  ///< names of whole numbers
+
+    struct Range {
+        double low;
+        double high;
+    };
+    std::optional<Range> range;  ///< in which the values usually are; physical
 };
 
 /// The notes on all signals. They come with the tools (share/signals/signals.json; units from the decoding rules), and
@@ -22,7 +29,8 @@ public:
     /// Those of this process. They are complete before anything else looks at them, and are then read by any thread.
     static SignalNotes& instance();
 
-    /// Adds a file of the form {"SIGNAL": {"description": TEXT, "unit": TEXT, "values": {"NUMBER": NAME}}}.
+    /// Adds a file of the form {"SIGNAL": {"description": TEXT, "unit": TEXT, "values": {"NUMBER": NAME},
+    /// "range": [LOW, HIGH]}}.
     /// @throws BadInput with file and line, or file and signal, for what is wrong; nothing of the file counts then
     void addFile(const std::string& path);
     void add(std::istream& input, const std::string& name);
