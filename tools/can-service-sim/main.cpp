@@ -16,6 +16,8 @@
 #include "can-service-sim/InputLines.h"
 #include "can-service-sim/Player.h"
 #include "can-service-sim/TraceCut.h"
+#include "can-service-sim/panel/Panel.h"
+#include "can-service-sim/panel/PanelOptions.h"
 #include "desk/BadInput.h"
 #include "desk/CommandLine.h"
 #include "desk/DeskPlatform.h"
@@ -49,6 +51,7 @@ struct CommandLine {
     bool json = false;
     bool list = false;
     CanInput can;
+    PanelOptions panel;
 
     bool readsStandardInput() const {
         const bool alone = trace.empty() && !can.given();
@@ -78,6 +81,7 @@ void declare(CLI::App& app, CommandLine& line) {
     app.add_option("--signals", line.notes, "Descriptions, units and value names to add, as in share/signals")
         ->allow_extra_args(false)
         ->type_name("FILE");
+    line.panel.declare(app);
     app.add_option("--name", line.name, "Name of the service")->capture_default_str()->type_name("NAME");
     app.add_flag("--no-initial", line.noInitial, "Have no values until the trace gives them, instead of zeros");
     auto* const quiet = app.add_flag("-q,--quiet", line.quiet, "Report errors only");
@@ -172,11 +176,11 @@ int serve(CommandLine& line, const StopSignals& stop, Output& output) {
     }
     EventLoop loop(stop);
     Console console(loop, output);
-    const Journal journal([&console](std::string text) { console.print(std::move(text)); },
-                          line.quiet     ? Journal::Detail::Quiet
-                          : line.verbose ? Journal::Detail::All
-                                         : Journal::Detail::Normal,
-                          line.json ? Journal::Form::Json : Journal::Form::Text);
+    Journal journal([&console](std::string text) { console.print(std::move(text)); },
+                    line.quiet     ? Journal::Detail::Quiet
+                    : line.verbose ? Journal::Detail::All
+                                   : Journal::Detail::Normal,
+                    line.json ? Journal::Form::Json : Journal::Form::Text);
     line.can.describe(journal);
     Player player(loop, journal, std::move(options));
     if (!player.start(std::move(trace))) {
@@ -184,6 +188,11 @@ int serve(CommandLine& line, const StopSignals& stop, Output& output) {
     }
     CanListener listener(loop, journal, line.can.interface(), [&](const CanFrame& frame) { player.receive(frame); });
     if (!line.can.interface().empty() && !listener.start(&error)) {
+        Journal::error(error);
+        return kFailed;
+    }
+    Panel panel(loop, player, journal, line.name);
+    if (line.panel.given() && !panel.start(line.panel.address(), line.panel.port(), &error)) {
         Journal::error(error);
         return kFailed;
     }

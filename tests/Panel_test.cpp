@@ -1,0 +1,93 @@
+#include <gtest/gtest.h>
+
+#include <string>
+#include <thread>
+
+#include "can-service-sim/panel/PageStream.h"
+#include "can-service-sim/panel/RequestGuard.h"
+
+namespace qvn::tools {
+namespace {
+
+TEST(RequestGuard, LetsOnlyThePanelsOwnPageIn) {
+    const struct {
+        RequestOrigin request;
+        std::string refusal;  // its begin; empty: let in
+    } cases[] = {
+        {{"127.0.0.1:8480", "", ""}, ""},
+        {{"localhost:8480", "http://localhost:8480", "same-origin"}, ""},
+        {{"LocalHost", "", "none"}, ""},
+        {{"[::1]:8480", "http://[::1]:8480", ""}, ""},
+        {{"192.168.1.7:9000", "", ""}, ""},
+        {{"desk7:8480", "http://DESK7:8480", ""}, ""},
+        {{"", "", ""}, "the host '' is none of this machine's"},
+        {{"evil.example:8480", "", ""}, "the host 'evil.example' is none of this machine's"},
+        {{"127.0.0.1.evil.example", "", ""}, "the host '127.0.0.1.evil.example' is none"},
+        {{"localhost.evil.example:80", "", ""}, "the host 'localhost.evil.example' is none"},
+        {{"2130706433:8480", "", ""}, "the host '2130706433' is none"},
+        {{"[evil.example]:8480", "", ""}, "the host 'evil.example' is none"},
+        {{"127.0.0.1:8480", "http://evil.example", ""}, "a page of 'http://evil.example' asks"},
+        {{"127.0.0.1:8480", "http://127.0.0.1:9999", ""}, "a page of 'http://127.0.0.1:9999' asks"},
+        {{"127.0.0.1:8480", "https://127.0.0.1:8480", ""}, "a page of 'https://127.0.0.1:8480' asks"},
+        {{"127.0.0.1:8480", "null", ""}, "a page of 'null' asks"},
+        {{"127.0.0.1:8480", "", "cross-site"}, "a page of another site asks"},
+        {{"127.0.0.1:8480", "", "same-site"}, "a page of another site asks"},
+    };
+    for (const auto& [request, expected] : cases) {
+        const std::string reason = refusal(request, "desk7");
+        EXPECT_EQ(reason.substr(0, expected.size()), expected) << request.host << " " << request.origin;
+        EXPECT_EQ(reason.empty(), expected.empty()) << request.host << ": " << reason;
+    }
+    EXPECT_FALSE(refusal({":8480", "", ""}, "").empty()) << "a machine without a name";
+}
+
+TEST(RequestGuard, KnowsWhatOnlyThisMachineReaches) {
+    for (const char* const address : {"127.0.0.1", "127.9.9.9", "::1"}) {
+        EXPECT_TRUE(isAddress(address) && isLoopback(address)) << address;
+    }
+    for (const char* const address : {"0.0.0.0", "::", "192.168.1.1"}) {
+        EXPECT_TRUE(isAddress(address) && !isLoopback(address)) << address;
+    }
+    for (const char* const text : {"", "localhost", "127.1", "127.0.0.1:80", "[::1]"}) {
+        EXPECT_FALSE(isAddress(text) || isLoopback(text)) << text;
+    }
+}
+
+PageStream::Text text(const std::string& content) {
+    return std::make_shared<const std::string>(content);
+}
+
+TEST(PageStream, HandsTextsOverInOrder) {
+    PageStream page;
+    std::thread writer([&page] {
+        for (int i = 0; i < 50; ++i) {
+            page.put(text(std::to_string(i)));
+        }
+        page.end();
+    });
+    std::string all;
+    std::vector<PageStream::Text> texts;
+    for (bool more = true; more;) {
+        more = page.take(&texts);
+        for (const PageStream::Text& part : texts) {
+            all += *part + " ";
+        }
+    }
+    writer.join();
+    EXPECT_EQ(all.substr(0, 10) + all.substr(all.size() - 6), "0 1 2 3 4 48 49 ");
+}
+
+TEST(PageStream, GivesUpAPageThatTakesNothing) {
+    PageStream page;
+    int put = 0;
+    while (!page.ended() && put < 100'000) {
+        page.put(text("x"));
+        ++put;
+    }
+    EXPECT_LT(put, 1000);
+    std::vector<PageStream::Text> texts;
+    EXPECT_FALSE(page.take(&texts));
+}
+
+}  // namespace
+}  // namespace qvn::tools

@@ -1,0 +1,231 @@
+#include <httplib.h>
+#include <signal.h>
+
+#include <atomic>
+#include <functional>
+#include <string>
+#include <thread>
+#include <utility>
+
+#include "e2e/Browser.h"
+#include "e2e/Desk.h"
+#include "e2e/PanelPage.h"
+#include "e2e/WatchOutput.h"
+
+namespace qvn::e2e {
+namespace {
+
+using Panel = DeskTest;
+
+std::string portOf(const std::string& url) {
+    return url.substr(url.rfind(':') + 1);
+}
+
+class PanelInBrowser : public DeskTest {
+protected:
+    void SetUp() override {
+        if (!Browser::isInstalled()) {
+            GTEST_SKIP() << "there is no chromium here";
+        }
+        browser = std::make_unique<Browser>(desk);
+    }
+
+    /// Opens the panel of a simulator and waits until it shows the vehicle.
+    void open(Process& simulator) {
+        browser->open(panelUrl(simulator));
+        EXPECT_TRUE(browser->waitFor("!document.body.classList.contains('offline')"));
+    }
+
+    static std::string has(const std::string& selector) { return "document.querySelector(\"" + selector + "\")"; }
+
+    std::unique_ptr<Browser> browser;
+};
+
+TEST_F(PanelInBrowser, WhatIsTurnedReachesAnApplication) {
+    const auto simulator = desk.simulator("--panel 0");
+    const auto application = desk.watch("BCM1_DrvDoorSts ESP_FD2_VehSpd HAP_FD3_RPAS_ObjRLMidlAr1");
+    open(*simulator);
+    browser->click("#car [data-signal=BCM1_DrvDoorSts]");
+    EXPECT_TRUE(application->waitForOutput(shown("BCM1_DrvDoorSts", "1 open")));
+    EXPECT_TRUE(browser->waitFor(has("#car [data-signal=BCM1_DrvDoorSts].on")));
+
+    browser->click("#signals [data-signal=ESP_FD2_VehSpd] .name");
+    browser->evaluate(
+        "{ const slider = document.querySelector('.editor input[type=range]'); slider.value = 4.5; "
+        "slider.oninput(); }");
+    EXPECT_TRUE(application->waitForOutput(shown("ESP_FD2_VehSpd", "4.5 km/h")));
+    EXPECT_TRUE(browser->waitFor(has("#signals [data-signal=ESP_FD2_VehSpd] .value") + ".textContent === '4.5 km/h'"));
+
+    browser->evaluate(has("[data-signal=HAP_FD3_RPAS_ObjRLMidlAr1]") +
+                      ".dispatchEvent(new KeyboardEvent('keydown', {key: 'ArrowUp', bubbles: true}))");
+    EXPECT_TRUE(application->waitForOutput(shown("HAP_FD3_RPAS_ObjRLMidlAr1", "1")));
+    EXPECT_TRUE(browser->waitFor(has("[data-signal=HAP_FD3_RPAS_ObjRLMidlAr1][data-level='1']")));
+
+    browser->click("#reverse");
+    EXPECT_TRUE(simulator->waitForOutput("reverse engaged"));
+    EXPECT_TRUE(browser->waitFor(has("#reverse[aria-checked=true]")));
+    EXPECT_TRUE(browser->waitFor(has("#clients summary") + ".textContent.includes('client')"));
+}
+
+TEST_F(PanelInBrowser, ShowsASetWithWhatTheRulesAnswer) {
+    const auto simulator = desk.simulator("--panel 0");
+    open(*simulator);
+    EXPECT_EQ(desk.run("vehiclectl set HUT6_CarMdlDispCmd 1").exitCode, 0);
+    EXPECT_EQ(desk.run("vehiclectl set HUT32_XLvl 3").exitCode, 0);
+    EXPECT_TRUE(browser->waitFor("document.querySelectorAll('#log li.set').length === 2"));
+    EXPECT_TRUE(browser->waitFor(has("#log li.set:last-child") + ".textContent.includes('HAP_FD2_CarMdlDispSts = 1')"));
+    const std::string log = browser->evaluate(has("#log ol") + ".innerText");
+    EXPECT_NE(log.find("HUT6_CarMdlDispCmd = 1"), std::string::npos) << log;
+    EXPECT_NE(log.find("HUT32_XLvl = 3"), std::string::npos) << log;
+    EXPECT_NE(log.find("no rule answers it"), std::string::npos) << log;
+}
+
+TEST_F(PanelInBrowser, ATimeOutGreysWhatTheMessageCarries) {
+    const auto simulator = desk.simulator("--panel 0");
+    const auto application = desk.watch("HAP_FD3_RPAS_ObjRLMidlAr1");
+    open(*simulator);
+    browser->click(".chip[data-message=HAP_FD3]");
+    EXPECT_TRUE(application->waitForOutput("timed out"));
+    EXPECT_TRUE(browser->waitFor(has(".chip.stale[data-message=HAP_FD3]")));
+    EXPECT_TRUE(browser->waitFor(has(".group.stale [data-signal=HAP_FD3_RPAS_ObjRLMidlAr1]")));
+    EXPECT_TRUE(browser->waitFor(has("#car .stale[data-signal=HAP_FD3_RPAS_ObjRLMidlAr1]")));
+    EXPECT_EQ(browser->evaluate("document.querySelectorAll('.chip.stale').length"), 1);
+    browser->click(".chip[data-message=HAP_FD3]");
+    EXPECT_TRUE(browser->waitFor("!" + has(".stale")));
+    EXPECT_TRUE(simulator->waitForOutput("HAP_FD3 ok"));
+}
+
+TEST_F(PanelInBrowser, ConnectsAgainWhenTheSimulatorIsBack) {
+    std::string port;
+    {
+        const auto simulator = desk.simulator("--panel 0");
+        open(*simulator);
+        port = portOf(panelUrl(*simulator));
+    }
+    EXPECT_TRUE(browser->waitFor("document.body.classList.contains('offline')"));
+    const auto simulator = desk.simulator("- --panel " + port);
+    simulator->write("DCT5_TGS_LEVER=R\n");
+    EXPECT_TRUE(browser->waitFor("!document.body.classList.contains('offline') && " + has("#car .gear") +
+                                 ".textContent === 'R'"));
+}
+
+TEST_F(PanelInBrowser, PlaysPausesAndMovesInATrace) {
+    const std::string trace = desk.file("a.trace", "(0) DCT5_TGS_LEVER=P\n(500) DCT5_TGS_LEVER=R\n(1000) reverse=0\n");
+    const auto simulator = desk.simulator("--panel 0 --play " + trace);
+    open(*simulator);
+    browser->click("#play");
+    EXPECT_TRUE(browser->waitFor(has("#play.paused")));
+    browser->evaluate(
+        "{ const slider = document.querySelector('#position'); slider.value = 600; slider.oninput(); "
+        "slider.onchange(); }");
+    EXPECT_TRUE(browser->waitFor(has("#car .gear") + ".textContent === 'R'"));
+    EXPECT_TRUE(browser->waitFor(has("#time") + ".textContent === '600.0 of 1000.0 s'"));
+    browser->evaluate(
+        "{ const form = document.querySelector('#line'); form.elements.line.value = 'speed fast'; "
+        "form.requestSubmit(); }");
+    EXPECT_TRUE(browser->waitFor(has("#toast:not([hidden])") + ".textContent.startsWith(\"'fast' is no number\")"));
+}
+
+/// What the panel of a simulator answers.
+class PanelOverHttp : public DeskTest {
+protected:
+    const std::unique_ptr<Process> simulator = desk.simulator("- --panel 0");
+    httplib::Client http{panelUrl(*simulator)};
+
+    std::string post(const std::string& line) {
+        const auto result = http.Post("/line", line, "text/plain");
+        return result ? std::to_string(result->status) + " " + result->body : httplib::to_string(result.error());
+    }
+};
+
+TEST_F(PanelOverHttp, ServesItsPageAndNothingElse) {
+    const auto page = http.Get("/");
+    ASSERT_TRUE(page);
+    EXPECT_EQ(page->status, 200);
+    EXPECT_NE(page->body.find("<script type=\"module\" src=\"main.js\">"), std::string::npos);
+    EXPECT_EQ(page->get_header_value("Content-Type"), "text/html");
+    EXPECT_NE(page->get_header_value("Content-Security-Policy").find("default-src 'none'"), std::string::npos);
+    EXPECT_EQ(http.Get("/main.js")->get_header_value("Content-Type"), "text/javascript");
+    EXPECT_EQ(http.Get("/../../etc/passwd")->status, 404);
+    EXPECT_EQ(http.Get("/line")->status, 404);
+    EXPECT_EQ(http.Delete("/")->status, 404);
+}
+
+TEST_F(PanelOverHttp, RefusesOtherSites) {
+    const httplib::Headers headers[] = {
+        {{"Host", "evil.example"}}, {{"Origin", "http://evil.example"}}, {{"Sec-Fetch-Site", "cross-site"}}};
+    for (const httplib::Headers& of : headers) {
+        EXPECT_EQ(http.Post("/line", of, "service=down", "text/plain")->status, 403) << of.begin()->first;
+        EXPECT_EQ(http.Get("/events", of)->status, 403) << of.begin()->first;
+    }
+    EXPECT_EQ(http.Get("/", {{"Sec-Fetch-Site", "cross-site"}, {"Sec-Fetch-Mode", "navigate"}})->status, 200)
+        << "a link to the panel";
+    EXPECT_EQ(simulator->output().find("service down"), std::string::npos);
+}
+
+TEST_F(PanelOverHttp, TellsWhatIsWrongWithALine) {
+    EXPECT_EQ(post("BCM1_DrvDoorSts=1\n"), "200 ");
+    const std::pair<std::string, std::string> cases[] = {
+        {"BCM1_DrvDoorSts=300", "400 value 300 does not fit; expected a whole number from 0 to 255\n"},
+        {"BCM1_Door=1", "400 unknown received signal 'BCM1_Door'"},
+        {"reverse=1\nreverse=0", "400 several lines came at once; expected one\n"},
+        {"pause", "400 there is no trace to pause; start with --play FILE\n"},
+        {"speed", "400 '' is no number; expected a speed\n"},
+        {"quit", "400 'quit' is no event"},
+        {std::string("BCM1_DrvDoorSts=1\0", 18), "400 '1?' is no number; expected a physical value"},
+        {std::string(5000, 'x'), "413 the request is too long\n"},
+    };
+    for (const auto& [line, answer] : cases) {
+        EXPECT_EQ(post(line).substr(0, answer.size()), answer) << line.substr(0, 40);
+    }
+}
+
+TEST_F(PanelOverHttp, APageThatDoesNotReadDelaysNobody) {
+    const std::string url = panelUrl(*simulator);
+    std::atomic<bool> done{false};
+    std::atomic<int> asleep{0};
+    std::vector<std::thread> pages;
+    for (int i = 0; i < 32; ++i) {
+        pages.emplace_back([&] {
+            bool counted = false;
+            httplib::Client(url).Get("/events", [&](const char*, std::size_t) {
+                asleep += std::exchange(counted, true) ? 0 : 1;
+                while (!done) {
+                    std::this_thread::yield();
+                }
+                return false;
+            });
+        });
+    }
+    while (asleep < 32) {
+        std::this_thread::yield();
+    }
+    httplib::Client other(url);
+    EXPECT_EQ(other.Get("/events")->status, 503) << "too many pages are told";
+    simulator->write("BCM1_DrvDoorSts=step 0,1 every 0.001\n");
+    const auto application = desk.watch("BCM1_DrvDoorSts");
+    EXPECT_TRUE(application->waitForOutput(shown("BCM1_DrvDoorSts", "1 open")));
+    EXPECT_EQ(other.Post("/line", "ESP_FD2_VehSpd=9", "text/plain")->status, 200);
+    simulator->signal(SIGTERM);
+    EXPECT_EQ(simulator->wait(), 0) << "it ends with all of them open";
+    done = true;
+    for (std::thread& page : pages) {
+        page.join();
+    }
+}
+
+TEST_F(Panel, SaysWhereItIsAndWhyNot) {
+    const auto first = desk.simulator("--panel 0");
+    const auto second = desk.run("can-service-sim --name other --panel " + portOf(panelUrl(*first)));
+    EXPECT_EQ(second.exitCode, 1);
+    EXPECT_NE(second.errors.find("Address already in use; name another port with --panel PORT"), std::string::npos)
+        << second.errors;
+    const auto open = desk.simulator("--name third --panel 0 --panel-address 0.0.0.0");
+    EXPECT_FALSE(panelUrl(*open).empty());
+    open->signal(SIGTERM);
+    EXPECT_EQ(open->wait(), 0);
+    EXPECT_NE(open->errors().find("has no password"), std::string::npos) << "a warning";
+}
+
+}  // namespace
+}  // namespace qvn::e2e

@@ -1,0 +1,212 @@
+#include "can-service-sim/panel/PanelView.h"
+
+#include <algorithm>
+#include <cmath>
+#include <map>
+#include <utility>
+
+#include "desk/PhysicalValue.h"
+#include "desk/SignalNames.h"
+#include "desk/SignalNotes.h"
+#include "tables/DecodingRules.h"
+#include "tables/MessageCatalogue.h"
+
+namespace qvn::tools {
+namespace {
+
+constexpr std::size_t kSamples = 60;
+constexpr std::size_t kMostLogged = 300;
+
+using Json = PanelView::Json;
+
+long long milliseconds(std::chrono::system_clock::time_point time) {
+    return std::chrono::duration_cast<std::chrono::milliseconds>(time.time_since_epoch()).count();
+}
+
+double rounded(double seconds) {
+    return std::round(seconds * 1e3) / 1e3;
+}
+
+/// The physical value as a number; null when bytes are missing.
+Json valueOf(const tables::DecodingRow& row, const std::string& raw) {
+    return raw.size() < row.bytes ? Json() : Json::parse(decodedText(row, raw));
+}
+
+Json describe(const tables::DecodingRow& row, const std::map<std::uint32_t, std::size_t>& places) {
+    const SignalNote& note = SignalNotes::instance().of(row.code);
+    Json signal = {{"name", signalName(row.code)}, {"message", nullptr}};
+    if (const std::optional<std::uint32_t> message = messageOf(row.code)) {
+        signal["message"] = places.at(*message);
+    }
+    signal["description"] = note.description;
+    signal["unit"] = note.unit;
+    signal["kind"] = kindText(row);
+    signal["step"] = row.factor;
+    signal["most"] = largestValue(row);
+    if (note.range) {
+        signal["range"] = {note.range->low, note.range->high};
+    }
+    if (!note.values.empty()) {
+        Json& values = signal["values"] = Json::array();
+        for (const auto& [number, name] : note.values) {
+            values.push_back({number, name});
+        }
+    }
+    return signal;
+}
+
+}  // namespace
+
+PanelView::PanelView(const Player& player, std::string serviceName)
+    : player_(player), serviceName_(std::move(serviceName)), history_(tables::kDecodingRules.size()) {
+    told_.values.resize(tables::kDecodingRules.size());
+    told_.timedOut.resize(tables::kMessages.size());
+}
+
+Json PanelView::vehicle() const {
+    Json vehicle = {{"version", QVN_VERSION},
+                    {"service", serviceName_},
+                    {"started", milliseconds(started_)},
+                    {"trace", player_.progress().length > 0.0}};
+    std::map<std::uint32_t, std::size_t> places;
+    Json& messages = vehicle["messages"] = Json::array();
+    for (const tables::MessageRow& row : tables::kMessages) {
+        places[row.code] = messages.size();
+        messages.push_back(signalName(row.code));
+    }
+    Json& signals = vehicle["signals"] = Json::array();
+    for (const tables::DecodingRow& row : tables::kDecodingRules) {
+        signals.push_back(describe(row, places));
+    }
+    return vehicle;
+}
+
+Json PanelView::everything() {
+    Json state = {{"t", rounded(elapsed(Clock::now()))}};
+    addValues(state, true);
+    addMessages(state, true);
+    addVehicleState(state, true);
+    addHistory(state);
+    state["log"] = log(0);
+    return state;
+}
+
+Json PanelView::changes() {
+    Json state = {{"t", rounded(elapsed(Clock::now()))}};
+    addValues(state, false);
+    addMessages(state, false);
+    addVehicleState(state, false);
+    if (told_.logged < logged_) {
+        state["log"] = log(std::exchange(told_.logged, logged_));
+    }
+    return state;
+}
+
+void PanelView::note(const Json& event) {
+    Json entry = event;
+    entry["t"] = rounded(elapsed(Clock::now()));
+    entry["n"] = ++logged_;
+    log_.push_back(std::move(entry));
+    if (log_.size() > kMostLogged) {
+        log_.pop_front();
+    }
+}
+
+void PanelView::sample() {
+    for (std::size_t place = 0; place < history_.size(); ++place) {
+        const tables::DecodingRow& row = tables::kDecodingRules[place];
+        const std::optional<CanService::Value> value = player_.service().signal(row.code);
+        history_[place].push_back(value ? valueOf(row, value->raw) : Json());
+        if (history_[place].size() > kSamples) {
+            history_[place].pop_front();
+        }
+    }
+}
+
+double PanelView::elapsed(Clock::time_point time) const {
+    return std::chrono::duration<double>(time - start_).count();
+}
+
+void PanelView::addValues(Json& state, bool all) {
+    Json values = Json::array();
+    for (std::size_t place = 0; place < told_.values.size(); ++place) {
+        const tables::DecodingRow& row = tables::kDecodingRules[place];
+        const std::optional<CanService::Value> value = player_.service().signal(row.code);
+        if (!value || (!all && value->time == told_.values[place])) {
+            continue;
+        }
+        Json entry = {place, valueOf(row, value->raw)};
+        if (value->time) {
+            entry.push_back(rounded(elapsed(*value->time)));
+        }
+        values.push_back(std::move(entry));
+        if (!all) {
+            told_.values[place] = value->time;
+        }
+    }
+    if (!values.empty()) {
+        state["values"] = std::move(values);
+    }
+}
+
+void PanelView::addMessages(Json& state, bool all) {
+    Json messages = Json::array();
+    for (std::size_t place = 0; place < told_.timedOut.size(); ++place) {
+        const bool timedOut = player_.service().isTimedOut(tables::kMessages[place].code);
+        if (all || timedOut != told_.timedOut[place]) {
+            messages.push_back({place, timedOut});
+        }
+        if (!all) {
+            told_.timedOut[place] = timedOut;
+        }
+    }
+    if (!messages.empty()) {
+        state["messages"] = std::move(messages);
+    }
+}
+
+void PanelView::addVehicleState(Json& state, bool all) {
+    const Player::Progress progress = player_.progress();
+    Json now = {{"service", player_.service().isUp()},
+                {"reverse", player_.reverse().value_or(false)},
+                {"trace",
+                 {{"position", rounded(progress.position)},
+                  {"length", progress.length},
+                  {"speed", progress.speed},
+                  {"paused", progress.paused}}},
+                {"clients", Json::array()}};
+    for (const CanService::Client& client : player_.service().clients()) {
+        now["clients"].push_back({{"id", client.id}, {"since", milliseconds(client.since)}});
+    }
+    for (const auto& [name, value] : now.items()) {
+        if (all || !told_.vehicleState.contains(name) || told_.vehicleState[name] != value) {
+            state[name] = value;
+        }
+    }
+    if (!all) {
+        told_.vehicleState = std::move(now);
+    }
+}
+
+void PanelView::addHistory(Json& state) const {
+    Json& history = state["history"] = Json::array();
+    for (std::size_t place = 0; place < history_.size(); ++place) {
+        const std::deque<Json>& samples = history_[place];
+        if (std::adjacent_find(samples.begin(), samples.end(), std::not_equal_to<>()) != samples.end()) {
+            history.push_back({place, samples});
+        }
+    }
+}
+
+/// The events after that number.
+Json PanelView::log(std::size_t since) const {
+    Json events = Json::array();
+    for (const Json& event : log_) {
+        if (event["n"] > since) {
+            events.push_back(event);
+        }
+    }
+    return events;
+}
+
+}  // namespace qvn::tools

@@ -1,0 +1,28 @@
+// Makes elements: make("li", {class: "set", onclick: f}, "text", child, ...)
+
+function fill(element, attributes, children) {
+  for (const [name, value] of Object.entries(attributes)) {
+    if (name.startsWith("on")) {
+      element.addEventListener(name.slice(2), value);
+    } else if (value !== undefined && value !== false) {
+      element.setAttribute(name, value === true ? "" : value);
+    }
+  }
+  element.append(...children);
+  return element;
+}
+
+export function make(tag, attributes = {}, ...children) {
+  return fill(document.createElement(tag), attributes, children);
+}
+
+export function draw(tag, attributes = {}, ...children) {
+  return fill(document.createElementNS("http://www.w3.org/2000/svg", tag), attributes, children);
+}
+
+/** Sets an element's text, where it differs: most of what is told changes nothing here. */
+export function setText(element, text) {
+  if (element.textContent !== text) {
+    element.textContent = text;
+  }
+}

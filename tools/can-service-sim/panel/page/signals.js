@@ -1,0 +1,245 @@
+// The list of all signals: found by words, shown with age and course, turned by a slider, buttons or a number.
+
+import { make, setText } from "./elements.js";
+import { Latest, send } from "./lines.js";
+import { durationText, valueText } from "./model.js";
+
+export class SignalsView {
+  #model;
+  #rows = [];
+  #groups = [];
+  #visible = new Set();
+  #open = null;
+  #list = document.querySelector("#signals .list");
+  #search = document.querySelector("#search");
+  #moving = document.querySelector("#moving");
+
+  constructor(model) {
+    this.#model = model;
+    const watcher = new IntersectionObserver((entries) => entries.forEach((entry) => this.#seen(entry)), { rootMargin: "100px" });
+    this.#list.replaceChildren();
+    for (const message of [...model.messages, null]) {
+      const signals = model.signals.filter((signal) => signal.message === message);
+      if (signals.length > 0) {
+        this.#addGroup(message, signals, watcher);
+      }
+    }
+    this.#search.oninput = this.#moving.onchange = () => this.#filter();
+    this.#list.onkeydown = (event) => this.#moveByKey(event);
+    this.#filter();
+  }
+
+  render(changed) {
+    for (const place of changed.signals) {
+      if (this.#visible.has(place)) {
+        this.#renderRow(this.#rows[place]);
+      }
+    }
+    if (changed.messages) {
+      for (const { message, element } of this.#groups) {
+        element.classList.toggle("stale", message?.timedOut ?? false);
+      }
+    }
+  }
+
+  /** Once a second: what changes with the time. */
+  renderTime() {
+    for (const place of this.#visible) {
+      this.#renderRow(this.#rows[place]);
+      drawCourse(this.#rows[place]);
+    }
+    if (this.#moving.checked) {
+      this.#filter();
+    }
+  }
+
+  /** Shows a signal, whatever the filter. */
+  select(name) {
+    this.#search.value = "";
+    this.#moving.checked = false;
+    this.#filter();
+    const row = this.#rows[this.#model.byName.get(name).place];
+    this.#openRow(row);
+    row.element.scrollIntoView({ block: "center", behavior: "smooth" });
+    row.button.focus({ preventScroll: true });
+  }
+
+  focusSearch() {
+    this.#search.focus();
+    this.#search.select();
+  }
+
+  #addGroup(message, signals, watcher) {
+    const turn = () => send(`${message.name}!${message.timedOut ? "ok" : "timeout"}`);
+    const heading = message
+      ? make("h3", {}, message.name, make("button", { class: "plain turn", title: "let it time out, or be received again", onclick: turn }))
+      : make("h3", {}, "without a message");
+    const element = make("section", { class: "group" }, heading);
+    const rows = signals.map((signal) => this.#addRow(signal, watcher));
+    element.append(...rows.map((row) => row.element));
+    this.#list.append(element);
+    this.#groups.push({ message, element, rows });
+    element.classList.toggle("stale", message?.timedOut ?? false);
+  }
+
+  #addRow(signal, watcher) {
+    const words = [signal.name, signal.description, signal.message?.name, signal.unit].join(" ").toLowerCase();
+    const value = make("output", { class: "value" });
+    const age = make("span", { class: "age", title: "since it was received" });
+    const course = make("canvas", { width: 90, height: 24, title: "the last minute" });
+    const button = make("button", { class: "plain name", "aria-expanded": "false", title: signal.description || signal.name },
+      make("span", {}, signal.name), make("small", {}, signal.description));
+    const element = make("div", { class: "row", "data-signal": signal.name }, button, value, age, course);
+    const row = { signal, words, value, age, course, button, element };
+    element.addEventListener("click", (event) => {
+      if (!event.target.closest(".editor")) {
+        this.#openRow(this.#open === row ? null : row);
+      }
+    });
+    this.#rows[signal.place] = row;
+    element.dataset.place = signal.place;
+    watcher.observe(element);
+    return row;
+  }
+
+  #seen(entry) {
+    const place = Number(entry.target.dataset.place);
+    if (entry.isIntersecting) {
+      this.#visible.add(place);
+      this.#renderRow(this.#rows[place]);
+      drawCourse(this.#rows[place]);
+    } else {
+      this.#visible.delete(place);
+    }
+  }
+
+  #renderRow(row) {
+    const { signal } = row;
+    setText(row.value, valueText(signal));
+    setText(row.age, signal.time === undefined ? "never" : durationText(this.#model.now() - signal.time));
+    row.element.classList.toggle("never", signal.time === undefined);
+    row.editor?.show(signal.value);
+  }
+
+  #openRow(row) {
+    this.#open?.editor.element.remove();
+    this.#open?.button.setAttribute("aria-expanded", "false");
+    if (this.#open) {
+      this.#open.editor = null;
+    }
+    this.#open = row;
+    if (row) {
+      row.editor = new Editor(row.signal);
+      row.editor.show(row.signal.value);
+      row.element.append(row.editor.element);
+      row.button.setAttribute("aria-expanded", "true");
+    }
+  }
+
+  #filter() {
+    const words = this.#search.value.toLowerCase().split(/\s+/).filter(Boolean);
+    let found = 0;
+    for (const { element, rows } of this.#groups) {
+      let shown = 0;
+      for (const row of rows) {
+        const fits = words.every((word) => row.words.includes(word)) && (!this.#moving.checked || hasMoved(row.signal));
+        row.element.hidden = !fits;
+        shown += fits;
+      }
+      element.hidden = shown === 0;
+      found += shown;
+    }
+    setText(document.querySelector("#found"), found === this.#rows.length ? `${found} signals` : `${found} of ${this.#rows.length}`);
+  }
+
+  #moveByKey(event) {
+    if (event.key === "Escape" && this.#open) {
+      this.#open.button.focus();
+      this.#openRow(null);
+      return;
+    }
+    const step = { ArrowDown: 1, ArrowUp: -1 }[event.key];
+    if (!step || !event.target.matches(".row > button")) {
+      return;
+    }
+    event.preventDefault();
+    const buttons = [...this.#list.querySelectorAll(".row:not([hidden]) > button")];
+    buttons[buttons.indexOf(event.target) + step]?.focus();
+  }
+}
+
+function hasMoved(signal) {
+  return signal.history.some((value) => value !== signal.value);
+}
+
+/** Draws the last minute, from the left to the right, between the lowest and the highest value of it. */
+function drawCourse({ signal, course }) {
+  const context = course.getContext("2d");
+  const { width, height } = course;
+  context.clearRect(0, 0, width, height);
+  const values = signal.history;
+  const numbers = values.filter((value) => value !== null);
+  const low = Math.min(...numbers);
+  const high = Math.max(...numbers);
+  context.strokeStyle = getComputedStyle(course).color;
+  context.lineWidth = 1.5;
+  context.beginPath();
+  values.forEach((value, index) => {
+    if (value === null) {
+      return;
+    }
+    const x = width - 2 - ((values.length - 1 - index) * (width - 4)) / 59;
+    const y = high > low ? height - 3 - ((value - low) / (high - low)) * (height - 6) : height - 3;
+    context.lineTo(x, y);
+  });
+  context.stroke();
+}
+
+/** What turns one signal. */
+class Editor {
+  #signal;
+  #latest = new Latest();
+  #number;
+  #slider;
+  #buttons;
+
+  constructor(signal) {
+    this.#signal = signal;
+    const [low, high] = signal.range ?? [0, Math.min(signal.most, signal.names.size > 0 ? Math.max(...signal.names.keys(), 3) : signal.most)];
+    const step = signal.kind.startsWith("float") ? signal.step : 1;
+    const bounds = { min: low, max: high, step };
+    this.#slider = make("input", { type: "range", ...bounds, "aria-label": `${signal.name}, slider` });
+    this.#slider.oninput = () => this.#latest.send(`${signal.name}=${this.#slider.value}`);
+    this.#number = make("input", { type: "number", min: 0, max: signal.most, step: "any", "aria-label": `${signal.name}, number` });
+    this.#number.onkeydown = (event) => {
+      if (event.key === "Enter") {
+        this.#set(this.#number.value);
+      }
+    };
+    this.#buttons = [...signal.names].map(([number, name]) =>
+      make("button", { "data-value": number, onclick: () => this.#set(number) }, name));
+    const command = (name, title) => make("button", { class: "plain", title, onclick: () => send(`${signal.name}!${name}`) }, name);
+    this.element = make("div", { class: "editor" },
+      make("p", {}, signal.description ? `${signal.description}; ` : "", `${signal.kind}, 0 to ${signal.most}`),
+      make("div", {}, ...this.#buttons, this.#slider, this.#number,
+        make("button", { onclick: () => this.#set(this.#number.value) }, "set")),
+      make("div", {}, command("freeze", "it keeps the value that it has, whatever comes"), command("thaw", "it shows the latest value again"),
+        command("stop", "ends its cycle or course")));
+  }
+
+  /** Shows the present value, where a person is not about to change it. */
+  show(value) {
+    for (const input of [this.#slider, this.#number]) {
+      if (document.activeElement !== input && value !== null && value !== undefined) {
+        input.value = value;
+      }
+    }
+    for (const button of this.#buttons) {
+      button.classList.toggle("on", Number(button.dataset.value) === value);
+    }
+  }
+
+  #set(value) {
+    send(`${this.#signal.name}=${value}`);
+  }
+}
