@@ -3,6 +3,7 @@
 #include <string>
 #include <thread>
 
+#include "can-service-sim/panel/IpAddress.h"
 #include "can-service-sim/panel/PageStream.h"
 #include "can-service-sim/panel/RequestGuard.h"
 
@@ -30,6 +31,7 @@ TEST(RequestGuard, LetsOnlyThePanelsOwnPageIn) {
         {{"127.0.0.1:8480", "http://127.0.0.1:9999", ""}, "a page of 'http://127.0.0.1:9999' asks"},
         {{"127.0.0.1:8480", "https://127.0.0.1:8480", ""}, "a page of 'https://127.0.0.1:8480' asks"},
         {{"127.0.0.1:8480", "null", ""}, "a page of 'null' asks"},
+        {{std::string("127.0.0.1\0.evil", 15), "", ""}, "the host '127.0.0.1?.evil' is none"},
         {{"127.0.0.1:8480", "", "cross-site"}, "a page of another site asks"},
         {{"127.0.0.1:8480", "", "same-site"}, "a page of another site asks"},
     };
@@ -41,8 +43,8 @@ TEST(RequestGuard, LetsOnlyThePanelsOwnPageIn) {
     EXPECT_FALSE(refusal({":8480", "", ""}, "").empty()) << "a machine without a name";
 }
 
-TEST(RequestGuard, KnowsWhatOnlyThisMachineReaches) {
-    for (const char* const address : {"127.0.0.1", "127.9.9.9", "::1"}) {
+TEST(IpAddress, IsKnownAndWhetherOnlyThisMachineReachesIt) {
+    for (const char* const address : {"127.0.0.1", "127.9.9.9", "::1", "0:0:0:0:0:0:0:1"}) {
         EXPECT_TRUE(isAddress(address) && isLoopback(address)) << address;
     }
     for (const char* const address : {"0.0.0.0", "::", "192.168.1.1"}) {

@@ -174,23 +174,38 @@ TEST(TraceCut, PlaysAPartOrStartsInTheStateOfThen) {
         "(2) BCM1!timeout\n(3) BCM1_DrvDoorSts=5\n(3) BCM1_TrunkSts!stop\n(4) BCM1_DrvDoorSts=6\n";
     EXPECT_EQ(partOf(trace, {{}, 1.0, 3.0}), "0:3 0:4* 1:- 2:5 2:- ");
     EXPECT_EQ(partOf(trace, {1.5, {}, 2.0}), "0:2* 0:3 0:4* 0.5:- ");
-    EXPECT_EQ(partOf(trace, {3.5, {}, {}}), "0:2 0:4 0:- 0:5 0.5:6 ") << "cycles that ended leave their values";
+    EXPECT_EQ(partOf(trace, {3.5, {}, {}}), "0:4 0:- 0:5 0:2 0.5:6 ") << "cycles that ended leave their values";
     EXPECT_EQ(partOf(trace, {{}, 5.0, {}}), "");
     EXPECT_EQ(
         partOf("(0) EPB1_EPBSts=step 1,2 every 0.1 for 1\n(0) EPB1!silence\n(2) BCM1_TrunkSts=3\n", {2.0, {}, {}}),
-        "0:1 0:- 0:3 ");
+        "0:1 0:1 0:- 0:3 ");
 }
 
 TEST(TraceCut, GivesTheStateAtATimeWhateverWasBefore) {
     const auto trace = read(
         "(0) service=down\n(1) BCM1_DrvDoorSts=1\n(2) BCM1_DrvDoorSts=2 every 0.1\n(2) reverse=1\n"
         "(3) BCM1_TrunkSts=5\n(4) BCM1!timeout\n");
-    EXPECT_EQ(shown(stateAt(trace, 2.0)), "0:- 0:1 0:- 0:0 ") << "down, a door; then the line and the tailgate anew";
+    EXPECT_EQ(shown(stateAt(trace, 1.0)), "0:- 0:1 0:- 0:0 ") << "down, a door; then the line and the tailgate anew";
     EXPECT_EQ(shown(stateAt(trace, 9.0)), "0:- 0:2* 0:- 0:5 0:- ");
     const auto begin = stateAt(trace, 0.0);
     EXPECT_EQ(shown(begin), "0:- 0:0 0:- 0:0 ");
-    EXPECT_TRUE(std::get<ServiceEvent>(begin[0].action).up);
+    EXPECT_FALSE(std::get<ServiceEvent>(begin[0].action).up);
     EXPECT_FALSE(std::get<ReverseEvent>(begin[2].action).engaged);
+}
+
+TEST(TraceCut, KnowsWhatIsLeftOfCyclesCoursesAndFaults) {
+    const std::pair<const char*, const char*> cases[] = {
+        {"(0) EPB1_EPBSts=1 every 0.1\n(5) EPB1_EPBSts=2\n", "0:2* "},
+        {"(0) EPB1_EPBSts=1 every 0.1 for 3\n(5) EPB1_EPBSts=2\n", "0:2 "},
+        {"(0) EPB1_EPBSts=step 1,3\n(5) EPB1_EPBSts=2\n", "0:2* "},
+        {"(0) EPB1_EPBSts=step 1,3 every 1 for 2\n(5) EPB1_EPBSts=2\n", "0:2 "},
+        {"(0) EPB1_EPBSts=ramp 0..100 for 10\n(2) EPB1_EPBSts!stop\n", "0:20 "},
+        {"(0) EPB1_EPBSts=1\n(1) EPB1_EPBSts!freeze\n(2) EPB1_EPBSts=3\n", "0:1 0:- 0:3 "},
+        {"(0) EPB1_EPBSts=1\n(1) EPB1!silence\n(2) EPB1_EPBSts=3\n", "0:1 0:- 0:3 "},
+    };
+    for (const auto& [text, state] : cases) {
+        EXPECT_EQ(shown(stateAt(read(text), 8.0)), state) << text;
+    }
 }
 
 }  // namespace

@@ -1,5 +1,7 @@
 #include <httplib.h>
+#include <netinet/in.h>
 #include <signal.h>
+#include <sys/socket.h>
 
 #include <atomic>
 #include <functional>
@@ -10,6 +12,7 @@
 #include "e2e/Browser.h"
 #include "e2e/Desk.h"
 #include "e2e/PanelPage.h"
+#include "e2e/RawSocket.h"
 #include "e2e/WatchOutput.h"
 
 namespace qvn::e2e {
@@ -42,7 +45,7 @@ protected:
 };
 
 TEST_F(PanelInBrowser, WhatIsTurnedReachesAnApplication) {
-    const auto simulator = desk.simulator("--panel 0");
+    const auto simulator = desk.simulator("- --panel 0");
     const auto application = desk.watch("BCM1_DrvDoorSts ESP_FD2_VehSpd HAP_FD3_RPAS_ObjRLMidlAr1");
     open(*simulator);
     browser->click("#car [data-signal=BCM1_DrvDoorSts]");
@@ -55,6 +58,16 @@ TEST_F(PanelInBrowser, WhatIsTurnedReachesAnApplication) {
         "slider.oninput(); }");
     EXPECT_TRUE(application->waitForOutput(shown("ESP_FD2_VehSpd", "4.5 km/h")));
     EXPECT_TRUE(browser->waitFor(has("#signals [data-signal=ESP_FD2_VehSpd] .value") + ".textContent === '4.5 km/h'"));
+
+    browser->evaluate(
+        "{ const number = document.querySelector('.editor input[type=number]'); number.value = 9; "
+        "number.oninput(); }");
+    simulator->write("ESP_FD2_VehSpd=2.25 every 0.02\n");
+    EXPECT_TRUE(browser->waitFor(has("#signals [data-signal=ESP_FD2_VehSpd] .value") + ".textContent === '2.25 km/h'"));
+    EXPECT_TRUE(browser->waitFor(has(".editor input[type=range]") + ".value >= 2"));
+    EXPECT_EQ(browser->evaluate(has(".editor input[type=number]") + ".value"), "9") << "what a person types stays";
+    browser->evaluate("[...document.querySelectorAll('.editor button')].find((b) => b.textContent === 'set').click()");
+    EXPECT_TRUE(application->waitForOutput(shown("ESP_FD2_VehSpd", "9 km/h")));
 
     browser->evaluate(has("[data-signal=HAP_FD3_RPAS_ObjRLMidlAr1]") +
                       ".dispatchEvent(new KeyboardEvent('keydown', {key: 'ArrowUp', bubbles: true}))");
@@ -132,6 +145,16 @@ protected:
     const std::unique_ptr<Process> simulator = desk.simulator("- --panel 0");
     httplib::Client http{panelUrl(*simulator)};
 
+    RawSocket connected() {
+        sockaddr_in address{};
+        address.sin_family = AF_INET;
+        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        address.sin_port = htons(static_cast<std::uint16_t>(std::stoi(portOf(panelUrl(*simulator)))));
+        const int fd = socket(AF_INET, SOCK_STREAM, 0);
+        EXPECT_EQ(connect(fd, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+        return RawSocket(fd);
+    }
+
     std::string post(const std::string& line) {
         const auto result = http.Post("/line", line, "text/plain");
         return result ? std::to_string(result->status) + " " + result->body : httplib::to_string(result.error());
@@ -148,7 +171,8 @@ TEST_F(PanelOverHttp, ServesItsPageAndNothingElse) {
     EXPECT_EQ(http.Get("/main.js")->get_header_value("Content-Type"), "text/javascript");
     EXPECT_EQ(http.Get("/../../etc/passwd")->status, 404);
     EXPECT_EQ(http.Get("/line")->status, 404);
-    EXPECT_EQ(http.Delete("/")->status, 404);
+    EXPECT_EQ(http.Get("/mainXjs")->status, 404);
+    EXPECT_EQ(http.Delete("/")->status, 405);
 }
 
 TEST_F(PanelOverHttp, RefusesOtherSites) {
@@ -178,6 +202,44 @@ TEST_F(PanelOverHttp, TellsWhatIsWrongWithALine) {
     for (const auto& [line, answer] : cases) {
         EXPECT_EQ(post(line).substr(0, answer.size()), answer) << line.substr(0, 40);
     }
+}
+
+TEST_F(PanelOverHttp, EndsAtOnceWhateverIsOpen) {
+    std::atomic<bool> done{false};
+    std::vector<std::thread> posters;
+    for (int i = 0; i < 10; ++i) {
+        posters.emplace_back([&] {
+            while (!done) {
+                httplib::Client(panelUrl(*simulator)).Post("/line", "BCM1_DrvDoorSts=1", "text/plain");
+            }
+        });
+    }
+    const RawSocket silent = connected();
+    const RawSocket halfway = connected();
+    ASSERT_TRUE(halfway.write("GET / HTTP/1.1\r\nHost: 127"));
+    EXPECT_EQ(post("reverse=1"), "200 ");
+    simulator->signal(SIGTERM);
+    EXPECT_EQ(simulator->wait(), 0);
+    done = true;
+    for (std::thread& poster : posters) {
+        poster.join();
+    }
+}
+
+TEST_F(PanelOverHttp, TakesNoEndlessRequest) {
+    const std::string endless[] = {
+        std::string(200'000, 'x'),
+        "GET / HTTP/1.1\r\n" + std::string(200'000, 'x'),
+        "POST /line HTTP/1.1\r\nHost: 127.0.0.1\r\nTransfer-Encoding: chunked\r\n\r\n30000\r\n" +
+            std::string(0x30000, 'x'),
+        "POST /other HTTP/1.1\r\nHost: 127.0.0.1\r\nContent-Length: 200000\r\n\r\n" + std::string(200'000, 'x'),
+    };
+    for (const std::string& request : endless) {
+        const RawSocket socket = connected();
+        socket.write(request);
+        EXPECT_TRUE(socket.ends()) << request.substr(0, 20);
+    }
+    EXPECT_EQ(post("reverse=1"), "200 ");
 }
 
 TEST_F(PanelOverHttp, APageThatDoesNotReadDelaysNobody) {
@@ -212,6 +274,17 @@ TEST_F(PanelOverHttp, APageThatDoesNotReadDelaysNobody) {
     for (std::thread& page : pages) {
         page.join();
     }
+}
+
+TEST_F(Panel, BearsNamesThatAreNoUtf8) {
+    const auto simulator = desk.simulator("--panel 0 --name \"$(printf 'caf\\351')\"");
+    httplib::Client http(panelUrl(*simulator));
+    std::string events;
+    http.Get("/events", [&](const char* part, std::size_t size) {
+        events.append(part, size);
+        return events.find("event: state") == std::string::npos;
+    });
+    EXPECT_NE(events.find("\"service\":\"caf\xEF\xBF\xBD\""), std::string::npos) << events.substr(0, 100);
 }
 
 TEST_F(Panel, SaysWhereItIsAndWhyNot) {

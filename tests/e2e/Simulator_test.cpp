@@ -44,7 +44,7 @@ TEST_F(Simulator, GoesToAPlaceInItsTrace) {
                                  "ESP_FD2_VehSpd                           9 km/h\n"
                                  "HAP_FD2_AVM_CurrSts                      3\n"))
         << simulator->output() << simulator->errors();
-    simulator->write("HAP_FD1!timeout\nseek 50\nshow *VehSpd\n");
+    simulator->write("HAP_FD1!timeout\nESP_FD2!delay 30\nESP_FD2_VehSpd=18\nseek 50\nshow *VehSpd\n");
     EXPECT_TRUE(simulator->waitForOutput("stands at 50 s\nESP_FD2_VehSpd                           0 km/h\n"))
         << "what comes later only is as before the trace";
     EXPECT_TRUE(simulator->waitForOutput("HAP_FD1 ok")) << "and nothing is wrong any more";
@@ -53,7 +53,7 @@ TEST_F(Simulator, GoesToAPlaceInItsTrace) {
     simulator->write("seek 301\n");
     EXPECT_EQ(simulator->wait(), 2);
     EXPECT_EQ(simulator->errors(),
-              "can-service-sim: stdin:11: '301' is out of range; expected seconds of the trace from 0 to 300\n");
+              "can-service-sim: stdin:13: '301' is out of range; expected seconds of the trace from 0 to 300\n");
 }
 
 TEST_F(Simulator, PlaysATraceWithItsCyclesAndAnswersFaster) {

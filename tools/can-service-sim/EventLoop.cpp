@@ -21,17 +21,22 @@ void EventLoop::watch(int fd, Task readable) {
 }
 
 void EventLoop::run() {
+    const Closing closing{*this};
     while (!ended_) {
         runDue();
         if (!ended_) {
             wait();
         }
     }
+}
+
+/// Whoever waits for a task must learn that it will not run, however the loop has ended.
+EventLoop::Closing::~Closing() {
     {
-        const sync::MutexLock lock(mutex_);
-        takesPosts_ = false;
+        const sync::MutexLock lock(loop.mutex_);
+        loop.takesPosts_ = false;
     }
-    takePosted();
+    loop.takePosted();
 }
 
 void EventLoop::wait() {

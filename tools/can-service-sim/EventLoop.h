@@ -36,6 +36,11 @@ public:
     void end() { ended_ = true; }
 
 private:
+    struct Closing {
+        ~Closing();
+        EventLoop& loop;
+    };
+
     void wait();
     void runPosted();
     std::vector<Task> takePosted();

@@ -42,6 +42,17 @@ const std::string& Faults::shown(std::uint32_t signal, const std::string& raw) {
     return frozen->second.shown;
 }
 
+std::map<std::uint32_t, std::string> Faults::end() {
+    std::map<std::uint32_t, std::string> hidden;
+    for (const auto& [signal, frozen] : frozen_) {
+        if (frozen.latest) {
+            hidden[signal] = *frozen.latest;
+        }
+    }
+    *this = {};
+    return hidden;
+}
+
 double Faults::delayOf(std::uint32_t signal, std::optional<std::uint32_t> message) const {
     const auto seconds = [this](std::uint32_t code) {
         const auto found = delays_.find(code);

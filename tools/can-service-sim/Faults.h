@@ -24,6 +24,9 @@ public:
     /// The value that a signal shows when it is given this one.
     const std::string& shown(std::uint32_t signal, const std::string& raw);
 
+    /// Ends all of them. Returns the latest values of frozen signals that have not been shown.
+    std::map<std::uint32_t, std::string> end();
+
     /// Seconds by which a signal is late, by itself or with its message.
     double delayOf(std::uint32_t signal, std::optional<std::uint32_t> message) const;
 

@@ -153,7 +153,8 @@ void Journal::tell(Detail least, const char* event, const std::string& text,
             listener_(object);
         }
         if (written && form_ == Form::Json) {
-            write_(object.dump() + "\n");
+            write_(object.dump(-1, ' ', false, Json::error_handler_t::replace) +
+                   "\n");  // a file's name may be no UTF-8
         }
     }
 }

@@ -118,9 +118,7 @@ void Player::seek(double position) {
     for (const TraceEvent& event : stateAt(trace_, position)) {
         apply(event.action);
     }
-    const auto next = std::lower_bound(trace_.begin(), trace_.end(), position,
-                                       [](const TraceEvent& event, double time) { return *event.time < time; });
-    nextOfTrace_ = static_cast<std::size_t>(next - trace_.begin());
+    nextOfTrace_ = nextAfter(trace_, position);
     pausedAt_ = position;
     if (!wasPaused) {
         resume();
@@ -132,8 +130,12 @@ void Player::startAfresh() {
     while (!cycles_.empty()) {
         endCycle(cycles_.begin()->first);
     }
-    faults_ = {};
+    for (const auto& [code, raw] : faults_.end()) {
+        service_.putSignal(code, raw);
+    }
     supervisor_ = {};
+    lateUntil_.clear();
+    ++delayed_;
     for (const tables::MessageRow& row : tables::kMessages) {
         if (service_.isTimedOut(row.code)) {
             report(row.code, false);
@@ -271,7 +273,11 @@ void Player::receive(std::uint32_t code, const std::string& raw, double period) 
     }
     // What is late stays in order when the delay shrinks.
     lastDue = std::max(lastDue, now + scaled(delay));
-    loop_.at(lastDue, [this, code, message, raw, period] { send(code, message, raw, period); });
+    loop_.at(lastDue, [=, delayed = delayed_] {
+        if (delayed == delayed_) {
+            send(code, message, raw, period);
+        }
+    });
 }
 
 void Player::send(std::uint32_t code, std::optional<std::uint32_t> message, const std::string& raw, double period) {

@@ -115,6 +115,7 @@ private:
     MessageSupervisor supervisor_;
     Faults faults_;
     std::map<std::uint32_t, Clock::time_point> lateUntil_;  // by signal: the last delayed value is sent then
+    std::size_t delayed_ = 0;                               // values that are late by an older number are not sent
     std::vector<TraceEvent> trace_;
     std::size_t nextOfTrace_ = 0;
     double lengthOfTrace_ = 0.0;  // seconds

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <vector>
 
@@ -17,8 +18,12 @@ struct TraceCut {
 /// The part of a trace, with its times counted from its begin: `startAt` or `from`, whichever is given.
 std::vector<TraceEvent> cutTrace(std::vector<TraceEvent> trace, const TraceCut& cut);
 
-/// The events that lead from any other state of a trace to the one at a time, be that before or after. What the trace
-/// is about later only is as before its begin: signals zero, the reverse line released, the service offered.
+/// The events that lead from any other state of a trace to the one at a time, the events of that time included, be the
+/// other before or after. What the trace is about later only is as before its begin: signals zero, the reverse line
+/// released, the service offered; but for signals in CAN frames, which keep their values.
 std::vector<TraceEvent> stateAt(const std::vector<TraceEvent>& trace, double time);
+
+/// The place of the first event after a time.
+std::size_t nextAfter(const std::vector<TraceEvent>& trace, double time);
 
 }  // namespace qvn::tools

@@ -183,16 +183,16 @@ int serve(CommandLine& line, const StopSignals& stop, Output& output) {
                     line.json ? Journal::Form::Json : Journal::Form::Text);
     line.can.describe(journal);
     Player player(loop, journal, std::move(options));
+    Panel panel(loop, player, journal, line.name);
+    if (line.panel.given() && !panel.start(line.panel.address(), line.panel.port(), &error)) {
+        Journal::error(error);
+        return kFailed;
+    }
     if (!player.start(std::move(trace))) {
         return kFailed;
     }
     CanListener listener(loop, journal, line.can.interface(), [&](const CanFrame& frame) { player.receive(frame); });
     if (!line.can.interface().empty() && !listener.start(&error)) {
-        Journal::error(error);
-        return kFailed;
-    }
-    Panel panel(loop, player, journal, line.name);
-    if (line.panel.given() && !panel.start(line.panel.address(), line.panel.port(), &error)) {
         Journal::error(error);
         return kFailed;
     }

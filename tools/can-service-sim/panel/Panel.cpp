@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "can-service-sim/PlayerLines.h"
-#include "can-service-sim/panel/RequestGuard.h"
+#include "can-service-sim/panel/IpAddress.h"
 
 namespace qvn::tools {
 namespace {
@@ -17,8 +17,13 @@ constexpr milliseconds kBetweenSamples{1000};
 // A page learns from it that the simulator is there, and the server that the page is.
 constexpr milliseconds kHeartbeat{1000};
 
+/// A name of the user's may be no UTF-8.
+std::string dumped(const PanelView::Json& data) {
+    return data.dump(-1, ' ', false, PanelView::Json::error_handler_t::replace);
+}
+
 PageStream::Text event(const char* name, const PanelView::Json& data) {
-    return std::make_shared<const std::string>("event: " + std::string(name) + "\ndata: " + data.dump() + "\n\n");
+    return std::make_shared<const std::string>("event: " + std::string(name) + "\ndata: " + dumped(data) + "\n\n");
 }
 
 }  // namespace
@@ -28,11 +33,9 @@ Panel::Panel(EventLoop& loop, Player& player, Journal& journal, const std::strin
       player_(player),
       journal_(journal),
       view_(player, serviceName),
-      server_(
-          {[this](const std::string& line) { return onLine(line); },
-           [this](std::shared_ptr<PageStream> page) { loop_.post([this, page = std::move(page)] { open(page); }); }}) {
-    journal_.listen([this](const auto& entry) { view_.note(entry); });
-}
+      server_({[this](const std::string& line) { return onLine(line); },
+               [this](std::shared_ptr<PageStream> page) { loop_.post([this, page = std::move(page)] { open(page); }); },
+               [] { Journal::error("the panel can listen no more; the service goes on without it"); }}) {}
 
 Panel::~Panel() {
     journal_.listen({});
@@ -42,6 +45,7 @@ bool Panel::start(const std::string& address, int port, std::string* error) {
     if (!server_.listen(address, port, error)) {
         return false;
     }
+    journal_.listen([this](const auto& entry) { view_.note(entry); });
     const std::string place = urlHost(address) + ":" + std::to_string(server_.port());
     journal_.note("panel at http://" + place + "/");
     if (!isLoopback(address)) {
@@ -54,9 +58,10 @@ bool Panel::start(const std::string& address, int port, std::string* error) {
 
 /// On a thread of the server.
 std::string Panel::onLine(const std::string& line) {
-    const auto told = std::make_shared<std::promise<std::string>>();
+    // The task alone has the promise: a loop that has ended destroys it, and breaks the promise.
+    auto told = std::make_shared<std::promise<std::string>>();
     std::future<std::string> answer = told->get_future();
-    loop_.post([this, line, told] {
+    loop_.post([this, line, told = std::move(told)] {
         try {
             told->set_value(takeLine(player_, line));
         } catch (...) {
@@ -77,7 +82,8 @@ void Panel::open(const std::shared_ptr<PageStream>& page) {
 
 void Panel::sampleAt(Clock::time_point time) {
     view_.sample();
-    const Clock::time_point next = time + kBetweenSamples;
+    // Seconds that were missed are no samples.
+    const Clock::time_point next = std::max(time + kBetweenSamples, Clock::now());
     loop_.at(next, [this, next] { sampleAt(next); });
 }
 
@@ -90,7 +96,8 @@ void Panel::update() {
     }
     const Clock::time_point now = Clock::now();
     const PanelView::Json changes = view_.changes();
-    if (changes.size() > 1 || now - lastTold_ >= kHeartbeat) {
+    const bool onlyTheTime = changes.size() == 1;
+    if (!onlyTheTime || now - lastTold_ >= kHeartbeat) {
         lastTold_ = now;
         tell(event("state", changes));
     }

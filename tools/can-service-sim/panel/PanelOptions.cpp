@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cctype>
 
-#include "can-service-sim/panel/RequestGuard.h"
+#include "can-service-sim/panel/IpAddress.h"
 #include "desk/Text.h"
 
 namespace qvn::tools {

@@ -1,19 +1,25 @@
 #include "can-service-sim/panel/PanelServer.h"
 
 #include <httplib.h>
+#include <netinet/tcp.h>
+#include <sys/socket.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <cstring>
+#include <set>
 #include <thread>
 #include <utility>
 #include <vector>
 
+#include "can-service-sim/panel/Connection.h"
+#include "can-service-sim/panel/IpAddress.h"
 #include "can-service-sim/panel/PageFiles.h"
 #include "can-service-sim/panel/RequestGuard.h"
 #include "desk/BadInput.h"
+#include "desk/Text.h"
 #include "sync/Mutex.h"
 
 namespace qvn::tools {
@@ -22,8 +28,7 @@ namespace {
 constexpr std::size_t kMostPages = 32;  // each holds a thread
 constexpr std::size_t kThreads = kMostPages + 8;
 constexpr std::size_t kLongestLine = 4096;
-constexpr time_t kSecondsToRead = 2;
-constexpr time_t kSecondsToWrite = 5;
+constexpr int kSendBuffer = 64 * 1024;
 
 constexpr char kText[] = "text/plain; charset=utf-8";
 
@@ -55,6 +60,16 @@ std::string reasonOf(int status) {
     }
 }
 
+/// The library takes a path for a regular expression.
+std::string pattern(std::string path) {
+    const std::size_t dot = path.find('.');
+    return dot == std::string::npos ? path : path.insert(dot, 1, '\\');
+}
+
+void setOption(socket_t socket, int level, int option, int value) {
+    setsockopt(socket, level, option, &value, sizeof value);
+}
+
 std::string ownHostName() {
     char name[256] = "";
     gethostname(name, sizeof name - 1);
@@ -63,61 +78,65 @@ std::string ownHostName() {
 
 }  // namespace
 
-class PanelServer::Server {
+class PanelServer::Http final : private httplib::Server {
 public:
-    explicit Server(Handlers handlers);
-    ~Server();
+    explicit Http(PanelServer::Handlers handlers);
+    ~Http() override;
 
-    bool listen(const std::string& address, int port, std::string* error);
+    bool listenAt(const std::string& address, int port, std::string* error);
     int port() const { return port_; }
 
 private:
-    httplib::Server::HandlerResponse guard(const httplib::Request& request, httplib::Response& response) const;
-    void takeLine(const httplib::Request& request, httplib::Response& response) const;
+    bool process_and_close_socket(socket_t socket) override;
+    bool enter(socket_t socket);
+    void leave(socket_t socket);
+
+    HandlerResponse guard(const httplib::Request& request, httplib::Response& response) const;
+    void takeLine(const httplib::Request& request, httplib::Response& response,
+                  const httplib::ContentReader& content) const;
     void openPage(httplib::Response& response);
     std::shared_ptr<PageStream> newPage();
 
-    const Handlers handlers_;
+    const PanelServer::Handlers handlers_;
     const std::string hostName_ = ownHostName();
-    httplib::Server http_;
     int port_ = 0;
-    std::atomic<bool> ended_{false};  // the thread
+    std::atomic<bool> listened_{false};  // the thread is at its end
     std::thread thread_;
     sync::Mutex mutex_;
+    std::set<socket_t> connections_ QVN_GUARDED_BY(mutex_);
     std::vector<std::weak_ptr<PageStream>> pages_ QVN_GUARDED_BY(mutex_);
     bool closing_ QVN_GUARDED_BY(mutex_) = false;
 };
 
-PanelServer::Server::Server(Handlers handlers) : handlers_(std::move(handlers)) {
-    http_.new_task_queue = [] { return new httplib::ThreadPool(kThreads); };
-    // Not the library's own choice, by which two programs may share a port.
-    http_.set_socket_options([](socket_t socket) {
-        const int yes = 1;
-        setsockopt(socket, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
+PanelServer::Http::Http(PanelServer::Handlers handlers) : handlers_(std::move(handlers)) {
+    new_task_queue = [] { return new httplib::ThreadPool(kThreads); };
+    // Not the library's own choice, by which two programs may share a port. The connections take these over: what is on
+    // its way to a page that takes nothing is little, and a page that is out of reach is given up.
+    set_socket_options([](socket_t socket) {
+        setOption(socket, SOL_SOCKET, SO_REUSEADDR, 1);
+        setOption(socket, SOL_SOCKET, SO_SNDBUF, kSendBuffer);
+        setOption(socket, IPPROTO_TCP, TCP_NODELAY, 1);
     });
-    http_.set_tcp_nodelay(true);
-    // A connection that waits for a next request would hold a thread.
-    http_.set_keep_alive_max_count(1);
-    http_.set_read_timeout(kSecondsToRead);
-    http_.set_write_timeout(kSecondsToWrite);
-    http_.set_payload_max_length(kLongestLine);
-    http_.set_default_headers(kHeaders);
-    http_.set_pre_routing_handler([this](const auto& request, auto& response) { return guard(request, response); });
-    http_.set_error_handler([](const httplib::Request&, httplib::Response& response) {
+    set_payload_max_length(kLongestLine);
+    set_default_headers(kHeaders);
+    set_pre_routing_handler([this](const auto& request, auto& response) { return guard(request, response); });
+    set_error_handler([](const httplib::Request&, httplib::Response& response) {
         if (response.body.empty()) {
             reply(response, response.status, reasonOf(response.status));
         }
     });
     for (const PageFile& file : pageFiles()) {
-        http_.Get(file.path, [&file](const httplib::Request&, httplib::Response& response) {
+        Get(pattern(file.path), [&file](const httplib::Request&, httplib::Response& response) {
             response.set_content(file.content.data(), file.content.size(), file.type);
         });
     }
-    http_.Get("/events", [this](const httplib::Request&, httplib::Response& response) { openPage(response); });
-    http_.Post("/line", [this](const auto& request, auto& response) { takeLine(request, response); });
+    Get("/events", [this](const httplib::Request&, httplib::Response& response) { openPage(response); });
+    Post("/line", [this](const auto& request, auto& response, const httplib::ContentReader& content) {
+        takeLine(request, response, content);
+    });
 }
 
-PanelServer::Server::~Server() {
+PanelServer::Http::~Http() {
     {
         const sync::MutexLock lock(mutex_);
         closing_ = true;
@@ -126,48 +145,103 @@ PanelServer::Server::~Server() {
                 page->end();
             }
         }
+        for (const socket_t connection : connections_) {
+            shutdown(connection, SHUT_RDWR);
+        }
     }
     if (thread_.joinable()) {
-        http_.stop();
+        stop();
         thread_.join();
     }
 }
 
-bool PanelServer::Server::listen(const std::string& address, int port, std::string* error) {
+bool PanelServer::Http::listenAt(const std::string& address, int port, std::string* error) {
     errno = 0;
-    port_ = port == 0 ? http_.bind_to_any_port(address) : (http_.bind_to_port(address, port) ? port : -1);
+    port_ = port == 0 ? bind_to_any_port(address) : (bind_to_port(address, port) ? port : -1);
     if (port_ < 0) {
         const bool taken = errno == EADDRINUSE;
-        *error = "the panel cannot listen at " + urlHost(address) + ":" + std::to_string(port) + ": " +
-                 std::strerror(errno) + (taken ? "; name another port with --panel PORT, 0 takes a free one" : "");
+        *error = "the panel cannot listen at " + urlHost(address) + ":" + std::to_string(port) +
+                 (errno != 0 ? std::string(": ") + std::strerror(errno) : "") +
+                 (taken ? "; name another port with --panel PORT, 0 takes a free one" : "");
         return false;
     }
     thread_ = std::thread([this] {
-        http_.listen_after_bind();
-        ended_ = true;
+        listen_after_bind();
+        listened_ = true;
+        const sync::MutexLock lock(mutex_);
+        if (!closing_) {
+            handlers_.onFailure();
+        }
     });
-    // Before it runs it cannot be stopped.
-    while (!http_.is_running() && !ended_) {
+    // Before it listens it cannot be stopped.
+    while (!is_running() && !listened_) {
         std::this_thread::yield();
     }
     return true;
 }
 
-httplib::Server::HandlerResponse PanelServer::Server::guard(const httplib::Request& request,
+/// One request a connection: one that waits for a next request would hold a thread.
+bool PanelServer::Http::process_and_close_socket(socket_t socket) {
+    bool processed = false;
+    if (enter(socket)) {
+        Connection connection(socket);
+        bool closed = false;
+        processed = process_request(connection, true, closed, {});
+        leave(socket);
+    }
+    shutdown(socket, SHUT_RDWR);
+    close(socket);
+    return processed;
+}
+
+bool PanelServer::Http::enter(socket_t socket) {
+    const sync::MutexLock lock(mutex_);
+    return !closing_ && connections_.insert(socket).second;
+}
+
+void PanelServer::Http::leave(socket_t socket) {
+    const sync::MutexLock lock(mutex_);
+    connections_.erase(socket);
+}
+
+PanelServer::Http::HandlerResponse PanelServer::Http::guard(const httplib::Request& request,
                                                             httplib::Response& response) const {
-    const bool navigates = request.method == "GET" && request.get_header_value("Sec-Fetch-Mode") == "navigate";
+    const bool reads = request.method == "GET" || request.method == "HEAD";
+    if (!reads && (request.method != "POST" || request.path != "/line")) {
+        response.set_header("Allow", request.path == "/line" ? "POST" : "GET, HEAD");
+        reply(response, 405, tools::quoted(request.method) + " is not taken here; lines are taken by POST at /line");
+        return HandlerResponse::Handled;
+    }
+    // A person may come by a link from anywhere.
+    const bool navigates = request.path == "/" && request.get_header_value("Sec-Fetch-Mode") == "navigate";
     const std::string reason = refusal({request.get_header_value("Host"), request.get_header_value("Origin"),
                                         navigates ? std::string() : request.get_header_value("Sec-Fetch-Site")},
                                        hostName_);
     if (reason.empty()) {
-        return httplib::Server::HandlerResponse::Unhandled;
+        return HandlerResponse::Unhandled;
     }
     reply(response, 403, reason);
-    return httplib::Server::HandlerResponse::Handled;
+    return HandlerResponse::Handled;
 }
 
-void PanelServer::Server::takeLine(const httplib::Request& request, httplib::Response& response) const {
-    std::string line = request.body;
+void PanelServer::Http::takeLine(const httplib::Request& request, httplib::Response& response,
+                                 const httplib::ContentReader& content) const {
+    if (request.is_multipart_form_data()) {
+        reply(response, 415, "the line is expected as the request's body, not as a form");
+        return;
+    }
+    std::string line;
+    // The library's own limit is one of announced lengths.
+    const bool whole = content([&line](const char* part, std::size_t size) {
+        line.append(part, size);
+        return line.size() <= kLongestLine;
+    });
+    if (!whole) {
+        // The library has set the status for an announced length that is too large.
+        const int status = line.size() > kLongestLine ? 413 : std::max(response.status, 400);
+        reply(response, status, reasonOf(status));
+        return;
+    }
     while (!line.empty() && (line.back() == '\n' || line.back() == '\r')) {
         line.pop_back();
     }
@@ -183,7 +257,7 @@ void PanelServer::Server::takeLine(const httplib::Request& request, httplib::Res
     }
 }
 
-void PanelServer::Server::openPage(httplib::Response& response) {
+void PanelServer::Http::openPage(httplib::Response& response) {
     const std::shared_ptr<PageStream> page = newPage();
     if (!page) {
         reply(response, 503, std::to_string(kMostPages) + " pages are open, which is the most; close one of them");
@@ -207,7 +281,7 @@ void PanelServer::Server::openPage(httplib::Response& response) {
 }
 
 /// Null when there are too many.
-std::shared_ptr<PageStream> PanelServer::Server::newPage() {
+std::shared_ptr<PageStream> PanelServer::Http::newPage() {
     const sync::MutexLock lock(mutex_);
     const auto gone = [](const std::weak_ptr<PageStream>& known) {
         const std::shared_ptr<PageStream> page = known.lock();
@@ -222,16 +296,16 @@ std::shared_ptr<PageStream> PanelServer::Server::newPage() {
     return page;
 }
 
-PanelServer::PanelServer(Handlers handlers) : server_(std::make_unique<Server>(std::move(handlers))) {}
+PanelServer::PanelServer(Handlers handlers) : http_(std::make_unique<Http>(std::move(handlers))) {}
 
 PanelServer::~PanelServer() = default;
 
 bool PanelServer::listen(const std::string& address, int port, std::string* error) {
-    return server_->listen(address, port, error);
+    return http_->listenAt(address, port, error);
 }
 
 int PanelServer::port() const {
-    return server_->port();
+    return http_->port();
 }
 
 }  // namespace qvn::tools

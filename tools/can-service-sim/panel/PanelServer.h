@@ -21,6 +21,8 @@ public:
         /// @throws BadInput for a line that is wrong, any other exception when the simulator cannot take one now
         std::function<std::string(const std::string& line)> takeLine;
         std::function<void(std::shared_ptr<PageStream> page)> openPage;
+        /// The server can listen no more, although nobody has ended it.
+        std::function<void()> onFailure;
     };
 
     explicit PanelServer(Handlers handlers);
@@ -38,9 +40,9 @@ public:
     int port() const;
 
 private:
-    class Server;
+    class Http;
 
-    std::unique_ptr<Server> server_;
+    std::unique_ptr<Http> http_;
 };
 
 }  // namespace qvn::tools

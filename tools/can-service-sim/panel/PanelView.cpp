@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
+#include <iterator>
 #include <map>
 #include <utility>
 
@@ -58,10 +60,11 @@ Json describe(const tables::DecodingRow& row, const std::map<std::uint32_t, std:
 }  // namespace
 
 PanelView::PanelView(const Player& player, std::string serviceName)
-    : player_(player), serviceName_(std::move(serviceName)), history_(tables::kDecodingRules.size()) {
-    told_.values.resize(tables::kDecodingRules.size());
-    told_.timedOut.resize(tables::kMessages.size());
-}
+    : player_(player),
+      serviceName_(std::move(serviceName)),
+      toldValues_(tables::kDecodingRules.size()),
+      toldTimeOuts_(tables::kMessages.size()),
+      history_(tables::kDecodingRules.size()) {}
 
 Json PanelView::vehicle() const {
     Json vehicle = {{"version", QVN_VERSION},
@@ -96,8 +99,8 @@ Json PanelView::changes() {
     addValues(state, false);
     addMessages(state, false);
     addVehicleState(state, false);
-    if (told_.logged < logged_) {
-        state["log"] = log(std::exchange(told_.logged, logged_));
+    if (toldEvents_ < logged_) {
+        state["log"] = log(std::exchange(toldEvents_, logged_));
     }
     return state;
 }
@@ -106,9 +109,13 @@ void PanelView::note(const Json& event) {
     Json entry = event;
     entry["t"] = rounded(elapsed(Clock::now()));
     entry["n"] = ++logged_;
-    log_.push_back(std::move(entry));
-    if (log_.size() > kMostLogged) {
-        log_.pop_front();
+    // A trace that is played again and again must not push sets out.
+    const std::string kind = event["event"];
+    const bool ofSet = kind == "set" || kind == "ignored set" || kind == "answer";
+    std::deque<Json>& log = ofSet ? sets_ : others_;
+    log.push_back(std::move(entry));
+    if (log.size() > kMostLogged) {
+        log.pop_front();
     }
 }
 
@@ -129,10 +136,10 @@ double PanelView::elapsed(Clock::time_point time) const {
 
 void PanelView::addValues(Json& state, bool all) {
     Json values = Json::array();
-    for (std::size_t place = 0; place < told_.values.size(); ++place) {
+    for (std::size_t place = 0; place < toldValues_.size(); ++place) {
         const tables::DecodingRow& row = tables::kDecodingRules[place];
         const std::optional<CanService::Value> value = player_.service().signal(row.code);
-        if (!value || (!all && value->time == told_.values[place])) {
+        if (!value || (!all && value->time == toldValues_[place])) {
             continue;
         }
         Json entry = {place, valueOf(row, value->raw)};
@@ -141,7 +148,7 @@ void PanelView::addValues(Json& state, bool all) {
         }
         values.push_back(std::move(entry));
         if (!all) {
-            told_.values[place] = value->time;
+            toldValues_[place] = value->time;
         }
     }
     if (!values.empty()) {
@@ -151,13 +158,13 @@ void PanelView::addValues(Json& state, bool all) {
 
 void PanelView::addMessages(Json& state, bool all) {
     Json messages = Json::array();
-    for (std::size_t place = 0; place < told_.timedOut.size(); ++place) {
+    for (std::size_t place = 0; place < toldTimeOuts_.size(); ++place) {
         const bool timedOut = player_.service().isTimedOut(tables::kMessages[place].code);
-        if (all || timedOut != told_.timedOut[place]) {
+        if (all || timedOut != toldTimeOuts_[place]) {
             messages.push_back({place, timedOut});
         }
         if (!all) {
-            told_.timedOut[place] = timedOut;
+            toldTimeOuts_[place] = timedOut;
         }
     }
     if (!messages.empty()) {
@@ -179,16 +186,17 @@ void PanelView::addVehicleState(Json& state, bool all) {
         now["clients"].push_back({{"id", client.id}, {"since", milliseconds(client.since)}});
     }
     for (const auto& [name, value] : now.items()) {
-        if (all || !told_.vehicleState.contains(name) || told_.vehicleState[name] != value) {
+        if (all || !toldState_.contains(name) || toldState_[name] != value) {
             state[name] = value;
         }
     }
     if (!all) {
-        told_.vehicleState = std::move(now);
+        toldState_ = std::move(now);
     }
 }
 
 void PanelView::addHistory(Json& state) const {
+    state["samples"] = history_.front().size();
     Json& history = state["history"] = Json::array();
     for (std::size_t place = 0; place < history_.size(); ++place) {
         const std::deque<Json>& samples = history_[place];
@@ -201,10 +209,9 @@ void PanelView::addHistory(Json& state) const {
 /// The events after that number.
 Json PanelView::log(std::size_t since) const {
     Json events = Json::array();
-    for (const Json& event : log_) {
-        if (event["n"] > since) {
-            events.push_back(event);
-        }
+    for (const std::deque<Json>* const log : {&sets_, &others_}) {
+        std::copy_if(log->begin(), log->end(), std::back_inserter(events),
+                     [&](const Json& event) { return event["n"] > since; });
     }
     return events;
 }

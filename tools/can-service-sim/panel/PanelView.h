@@ -15,15 +15,20 @@ namespace qvn::tools {
 
 /// The vehicle as pages are told of it, as JSON. Signals and messages go by their places in vehicle().
 ///
-///     vehicle()                what stays
-///       version, service, started (ms since 1970, of t = 0), trace (whether there is one)
-///       signals: [{name, message, description, unit, kind, step, most, range, values}]    messages: [name]
-///     everything(), changes()  what changes: all of it; what is new since the last changes()
-///       t          seconds since the start; every time below is of this clock
-///       values     [[signal, value, time]]; the value is null when bytes are missing, there is no time when nobody
-///       sent it history    [[signal, [values of the last minute, one a second]]], of signals that changed messages
-///       [[message, whether it timed out]] reverse, service, trace {position, length, speed, paused}, clients [{id,
-///       since}] log        events of the simulator's journal, each with a number n
+/// vehicle(), what stays:
+///  - version, service (its name), trace (whether there is one)
+///  - started: ms since 1970, of t = 0
+///  - messages: [name]
+///  - signals: [{name, message, description, unit, kind, step, most, range, values}]
+///
+/// everything() and changes(), what changes, or has changed since the last changes():
+///  - t: seconds since the start; every other time is of this clock
+///  - values: [[signal, value, time]]; null when bytes are missing, no time when nobody has sent it
+///  - history: [[signal, values of the last minute, one a second]], of signals that changed meanwhile, and samples, how
+///    many values; in everything() only
+///  - messages: [[message, whether it timed out]]
+///  - service, reverse, trace: {position, length, speed, paused}, clients: [{id, since}]
+///  - log: events of the simulator's journal, each with a number n by which they are ordered
 ///
 /// All members are called in the event loop.
 class PanelView {
@@ -42,14 +47,6 @@ public:
     void sample();
 
 private:
-    /// What was told last.
-    struct Told {
-        std::vector<std::optional<Clock::time_point>> values;
-        std::vector<bool> timedOut;
-        Json vehicleState;
-        std::size_t logged = 0;
-    };
-
     double elapsed(Clock::time_point time) const;
     void addValues(Json& state, bool all);
     void addMessages(Json& state, bool all);
@@ -61,9 +58,14 @@ private:
     const std::string serviceName_;
     const Clock::time_point start_ = Clock::now();
     const std::chrono::system_clock::time_point started_ = std::chrono::system_clock::now();
-    Told told_;
+    // What changes() told last.
+    std::vector<std::optional<Clock::time_point>> toldValues_;
+    std::vector<bool> toldTimeOuts_;
+    Json toldState_;
+    std::size_t toldEvents_ = 0;
     std::vector<std::deque<Json>> history_;  // by signal
-    std::deque<Json> log_;
+    std::deque<Json> sets_;                  // with their answers
+    std::deque<Json> others_;                // of the journal's events
     std::size_t logged_ = 0;
 };
 

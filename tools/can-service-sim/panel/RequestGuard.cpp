@@ -1,22 +1,15 @@
 #include "can-service-sim/panel/RequestGuard.h"
 
-#include <arpa/inet.h>
 #include <strings.h>
 
-#include <cstring>
-
+#include "can-service-sim/panel/IpAddress.h"
 #include "desk/Text.h"
 
 namespace qvn::tools {
 namespace {
 
-bool parses(int family, const std::string& text) {
-    unsigned char address[sizeof(in6_addr)];
-    return inet_pton(family, text.c_str(), address) == 1;
-}
-
 bool sameName(const std::string& a, const std::string& b) {
-    return strcasecmp(a.c_str(), b.c_str()) == 0;
+    return a.size() == b.size() && strncasecmp(a.data(), b.data(), a.size()) == 0;
 }
 
 /// The name or address of "NAME:PORT", "[ADDRESS]:PORT" or either without a port.
@@ -43,18 +36,6 @@ std::string refusal(const RequestOrigin& request, const std::string& ownHostName
         return "a page of another site asks; only the panel's own page may";
     }
     return "";
-}
-
-bool isAddress(const std::string& text) {
-    return parses(AF_INET, text) || parses(AF_INET6, text);
-}
-
-bool isLoopback(const std::string& address) {
-    return address == "::1" || (parses(AF_INET, address) && address.rfind("127.", 0) == 0);
-}
-
-std::string urlHost(const std::string& address) {
-    return address.find(':') == std::string::npos ? address : "[" + address + "]";
 }
 
 }  // namespace qvn::tools

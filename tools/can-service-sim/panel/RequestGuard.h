@@ -19,11 +19,4 @@ struct RequestOrigin {
 /// The port does not count: the panel may be reached through a tunnel.
 std::string refusal(const RequestOrigin& request, const std::string& ownHostName);
 
-/// Whether this is an IP address, of version 4 or 6.
-bool isAddress(const std::string& text);
-/// Whether only this machine reaches what listens at the address.
-bool isLoopback(const std::string& address);
-/// The address as a part of a URL.
-std::string urlHost(const std::string& address);
-
 }  // namespace qvn::tools

@@ -1,7 +1,7 @@
 // What stands around the vehicle: service, reverse line, clients, messages and the trace.
 
 import { make, setText } from "./elements.js";
-import { Latest, send } from "./lines.js";
+import { Latest, send, turnMessage } from "./lines.js";
 import { durationText } from "./model.js";
 
 const element = (selector) => document.querySelector(selector);
@@ -30,8 +30,8 @@ export class DeskView {
     this.#listenToPosition();
     element("#names").replaceChildren(...[...model.signals, ...model.messages].map(({ name }) => make("option", { value: name })));
     this.#chips = model.messages.map((message) => {
-      const act = () => send(`${message.name}!${message.timedOut ? "ok" : "timeout"}`);
-      return { message, button: make("button", { class: "chip", "data-message": message.name, onclick: act }, message.name) };
+      const onclick = () => turnMessage(message);
+      return { message, button: make("button", { class: "chip", "data-message": message.name, onclick }, message.name) };
     });
     element("#messages .strip").replaceChildren(...this.#chips.map(({ button }) => button));
     element("#trace").classList.toggle("none", !model.vehicle.trace);
@@ -41,10 +41,16 @@ export class DeskView {
     send(`reverse=${this.#model.state.reverse ? 0 : 1}`);
   }
 
-  playOrPause() {
-    if (this.#model.vehicle.trace) {
-      const { paused } = this.#model.state.trace;
-      send(paused ? "resume" : isOver(this.#model.state.trace) ? "seek 0" : "pause");
+  async playOrPause() {
+    if (!this.#model.vehicle.trace) {
+      return;
+    }
+    const { trace } = this.#model.state;
+    if (isOver(trace)) {
+      await send("seek 0");
+    }
+    if (trace.paused || !isOver(trace)) {
+      send(trace.paused ? "resume" : "pause");
     }
   }
 
@@ -56,21 +62,32 @@ export class DeskView {
         button.title = `${message.name} ${message.timedOut ? "timed out" : "is received"}`;
       }
     }
-    if (changed.state) {
-      const { service, reverse, trace } = this.#model.state;
+    const { service, reverse, trace } = this.#model.state;
+    if (changed.state.has("trace")) {
+      this.#renderTrace(trace);
+    }
+    if (changed.state.has("service") || changed.state.has("reverse")) {
       showSwitch(element("#service"), service);
       showSwitch(element("#reverse"), reverse);
-      this.#renderTrace(trace);
-      this.renderClients();
+    }
+    if (changed.state.has("clients")) {
+      this.#renderClients();
     }
   }
 
-  /** How long each client is there changes with the time. */
-  renderClients() {
+  /** Once a second: how long each client is there. */
+  renderTime() {
+    if (element("#clients").open) {
+      this.#renderClients();
+    }
+  }
+
+  #renderClients() {
     const { clients } = this.#model.state;
     setText(element("#clients summary"), clients.length === 0 ? "no client" : clients.length === 1 ? "1 client" : `${clients.length} clients`);
+    const now = this.#model.vehicle.started + this.#model.now() * 1000;
     const lines = clients.map(({ id, since }) =>
-      make("li", {}, `session ${id}, since ${new Date(since).toLocaleTimeString()} (${durationText((Date.now() - since) / 1000)})`));
+      make("li", {}, `session ${id}, since ${new Date(since).toLocaleTimeString()} (${durationText((now - since) / 1000)})`));
     element("#clients ul").replaceChildren(...lines);
   }
 
@@ -80,13 +97,14 @@ export class DeskView {
     setText(element("#time"), `${position.toFixed(1)} of ${length.toFixed(1)} s`);
     const slider = element("#position");
     slider.max = length;
+    slider.setAttribute("aria-valuetext", `${position.toFixed(1)} seconds`);
     if (!this.#dragging) {
       slider.value = position;
     }
     const choice = element("#speed");
-    if (document.activeElement !== choice && Number(choice.value) !== speed) {
+    if (Number(choice.value) !== speed) {
       const known = [...choice.options].find((option) => Number(option.value) === speed);
-      choice.value = (known ?? choice.appendChild(make("option", {}, `${speed}`))).value;
+      choice.value = (known ?? choice.appendChild(make("option", { value: speed }, `× ${speed}`))).value;
     }
   }
 

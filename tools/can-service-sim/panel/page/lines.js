@@ -26,6 +26,11 @@ export async function send(line) {
   }
 }
 
+/** Lets a message time out, or be received again. */
+export function turnMessage(message) {
+  send(`${message.name}!${message.timedOut ? "ok" : "timeout"}`);
+}
+
 /** Sends lines of something that moves on (a slider, a drag): the newest one, when the one before has arrived. */
 export class Latest {
   #waiting = null;

@@ -1,6 +1,7 @@
 // What clients set, and what the rules answered; on demand everything that happened.
 
 import { make } from "./elements.js";
+import { isOfSet } from "./model.js";
 
 const MOST = 200;
 
@@ -25,8 +26,7 @@ export class LogView {
         answers.set(event.set, [...(answers.get(event.set) ?? []), event]);
       }
     }
-    const isSet = (event) => event.event === "set" || event.event === "ignored set";
-    const shown = this.#model.log.filter((event) => isSet(event) || (this.#all.checked && event.event !== "answer"));
+    const shown = this.#model.log.filter((event) => event.event !== "answer" && (isOfSet(event) || this.#all.checked));
     this.#list.replaceChildren(...shown.slice(-MOST).reverse().map((event) => this.#entry(event, answers.get(event.set) ?? [])));
     document.querySelector("#log .hint").hidden = shown.length > 0;
   }

@@ -1,6 +1,7 @@
 // Connects the page to the simulator, and keeps it connected.
 
 import { DeskView } from "./desk.js";
+import { setText } from "./elements.js";
 import { send } from "./lines.js";
 import { LogView } from "./log.js";
 import { Model } from "./model.js";
@@ -19,13 +20,18 @@ let lastHeard = 0;
 
 function showOnline(online) {
   document.body.classList.toggle("offline", !online);
-  document.querySelector("#banner").textContent = online ? "" : "no connection to the simulator; trying again ...";
+  document.querySelector("main").inert = !online;
+  const trouble = "no connection to the simulator, or too many pages are open; trying again ...";
+  setText(document.querySelector("#banner"), online ? "" : trouble);
 }
 
 function takeVehicle(vehicle) {
   if (model && model.vehicle.version !== vehicle.version) {
     location.reload(); // this page belongs to another version of the simulator
     return;
+  }
+  if (model?.vehicle.started === vehicle.started) {
+    return; // the same simulator: what a person is about to do here goes on
   }
   model = new Model(vehicle);
   desk = new DeskView(model);
@@ -49,7 +55,6 @@ function connect() {
   stream.addEventListener("state", (event) => takeState(JSON.parse(event.data)));
   stream.onerror = () => {
     disconnect();
-    showOnline(false);
     setTimeout(reconnect, RETRY_MS);
   };
 }
@@ -57,6 +62,7 @@ function connect() {
 function disconnect() {
   stream?.close();
   stream = null;
+  showOnline(false);
 }
 
 function reconnect() {
@@ -68,7 +74,6 @@ function reconnect() {
 function eachSecond() {
   if (stream && performance.now() - lastHeard > SILENCE_MS) {
     disconnect();
-    showOnline(false);
   }
   reconnect();
   if (model && stream) {
@@ -82,7 +87,7 @@ function eachSecond() {
 document.addEventListener("visibilitychange", () => (document.hidden ? disconnect() : reconnect()));
 
 document.addEventListener("keydown", (event) => {
-  if (event.ctrlKey || event.metaKey || event.altKey || event.target.matches("input, select, textarea, dialog *")) {
+  if (event.repeat || event.ctrlKey || event.metaKey || event.altKey || event.target.matches("input, select, textarea, dialog *")) {
     return;
   }
   const actions = {
@@ -91,7 +96,7 @@ document.addEventListener("keydown", (event) => {
     r: () => desk?.turnReverse(),
     " ": () => desk?.playOrPause(),
   };
-  const onButton = event.key === " " && event.target.matches("button, summary");
+  const onButton = event.key === " " && event.target.matches("button, summary, [role=button]");
   if (actions[event.key] && !onButton) {
     event.preventDefault();
     actions[event.key]();
@@ -102,7 +107,8 @@ document.querySelector("#help-button").onclick = () => document.querySelector("#
 document.querySelector("#line").onsubmit = async (event) => {
   event.preventDefault();
   const input = event.target.elements.line;
-  if (input.value.trim() !== "" && (await send(input.value.trim()))) {
+  const line = input.value;
+  if (line.trim() !== "" && (await send(line.trim())) && input.value === line) {
     input.value = "";
   }
 };

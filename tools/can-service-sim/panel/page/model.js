@@ -1,6 +1,7 @@
 // The vehicle as the simulator tells it: names, present values, the last minute.
 
 const SAMPLES = 60;
+const MOST_EVENTS = 300; // of sets with their answers, and of everything else
 
 export class Model {
   constructor(vehicle) {
@@ -24,13 +25,13 @@ export class Model {
   /** Takes a state of the stream. Returns what changed: places of signals, and which else. */
   take(state) {
     this.clockOffset = state.t - performance.now() / 1000;
-    const changed = { signals: new Set(), messages: false, log: false, state: false };
-    for (const [place, samples] of state.history ?? []) {
-      this.signals[place].history = samples;
-    }
+    const changed = { signals: new Set(), messages: false, log: false, state: new Set() };
     for (const [place, value, time] of state.values ?? []) {
       Object.assign(this.signals[place], { value, time });
       changed.signals.add(place);
+    }
+    if (state.history) {
+      this.#takeHistory(new Map(state.history), state.samples);
     }
     for (const [place, timedOut] of state.messages ?? []) {
       this.messages[place].timedOut = timedOut;
@@ -39,16 +40,26 @@ export class Model {
     for (const name of Object.keys(this.state)) {
       if (name in state) {
         this.state[name] = state[name];
-        changed.state = true;
+        changed.state.add(name);
       }
     }
     const last = this.log.at(-1)?.n ?? 0;
     const events = (state.log ?? []).filter((event) => event.n > last);
     if (events.length > 0) {
-      this.log = [...this.log, ...events].slice(-SAMPLES * 5);
+      const all = [...this.log, ...events];
+      const ofSets = all.filter(isOfSet).slice(-MOST_EVENTS);
+      const others = all.filter((event) => !isOfSet(event)).slice(-MOST_EVENTS);
+      this.log = [...ofSets, ...others].sort((a, b) => a.n - b.n);
       changed.log = true;
     }
     return changed;
+  }
+
+  /** The simulator leaves out what did not change. */
+  #takeHistory(histories, samples) {
+    for (const signal of this.signals) {
+      signal.history = histories.get(signal.place) ?? Array(samples).fill(signal.value ?? null);
+    }
   }
 
   /** Keeps the present values; once a second. */
@@ -80,6 +91,11 @@ export class Model {
   }
 }
 
+/** Whether an event of the log is a set, or an answer to one. */
+export function isOfSet({ event }) {
+  return event === "set" || event === "ignored set" || event === "answer";
+}
+
 /** The value as people read it: "2 R", "4.5 km/h". */
 export function valueText(signal) {
   if (signal.value === undefined) {
@@ -88,7 +104,8 @@ export function valueText(signal) {
   if (signal.value === null) {
     return "too short";
   }
-  return [signal.value, signal.unit, signal.names.get(signal.value)].filter((part) => part !== "" && part !== undefined).join(" ");
+  const parts = [signal.value, signal.unit, signal.names.get(signal.value)];
+  return parts.filter((part) => part !== "" && part !== undefined).join(" ");
 }
 
 export function durationText(seconds) {

@@ -1,8 +1,10 @@
 // The list of all signals: found by words, shown with age and course, turned by a slider, buttons or a number.
 
 import { make, setText } from "./elements.js";
-import { Latest, send } from "./lines.js";
+import { Latest, send, turnMessage } from "./lines.js";
 import { durationText, valueText } from "./model.js";
+
+const COURSE = { width: 90, height: 24 };
 
 export class SignalsView {
   #model;
@@ -26,6 +28,12 @@ export class SignalsView {
     }
     this.#search.oninput = this.#moving.onchange = () => this.#filter();
     this.#list.onkeydown = (event) => this.#moveByKey(event);
+    this.#search.onkeydown = (event) => {
+      if (event.key === "ArrowDown") {
+        event.preventDefault();
+        this.#list.querySelector(".row:not([hidden]) > button")?.focus();
+      }
+    };
     this.#filter();
   }
 
@@ -60,7 +68,7 @@ export class SignalsView {
     this.#filter();
     const row = this.#rows[this.#model.byName.get(name).place];
     this.#openRow(row);
-    row.element.scrollIntoView({ block: "center", behavior: "smooth" });
+    row.element.scrollIntoView({ block: "center" });
     row.button.focus({ preventScroll: true });
   }
 
@@ -70,10 +78,10 @@ export class SignalsView {
   }
 
   #addGroup(message, signals, watcher) {
-    const turn = () => send(`${message.name}!${message.timedOut ? "ok" : "timeout"}`);
-    const heading = message
-      ? make("h3", {}, message.name, make("button", { class: "plain turn", title: "let it time out, or be received again", onclick: turn }))
-      : make("h3", {}, "without a message");
+    const heading = make("h3", {}, message?.name ?? "without a message");
+    if (message) {
+      heading.append(make("button", { class: "plain turn", onclick: () => turnMessage(message) }));
+    }
     const element = make("section", { class: "group" }, heading);
     const rows = signals.map((signal) => this.#addRow(signal, watcher));
     element.append(...rows.map((row) => row.element));
@@ -84,9 +92,9 @@ export class SignalsView {
 
   #addRow(signal, watcher) {
     const words = [signal.name, signal.description, signal.message?.name, signal.unit].join(" ").toLowerCase();
-    const value = make("output", { class: "value" });
+    const value = make("span", { class: "value" });
     const age = make("span", { class: "age", title: "since it was received" });
-    const course = make("canvas", { width: 90, height: 24, title: "the last minute" });
+    const course = make("canvas", { width: COURSE.width * devicePixelRatio, height: COURSE.height * devicePixelRatio, title: "the last minute" });
     const button = make("button", { class: "plain name", "aria-expanded": "false", title: signal.description || signal.name },
       make("span", {}, signal.name), make("small", {}, signal.description));
     const element = make("div", { class: "row", "data-signal": signal.name }, button, value, age, course);
@@ -142,7 +150,8 @@ export class SignalsView {
     for (const { element, rows } of this.#groups) {
       let shown = 0;
       for (const row of rows) {
-        const fits = words.every((word) => row.words.includes(word)) && (!this.#moving.checked || hasMoved(row.signal));
+        const moves = !this.#moving.checked || hasMoved(row.signal) || row === this.#open;
+        const fits = moves && words.every((word) => row.words.includes(word));
         row.element.hidden = !fits;
         shown += fits;
       }
@@ -175,7 +184,8 @@ function hasMoved(signal) {
 /** Draws the last minute, from the left to the right, between the lowest and the highest value of it. */
 function drawCourse({ signal, course }) {
   const context = course.getContext("2d");
-  const { width, height } = course;
+  const { width, height } = COURSE;
+  context.setTransform(devicePixelRatio, 0, 0, devicePixelRatio, 0, 0);
   context.clearRect(0, 0, width, height);
   const values = signal.history;
   const numbers = values.filter((value) => value !== null);
@@ -188,11 +198,13 @@ function drawCourse({ signal, course }) {
     if (value === null) {
       return;
     }
+    const follows = index > 0 && values[index - 1] !== null;
     const x = width - 2 - ((values.length - 1 - index) * (width - 4)) / 59;
     const y = high > low ? height - 3 - ((value - low) / (high - low)) * (height - 6) : height - 3;
-    context.lineTo(x, y);
+    context[follows ? "lineTo" : "moveTo"](x, y);
   });
   context.stroke();
+  course.title = numbers.length === 0 ? "the last minute" : `the last minute: ${low} to ${high}`;
 }
 
 /** What turns one signal. */
@@ -202,6 +214,7 @@ class Editor {
   #number;
   #slider;
   #buttons;
+  #turned = new Set(); // inputs that a person is about to change
 
   constructor(signal) {
     this.#signal = signal;
@@ -209,8 +222,13 @@ class Editor {
     const step = signal.kind.startsWith("float") ? signal.step : 1;
     const bounds = { min: low, max: high, step };
     this.#slider = make("input", { type: "range", ...bounds, "aria-label": `${signal.name}, slider` });
-    this.#slider.oninput = () => this.#latest.send(`${signal.name}=${this.#slider.value}`);
+    this.#slider.oninput = () => {
+      this.#turned.add(this.#slider);
+      this.#latest.send(`${signal.name}=${this.#slider.value}`);
+    };
+    this.#slider.onchange = () => this.#turned.delete(this.#slider);
     this.#number = make("input", { type: "number", min: 0, max: signal.most, step: "any", "aria-label": `${signal.name}, number` });
+    this.#number.oninput = () => this.#turned.add(this.#number);
     this.#number.onkeydown = (event) => {
       if (event.key === "Enter") {
         this.#set(this.#number.value);
@@ -230,7 +248,7 @@ class Editor {
   /** Shows the present value, where a person is not about to change it. */
   show(value) {
     for (const input of [this.#slider, this.#number]) {
-      if (document.activeElement !== input && value !== null && value !== undefined) {
+      if (!this.#turned.has(input) && value !== null && value !== undefined) {
         input.value = value;
       }
     }
@@ -240,6 +258,7 @@ class Editor {
   }
 
   #set(value) {
+    this.#turned.delete(this.#number);
     send(`${this.#signal.name}=${value}`);
   }
 }

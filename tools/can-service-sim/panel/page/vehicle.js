@@ -46,7 +46,7 @@ export class VehicleView {
   #model;
   #select;
   #updates = new Map(); // by signal name: what follows its value
-  #latest = new Latest();
+  #rendered = new Map(); // by signal name: what it was shown as
   #svg = document.querySelector("#car");
 
   /** select(name) shows a signal in the list. */
@@ -78,14 +78,20 @@ export class VehicleView {
   }
 
   renderAll() {
+    this.#rendered.clear();
     for (const name of this.#updates.keys()) {
       this.#renderSignal(name);
     }
   }
 
   #renderSignal(name) {
+    const value = this.#model.value(name);
+    if (this.#rendered.get(name) === value) {
+      return; // most of what is told is told again
+    }
+    this.#rendered.set(name, value);
     for (const update of this.#updates.get(name) ?? []) {
-      update(this.#model.value(name), this.#model.isTimedOut(name));
+      update(value, this.#model.isTimedOut(name));
     }
   }
 
@@ -94,34 +100,40 @@ export class VehicleView {
     this.#updates.set(name, [...(this.#updates.get(name) ?? []), update]);
   }
 
-  /** Lets an element show a signal, grey while its message is timed out, and act on a click or the enter key. */
-  #part(element, name, label, act, update = () => {}) {
+  /** Lets an element show a signal, grey while its message is timed out. */
+  #part(element, name, label, update = () => {}) {
     const title = draw("title");
     element.append(title);
     element.setAttribute("tabindex", "0");
-    element.setAttribute("role", "button");
     element.classList.add("part");
     element.dataset.signal = name;
-    element.addEventListener("click", act);
-    element.addEventListener("keydown", (event) => {
-      if (event.key === "Enter") {
-        act(event);
-      }
-    });
     this.#follow(name, (value, timedOut) => {
       element.classList.toggle("stale", timedOut);
       element.classList.toggle("on", value !== 0);
       const text = `${label}: ${valueText(this.#model.byName.get(name))}${timedOut ? ", timed out" : ""}\n${name}`;
       setText(title, text);
       element.setAttribute("aria-label", text);
-      update(value);
+      update(value, timedOut);
     });
     return element;
   }
 
-  /** A part of two states, which a click turns over. */
+  /** A part that acts on a click, the enter key or space. */
+  #button(element, name, label, act, update) {
+    element.setAttribute("role", "button");
+    element.addEventListener("click", act);
+    element.addEventListener("keydown", (event) => {
+      if (event.key === "Enter" || event.key === " ") {
+        event.preventDefault();
+        act();
+      }
+    });
+    return this.#part(element, name, label, update);
+  }
+
+  /** A part of two states, which it turns over. */
   #toggle(element, name, label, update) {
-    return this.#part(element, name, label, () => send(`${name}=${this.#model.value(name) === 0 ? 1 : 0}`), update);
+    return this.#button(element, name, label, () => send(`${name}=${this.#model.value(name) === 0 ? 1 : 0}`), update);
   }
 
   #drawFans() {
@@ -146,16 +158,25 @@ export class VehicleView {
     }
   }
 
-  /** A zone in which an obstacle can be put by a click or a drag; ring(inner, outer) is the path of a part of it. */
+  /** A zone in which an obstacle can be put by a click, a drag or keys; ring(inner, outer) is the path of a part of it. */
   #drawZone(name, label, ring, { inner, step }, levelAt) {
     const outer = inner + LEVELS * step;
     const obstacle = draw("path", { class: "obstacle" });
     const shadow = draw("path", { class: "shadow" });
     const zone = draw("g", { class: "zone" }, draw("path", { class: "field", d: ring(inner, outer) }), shadow, obstacle);
-    const put = (level) => this.#latest.send(`${name}=${Math.min(LEVELS, Math.max(0, level))}`);
-    this.#part(zone, name, label, () => {}, (value) => {
-      const level = Math.min(value, LEVELS);
+    let level = 0; // the one that was told or, before that comes back, sent
+    const latest = new Latest();
+    const put = (wanted) => {
+      level = Math.min(LEVELS, Math.max(0, wanted));
+      latest.send(`${name}=${level}`);
+    };
+    zone.setAttribute("role", "slider");
+    zone.setAttribute("aria-valuemin", 0);
+    zone.setAttribute("aria-valuemax", LEVELS);
+    this.#part(zone, name, label, (value) => {
+      level = Math.min(value, LEVELS);
       zone.dataset.level = level;
+      zone.setAttribute("aria-valuenow", level);
       obstacle.setAttribute("d", level === 0 ? "" : ring(inner + (level - 1) * step, inner + level * step));
       shadow.setAttribute("d", level === 0 ? "" : ring(inner + level * step, outer));
     });
@@ -164,10 +185,11 @@ export class VehicleView {
       return Math.min(LEVELS, Math.max(1, Math.ceil(levelAt(point))));
     };
     zone.addEventListener("pointerdown", (event) => {
-      const level = levelUnder(event);
-      put(level === this.#model.value(name) ? 0 : level);
-      zone.setPointerCapture(event.pointerId);
-      zone.dataset.dragged = level;
+      if (event.button === 0) {
+        put(levelUnder(event) === level ? 0 : levelUnder(event));
+        zone.setPointerCapture(event.pointerId);
+        zone.dataset.dragged = levelUnder(event);
+      }
     });
     zone.addEventListener("pointermove", (event) => {
       if (zone.hasPointerCapture(event.pointerId) && Number(zone.dataset.dragged) !== levelUnder(event)) {
@@ -176,13 +198,10 @@ export class VehicleView {
       }
     });
     zone.addEventListener("keydown", (event) => {
-      const away = { ArrowUp: 1, ArrowDown: -1 }[event.key];
-      if (away) {
+      const wanted = { ArrowUp: level + 1, ArrowDown: level - 1, Enter: level === 0 ? 1 : 0, Delete: 0 }[event.key];
+      if (wanted !== undefined) {
         event.preventDefault();
-        event.stopPropagation();
-        put(this.#model.value(name) + away);
-      } else if (event.key === "Enter") {
-        put(this.#model.value(name) === 0 ? 1 : 0);
+        put(wanted);
       }
     });
     this.#svg.append(zone);
@@ -197,12 +216,16 @@ export class VehicleView {
       for (const { x, line } of paths) {
         const from = CENTRE + x;
         line.setAttribute("d", `M${from} 492C${from} 530 ${from + bend * 0.3} 565 ${from + bend} 608`);
-        line.classList.toggle("on", this.#model.value("DCT5_TGS_LEVER") === 2);
+        line.classList.toggle("on", this.#isInReverse());
       }
     };
     for (const name of ["DCT5_TGS_LEVER", "CSA2_SteerWheelAng", "CSA2_SteerWheelAngSign"]) {
       this.#follow(name, update);
     }
+  }
+
+  #isInReverse() {
+    return this.#model.value("DCT5_TGS_LEVER") === 2 && !this.#model.isTimedOut("DCT5_TGS_LEVER");
   }
 
   /** Degrees; to the right is positive. */
@@ -229,7 +252,11 @@ export class VehicleView {
       const tyre = draw("rect", { class: "tyre", x: -11, y: -25, width: 22, height: 50, rx: 6 });
       const speed = draw("text", { class: "wheel-speed", x: x < CENTRE ? x - 26 : x + 26, y: y + 4 });
       const wheel = draw("g", { transform: `translate(${x} ${y})` }, tyre);
-      this.#svg.append(speed, this.#part(wheel, signal, "wheel speed", () => this.#select(signal), (value) => setText(speed, value === 0 ? "" : `${value}`)));
+      const show = (value, timedOut) => {
+        setText(speed, value === 0 ? "" : `${value}`);
+        speed.classList.toggle("stale", timedOut);
+      };
+      this.#svg.append(speed, this.#button(wheel, signal, "wheel speed", () => this.#select(signal), show));
       if (front) {
         const steer = () => tyre.setAttribute("transform", `rotate(${this.#frontWheels()})`);
         this.#follow("CSA2_SteerWheelAng", (value, timedOut) => (steer(), tyre.classList.toggle("stale", timedOut)));
@@ -273,13 +300,14 @@ export class VehicleView {
         lamp(CENTRE + x * 63, y, "turn", `R_PBox1_${side}TurnLmpSts_R_Pbox`, `${label} turn lamps`, toggled);
       }
       const white = draw("rect", { class: "lamp white", x: CENTRE + x * 40 - 10, y: 470, width: 20, height: 7, rx: 3 });
-      this.#follow("DCT5_TGS_LEVER", (value) => white.classList.toggle("on", value === 2));
+      this.#follow("DCT5_TGS_LEVER", () => white.classList.toggle("on", this.#isInReverse()));
       this.#svg.append(white);
     }
     const cluster = draw("g", {}, draw("rect", { class: "roof", x: 156, y: 296, width: 88, height: 104, rx: 14 }), gear);
-    this.#svg.append(this.#part(cluster, "DCT5_TGS_LEVER", "gear lever", () => this.#nextGear(), (value) =>
+    this.#svg.append(this.#button(cluster, "DCT5_TGS_LEVER", "gear lever", () => this.#nextGear(), (value) =>
       setText(gear, this.#model.byName.get("DCT5_TGS_LEVER").names.get(value) ?? `${value}`)));
-    this.#svg.append(this.#part(draw("g", {}, speed, unit), "ESP_FD2_VehSpd", "speed", () => this.#select("ESP_FD2_VehSpd"), (value) => {
+    const readout = draw("g", {}, draw("rect", { class: "touch", x: 160, y: 348, width: 80, height: 48 }), speed, unit);
+    this.#svg.append(this.#button(readout, "ESP_FD2_VehSpd", "speed", () => this.#select("ESP_FD2_VehSpd"), (value) => {
       setText(speed, value.toFixed(1));
       setText(unit, this.#model.byName.get("ESP_FD2_VehSpd").unit);
     }));
@@ -305,7 +333,12 @@ export class VehicleView {
   #drawReadouts() {
     const list = document.querySelector("#readouts");
     const steering = make("dd", { "data-signal": "CSA2_SteerWheelAng" });
-    list.replaceChildren(make("div", {}, make("dt", {}, "steering"), steering));
+    const entry = (label, name, value) => {
+      const button = make("button", { class: "plain", title: name, onclick: () => this.#select(name) }, label);
+      list.append(make("div", {}, make("dt", {}, button), value));
+    };
+    list.replaceChildren();
+    entry("steering", "CSA2_SteerWheelAng", steering);
     const showSteering = () => {
       const angle = this.#model.value("CSA2_SteerWheelAng");
       const side = this.#model.byName.get("CSA2_SteerWheelAngSign");
@@ -316,8 +349,7 @@ export class VehicleView {
     this.#follow("CSA2_SteerWheelAngSign", showSteering);
     for (const [label, name] of READOUTS) {
       const value = make("dd", { "data-signal": name });
-      const button = make("button", { class: "plain", title: name, onclick: () => this.#select(name) }, label);
-      list.append(make("div", {}, make("dt", {}, button), value));
+      entry(label, name, value);
       this.#follow(name, (_, timedOut) => {
         setText(value, valueText(this.#model.byName.get(name)));
         value.classList.toggle("stale", timedOut);
@@ -329,7 +361,7 @@ export class VehicleView {
     const box = document.querySelector("#progress");
     this.#follow("HAP_FD1_APS_ProcBar", (value, timedOut) => {
       box.querySelector("progress").value = value;
-      setText(box.querySelector("output"), `${value} %`);
+      setText(box.querySelector("span"), `${value} %`);
       box.classList.toggle("stale", timedOut);
     });
   }

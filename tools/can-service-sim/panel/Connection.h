@@ -1,0 +1,35 @@
+#pragma once
+
+#include <httplib.h>
+
+#include <chrono>
+
+namespace qvn::tools {
+
+/// One connection to a browser, for one request. Other than the library's own stream it has a limit for the whole
+/// request, in time and in bytes: who sends a byte now and then, or never ends a line, holds neither a thread nor
+/// memory.
+class Connection final : public httplib::Stream {
+public:
+    /// Does not own the socket.
+    explicit Connection(socket_t socket) : socket_(socket) {}
+
+    bool is_readable() const override;
+    bool is_writable() const override;
+    ssize_t read(char* ptr, size_t size) override;
+    ssize_t write(const char* ptr, size_t size) override;
+    socket_t socket() const override { return socket_; }
+
+    // Nobody asks for them.
+    void get_remote_ip_and_port(std::string&, int&) const override {}
+    void get_local_ip_and_port(std::string&, int&) const override {}
+
+private:
+    using Clock = std::chrono::steady_clock;
+
+    const socket_t socket_;
+    const Clock::time_point start_ = Clock::now();
+    std::size_t received_ = 0;
+};
+
+}  // namespace qvn::tools
