@@ -99,7 +99,10 @@ private:
         TraceAction action;
     };
 
-    void keep(double time, TraceAction action) { keep(subjectOf(action), time, std::move(action)); }
+    void keep(double time, TraceAction action) {
+        const Subject subject = subjectOf(action);
+        keep(subject, time, std::move(action));
+    }
     void keep(const Subject& subject, double time, TraceAction action) {
         entries_.insert_or_assign(subject, Entry{order_++, time, std::move(action)});
     }

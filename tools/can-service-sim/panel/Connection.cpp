@@ -12,7 +12,7 @@ namespace {
 
 constexpr std::chrono::seconds kTimeToRead{4};   // the whole request
 constexpr std::chrono::seconds kTimeToWrite{5};  // until the other side takes something
-constexpr std::size_t kLongestRequest = 16 * 1024;
+constexpr std::size_t kLongestRequest = 16'384;
 
 bool waitFor(socket_t socket, short events, std::chrono::steady_clock::time_point end) {
     pollfd descriptor{socket, events, 0};
