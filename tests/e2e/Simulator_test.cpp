@@ -77,7 +77,8 @@ TEST_F(Simulator, ALoopedTraceDoesNotGrow) {
                                         "(0) ESP_FD2_VehSpd=4.5 every 1000\n"
                                         "(0) CSA2_SteerWheelAng=3 every 0.001 for 0.002\n"
                                         "(0.02) BCM1_DrvDoorSts=1\n");
-    const auto simulator = desk.simulator("--loop --speed 100 --play " + trace);
+    const std::string speed = test::kSanitized ? "10" : "100";
+    const auto simulator = desk.simulator("--loop --speed " + speed + " --play " + trace);
     const auto rounds = [&](int count) {
         return simulator->waitForOutput([&](const std::string& journal) {
             return journal.size() > static_cast<std::size_t>(count) * kJournalOfARound;
@@ -89,6 +90,17 @@ TEST_F(Simulator, ALoopedTraceDoesNotGrow) {
     if (!test::kSanitized) {
         EXPECT_LT(simulator->peakKibibytes(), before + kMostKibibytes);
     }
+}
+
+TEST_F(Simulator, IsAtHandWhenATraceIsTooFastForIt) {
+    const std::string trace = desk.file("a.trace", "(0) BCM1_DrvDoorSts=1\n(0.000001) BCM1_DrvDoorSts=2\n");
+    const std::string rules = desk.file("a.rules", "HUT32_XLvl -> BCM1_DrvDoorSts=7 after 0.2\n");
+    const auto simulator = desk.simulator("--loop --speed 1000 --play " + trace + " --rules " + rules);
+    const auto set = desk.run("vehiclectl set HUT32_XLvl 1");
+    EXPECT_EQ(set.exitCode, 0) << set.errors;
+    EXPECT_TRUE(simulator->waitForOutput("answer BCM1_DrvDoorSts=7"));
+    simulator->signal(SIGTERM);
+    EXPECT_EQ(simulator->wait(), 0);
 }
 
 TEST_F(Simulator, AMessageTimesOutAndComesBackByItselfAndByHand) {

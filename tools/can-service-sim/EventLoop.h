@@ -1,7 +1,10 @@
 #pragma once
 
+#include <algorithm>
+#include <chrono>
 #include <functional>
 #include <map>
+#include <utility>
 #include <vector>
 
 #include "desk/PollUntil.h"
@@ -20,8 +23,12 @@ public:
 
     explicit EventLoop(const StopSignals& stop) : stop_(stop) {}
 
-    /// Runs the task at this time; tasks of the same time run in the order of the calls. The timer is valid until then.
-    Timer at(Clock::time_point time, Task task) { return timed_.emplace(time, std::move(task)); }
+    /// Runs the task at this time; tasks of the same time run in the order of the calls. What is late by far has to
+    /// take its turn, or a trace that is too fast for the machine would keep everything else from being done. The timer
+    /// is valid until the task runs.
+    Timer at(Clock::time_point time, Task task) {
+        return timed_.emplace(std::max(time, Clock::now() - kMostLate), std::move(task));
+    }
     void cancel(Timer timer) { timed_.erase(timer); }
 
     /// Runs the task as soon as the loop gets to it. Once the loop has ended, tasks are destroyed instead.
@@ -36,6 +43,8 @@ public:
     void end() { ended_ = true; }
 
 private:
+    static constexpr std::chrono::milliseconds kMostLate{50};
+
     struct Closing {
         ~Closing();
         EventLoop& loop;
