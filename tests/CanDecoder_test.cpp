@@ -9,7 +9,7 @@
 namespace qvn::tools {
 namespace {
 
-constexpr std::uint32_t kSpeed = 0x01384CD0;
+constexpr std::uint32_t kSpeedCode = 0x01384CD0;
 constexpr std::uint32_t kSpeedMessage = 0x01370000;
 
 dbc::Database database(const std::string& text) {
@@ -41,7 +41,7 @@ TEST(CanDecoder, TurnsTheFramesOfADatabaseIntoTheSchemasSignals) {
     EXPECT_EQ(decoded.messages, (std::vector<std::uint32_t>{kSpeedMessage, 0x03190000}));
     EXPECT_EQ(decoded.period, 0.2);
     ASSERT_EQ(decoded.values.size(), 2U);
-    EXPECT_EQ(decoded.values[0].code, kSpeed);
+    EXPECT_EQ(decoded.values[0].code, kSpeedCode);
     EXPECT_EQ(decoded.values[0].raw, std::string("\0\x50", 2)) << "4.5 km/h in the schema's own steps";
     EXPECT_EQ(decoded.values[1].raw, std::string("\1")) << "17 * 0.1 - 0.7 is not quite one";
     EXPECT_TRUE(decoded.values[0].changed);

@@ -9,13 +9,13 @@
 namespace qvn::tools {
 namespace {
 
-std::vector<TraceEvent> read(const std::string& text) {
+std::vector<TraceEvent> readLog(const std::string& text) {
     std::istringstream input(text);
     return readCandump(input, "a.log", [](const CanFrame& frame) { return frame.id != 0x7FF; });
 }
 
 TEST(CandumpReader, ReadsTheFramesThatCarrySomething) {
-    const auto events = read(
+    const auto events = readLog(
         "(1436509052.250000) can0 123#DEADbeef\n"
         "\n"
         "(1436509052.000000) vcan0 00000123# T\r\n"
@@ -63,7 +63,7 @@ TEST(CandumpReader, NamesThePositionAndTheWordThatIsWrong) {
         {"(1) can0 123#00 X", "'X' is not expected here; R (received), T (transmitted) or nothing follows a frame"},
     };
     for (const auto& [line, error] : cases) {
-        EXPECT_EQ(errorOf([text = std::string(line)] { read("(1) can0 123#00\n" + text); }), "a.log:2: " + error);
+        EXPECT_EQ(errorOf([text = std::string(line)] { readLog("(1) can0 123#00\n" + text); }), "a.log:2: " + error);
     }
 }
 

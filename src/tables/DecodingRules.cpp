@@ -21,7 +21,7 @@ namespace tables {
 #define SWITCH(name, direction)                ROW(name, Switch, 1, 1.0, "", direction, LOGGED(name, " value:%d, direct:%d"))
 
 // The background light and audio mute signals feed no property of the shipped tables.
-constexpr DecodingRow kRows[] = {
+constexpr DecodingRow kDecodingRows[] = {
     //     signal                       bytes factor   unit    log
     BYTE  (T_Box_FD1_T_Box_AudioMuteReq),
     BYTE  (CSA2_SteerWheelAngSign),
@@ -192,12 +192,12 @@ constexpr DecodingRow kRows[] = {
 
 // clang-format on
 
-constexpr Span<DecodingRow> kDecodingRules(kRows);
+constexpr Span<DecodingRow> kDecodingRules(kDecodingRows);
 
-static_assert(firstUnsortedRow(kRows) == kDecodingRules.size(), "decoding rules must be sorted by code");
+static_assert(firstUnsortedRow(kDecodingRows) == kDecodingRules.size(), "decoding rules must be sorted by code");
 
 const DecodingRow* findDecodingRule(std::uint32_t code) {
-    return findByCode(kRows, code);
+    return findByCode(kDecodingRows, code);
 }
 
 }  // namespace tables

@@ -13,7 +13,7 @@ namespace tables {
 #define BYTE(name, offset, line) ROW(name, 1, offset, line)
 #define WORD(name, offset, line) ROW(name, 2, offset, line)
 
-constexpr SetRow kRows[] = {
+constexpr SetRow kSetRows[] = {
     //   signal                                 offset    line
     BYTE(HUT6_Guid_Ovl_Display_Cmd,                 0,    109),
     BYTE(HUT6_Radar_DispCmd,                        0,    193),
@@ -109,12 +109,12 @@ constexpr SetRow kRows[] = {
 
 // clang-format on
 
-constexpr Span<SetRow> kSetSignals(kRows);
+constexpr Span<SetRow> kSetSignals(kSetRows);
 
-static_assert(firstUnsortedRow(kRows) == kSetSignals.size(), "set signals must be sorted by code");
+static_assert(firstUnsortedRow(kSetRows) == kSetSignals.size(), "set signals must be sorted by code");
 
 const SetRow* findSetSignal(std::uint32_t code) {
-    return findByCode(kRows, code);
+    return findByCode(kSetRows, code);
 }
 
 }  // namespace tables

@@ -365,7 +365,7 @@ namespace tables {
     {can_service::name, name##_signals, \
      "[%s][%d]feedbackSignalStatus " #name "  signal id:%d, signal name:%s, property_id:%d, status:%d", line}
 
-constexpr MessageRow kRows[] = {
+constexpr MessageRow kMessageRows[] = {
     //      message          line
     MESSAGE(QVN_GET_CSA2,    404),
     MESSAGE(QVN_GET_ECM_PT7, 887),
@@ -397,12 +397,12 @@ constexpr MessageRow kRows[] = {
 
 // clang-format on
 
-constexpr Span<MessageRow> kMessages(kRows);
+constexpr Span<MessageRow> kMessages(kMessageRows);
 
-static_assert(firstUnsortedRow(kRows) == kMessages.size(), "messages must be sorted by code");
+static_assert(firstUnsortedRow(kMessageRows) == kMessages.size(), "messages must be sorted by code");
 
 const MessageRow* findMessage(std::uint32_t code) {
-    return findByCode(kRows, code);
+    return findByCode(kMessageRows, code);
 }
 
 }  // namespace tables

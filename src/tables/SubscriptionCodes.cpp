@@ -7,7 +7,7 @@ namespace tables {
 
 // clang-format off
 
-constexpr std::uint32_t kRows[] = {
+constexpr std::uint32_t kCodes[] = {
     // Signals.
     can_service::QVN_GET_CSA2_SteerWheelAng,
     can_service::QVN_GET_R_PBox1_LTurnLmpSts_R_Pbox,
@@ -193,7 +193,7 @@ constexpr std::uint32_t kRows[] = {
 
 // clang-format on
 
-constexpr Span<std::uint32_t> kSubscriptionCodes(kRows);
+constexpr Span<std::uint32_t> kSubscriptionCodes(kCodes);
 
 }  // namespace tables
 }  // namespace qvn

@@ -16,7 +16,7 @@ constexpr std::string_view kBlanks = " \t\r";
 constexpr std::size_t kStandardDigits = 3;
 constexpr std::size_t kExtendedDigits = 8;
 constexpr std::uint32_t kLargestExtendedId = 0x1FFFFFFF;  // above it are the flags of error frames
-constexpr std::size_t kMostBytes = 8;
+constexpr std::size_t kClassicBytes = 8;
 constexpr double kLongestTime = 1e6;   // of a whole log
 constexpr double kLargestTime = 1e10;  // of one time stamp
 
@@ -72,7 +72,7 @@ std::optional<CanFrame> readFrame(std::string_view word) {
         data = data.substr(0, data.find('_'));
     }
     frame.payload = readHexBytes(data);
-    if (!flexible && frame.payload.size() > kMostBytes) {
+    if (!flexible && frame.payload.size() > kClassicBytes) {
         throw BadInput(quoted(word) + " has more than 8 bytes; expected '##' in a frame of CAN FD");
     }
     return frame;

@@ -15,8 +15,8 @@ namespace {
 double numberWithin(const std::string& text, double low, double high, const std::string& what) {
     const double number = parseNumber(text, what);
     if (number < low || number > high) {
-        throw BadInput(quoted(text) + " is out of range; expected " + what + " from " + formatNumber(low) + " to " +
-                       formatNumber(high));
+        throw BadInput(tools::quoted(text) + " is out of range; expected " + what + " from " + formatNumber(low) +
+                       " to " + formatNumber(high));
     }
     return number;
 }
@@ -40,8 +40,8 @@ std::optional<Command> readCommand(const std::string& line, const std::vector<Co
         return std::nullopt;
     }
     if (!extra.empty() || (!command.argument.empty() && !form->takesArgument)) {
-        throw BadInput(quoted(extra.empty() ? command.argument : extra) + " is not expected behind " + command.name +
-                       "; see 'help'");
+        throw BadInput(tools::quoted(extra.empty() ? command.argument : extra) + " is not expected behind " +
+                       command.name + "; see 'help'");
     }
     return command;
 }

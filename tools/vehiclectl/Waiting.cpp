@@ -89,7 +89,7 @@ std::vector<const PropertyInfo*> propertiesMeant(const std::string& name) {
     result.erase(std::remove_if(result.begin(), result.end(), [&](const auto* p) { return !matches(*p, name); }),
                  result.end());
     if (result.empty()) {
-        throw BadInput("no property that the vehicle reports matches " + quoted(name) +
+        throw BadInput("no property that the vehicle reports matches " + tools::quoted(name) +
                        "; 'vehiclectl list' shows them all");
     }
     return result;
