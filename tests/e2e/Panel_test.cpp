@@ -94,7 +94,7 @@ TEST_F(PanelInBrowser, ShowsASetWithWhatTheRulesAnswer) {
 }
 
 TEST_F(PanelInBrowser, ATimeOutGreysWhatTheMessageCarries) {
-    const auto simulator = desk.simulator("--panel 0");
+    const auto simulator = desk.simulator("- --panel 0");
     const auto application = desk.watch("HAP_FD3_RPAS_ObjRLMidlAr1");
     open(*simulator);
     browser->click(".chip[data-message=HAP_FD3]");
@@ -106,6 +106,9 @@ TEST_F(PanelInBrowser, ATimeOutGreysWhatTheMessageCarries) {
     browser->click(".chip[data-message=HAP_FD3]");
     EXPECT_TRUE(browser->waitFor("!" + has(".stale")));
     EXPECT_TRUE(simulator->waitForOutput("HAP_FD3 ok"));
+    simulator->write("EPB1!silence\nESP_FD2_VehSpd!freeze\n");
+    EXPECT_TRUE(browser->waitFor(has(".chip[data-message=EPB1][data-fault=silent]")));
+    EXPECT_TRUE(browser->waitFor(has("[data-signal=ESP_FD2_VehSpd] .name[data-fault=frozen]")));
 }
 
 TEST_F(PanelInBrowser, ConnectsAgainWhenTheSimulatorIsBack) {

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "desk/Number.h"
+
 namespace qvn::tools {
 
 std::optional<std::string> Faults::apply(const FaultEvent& fault, const std::optional<std::string>& currentValue) {
@@ -51,6 +53,24 @@ std::map<std::uint32_t, std::string> Faults::end() {
     }
     *this = {};
     return hidden;
+}
+
+std::map<std::uint32_t, std::string> Faults::describe() const {
+    std::map<std::uint32_t, std::string> faults;
+    const auto add = [&faults](std::uint32_t code, const std::string& text) {
+        std::string& all = faults[code];
+        all += (all.empty() ? "" : ", ") + text;
+    };
+    for (const std::uint32_t message : silent_) {
+        add(message, "silent");
+    }
+    for (const auto& [signal, frozen] : frozen_) {
+        add(signal, "frozen");
+    }
+    for (const auto& [code, seconds] : delays_) {
+        add(code, "late by " + formatNumber(seconds) + " s");
+    }
+    return faults;
 }
 
 double Faults::delayOf(std::uint32_t signal, std::optional<std::uint32_t> message) const {

@@ -27,6 +27,9 @@ public:
     /// Ends all of them. Returns the latest values of frozen signals that have not been shown.
     std::map<std::uint32_t, std::string> end();
 
+    /// What is wrong with each signal or message, in words: "frozen", "silent", "late by 0.2 s".
+    std::map<std::uint32_t, std::string> describe() const;
+
     /// Seconds by which a signal is late, by itself or with its message.
     double delayOf(std::uint32_t signal, std::optional<std::uint32_t> message) const;
 

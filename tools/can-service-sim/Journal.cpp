@@ -136,27 +136,35 @@ void Journal::error(const std::string& text) {
     std::fprintf(stderr, "can-service-sim: %s\n", text.c_str());
 }
 
+void Journal::noAnswer(std::size_t set, const std::string& reason) const {
+    error(reason);
+    if (listener_) {
+        listener_(object("no answer", [&](Json& event) {
+            event["set"] = set;
+            event["reason"] = reason;
+        }));
+    }
+}
+
 void Journal::tell(Detail least, const char* event, const std::string& text,
                    const std::function<void(Json& object)>& fields) const {
-    const bool written = detail_ >= least;
-    const bool heard = listener_ && least <= Detail::Normal;
-    const double elapsed = std::chrono::duration<double>(std::chrono::steady_clock::now() - start_).count();
-    if (written && form_ == Form::Text) {
+    if (detail_ >= least && form_ == Form::Text) {
         char time[32];
-        std::snprintf(time, sizeof time, "%9.3f  ", elapsed);
+        std::snprintf(time, sizeof time, "%9.3f  ", elapsed());
         write_(time + text + "\n");
+    } else if (detail_ >= least) {
+        // A file's name may be no UTF-8.
+        write_(object(event, fields).dump(-1, ' ', false, Json::error_handler_t::replace) + "\n");
     }
-    if (heard || (written && form_ == Form::Json)) {
-        Json object = {{"t", std::round(elapsed * 1e6) / 1e6}, {"event", event}};
-        fields(object);
-        if (heard) {
-            listener_(object);
-        }
-        if (written && form_ == Form::Json) {
-            write_(object.dump(-1, ' ', false, Json::error_handler_t::replace) +
-                   "\n");  // a file's name may be no UTF-8
-        }
+    if (listener_ && least <= Detail::Normal) {
+        listener_(object(event, fields));
     }
+}
+
+nlohmann::ordered_json Journal::object(const char* event, const std::function<void(Json& object)>& fields) const {
+    Json object = {{"t", std::round(elapsed() * 1e6) / 1e6}, {"event", event}};
+    fields(object);
+    return object;
 }
 
 }  // namespace qvn::tools

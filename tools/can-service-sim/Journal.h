@@ -39,6 +39,8 @@ public:
              std::size_t answers) const;
     void ignoredSet(std::uint32_t code, const std::string& raw, const std::string& reason) const;
     void answer(std::size_t set, std::uint32_t code, const std::string& raw) const;
+    /// An answer that cannot be given; also an error.
+    void noAnswer(std::size_t set, const std::string& reason) const;
     /// Anything else that a person should know.
     void note(const std::string& text) const { remark(Detail::Normal, text); }
 
@@ -54,8 +56,10 @@ public:
 private:
     using Json = nlohmann::ordered_json;
 
+    double elapsed() const { return std::chrono::duration<double>(std::chrono::steady_clock::now() - start_).count(); }
+    /// @param fields adds what the event is about
+    Json object(const char* event, const std::function<void(Json& object)>& fields) const;
     void remark(Detail least, const std::string& text) const;
-    /// @param fields adds to the JSON object what the event is about
     void tell(Detail least, const char* event, const std::string& text,
               const std::function<void(Json& object)>& fields) const;
 

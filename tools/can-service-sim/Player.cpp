@@ -396,7 +396,7 @@ void Player::answer(std::size_t set, const AnswerRule& rule, std::int32_t value)
         journal_.answer(set, event.code, event.raw);
         put(event);
     } catch (const BadInput& error) {
-        Journal::error("no answer by " + signalName(rule.answerCode) + ": " + error.what());
+        journal_.noAnswer(set, "no answer by " + signalName(rule.answerCode) + ": " + error.what());
     }
 }
 

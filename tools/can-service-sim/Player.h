@@ -67,6 +67,8 @@ public:
 
     /// What clients see.
     const CanService& service() const { return service_; }
+    /// What goes wrong between the vehicle and them.
+    const Faults& faults() const { return faults_; }
     /// Whether the reverse line was engaged or released last; nothing when it was not moved.
     std::optional<bool> reverse() const { return reverse_; }
 

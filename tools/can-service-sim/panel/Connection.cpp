@@ -43,4 +43,11 @@ ssize_t Connection::write(const char* ptr, size_t size) {
     return is_writable() ? send(socket_, ptr, size, MSG_DONTWAIT | MSG_NOSIGNAL) : -1;
 }
 
+void Connection::finish() {
+    char rest[1024];
+    shutdown(socket_, SHUT_WR);
+    while (read(rest, sizeof rest) > 0) {
+    }
+}
+
 }  // namespace qvn::tools

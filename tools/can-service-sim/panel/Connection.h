@@ -18,6 +18,11 @@ public:
     bool is_writable() const override;
     ssize_t read(char* ptr, size_t size) override;
     ssize_t write(const char* ptr, size_t size) override;
+
+    /// Ends the response, and takes what the other side still sends until it has closed, too: a connection that is
+    /// closed on something unread is reset, and the response with it.
+    void finish();
+
     socket_t socket() const override { return socket_; }
 
     // Nobody asks for them.

@@ -100,7 +100,7 @@ private:
     const PanelServer::Handlers handlers_;
     const std::string hostName_ = ownHostName();
     int port_ = 0;
-    std::atomic<bool> listened_{false};  // the thread is at its end
+    std::atomic<bool> listened_{false};  // the thread has ended listening
     std::thread thread_;
     sync::Mutex mutex_;
     std::set<socket_t> connections_ QVN_GUARDED_BY(mutex_);
@@ -187,9 +187,9 @@ bool PanelServer::Http::process_and_close_socket(socket_t socket) {
         Connection connection(socket);
         bool closed = false;
         processed = process_request(connection, true, closed, {});
+        connection.finish();
         leave(socket);
     }
-    shutdown(socket, SHUT_RDWR);
     close(socket);
     return processed;
 }

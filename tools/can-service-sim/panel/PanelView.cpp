@@ -21,7 +21,7 @@ constexpr std::size_t kMostLogged = 300;
 
 using Json = PanelView::Json;
 
-long long milliseconds(std::chrono::system_clock::time_point time) {
+long long unixMilliseconds(std::chrono::system_clock::time_point time) {
     return std::chrono::duration_cast<std::chrono::milliseconds>(time.time_since_epoch()).count();
 }
 
@@ -69,7 +69,7 @@ PanelView::PanelView(const Player& player, std::string serviceName)
 Json PanelView::vehicle() const {
     Json vehicle = {{"version", QVN_VERSION},
                     {"service", serviceName_},
-                    {"started", milliseconds(started_)},
+                    {"started", unixMilliseconds(started_)},
                     {"trace", player_.progress().length > 0.0}};
     std::map<std::uint32_t, std::size_t> places;
     Json& messages = vehicle["messages"] = Json::array();
@@ -111,7 +111,7 @@ void PanelView::note(const Json& event) {
     entry["n"] = ++logged_;
     // A trace that is played again and again must not push sets out.
     const std::string kind = event["event"];
-    const bool ofSet = kind == "set" || kind == "ignored set" || kind == "answer";
+    const bool ofSet = kind == "set" || kind == "ignored set" || kind == "answer" || kind == "no answer";
     std::deque<Json>& log = ofSet ? sets_ : others_;
     log.push_back(std::move(entry));
     if (log.size() > kMostLogged) {
@@ -181,9 +181,13 @@ void PanelView::addVehicleState(Json& state, bool all) {
                   {"length", progress.length},
                   {"speed", progress.speed},
                   {"paused", progress.paused}}},
-                {"clients", Json::array()}};
+                {"clients", Json::array()},
+                {"faults", Json::object()}};
     for (const CanService::Client& client : player_.service().clients()) {
-        now["clients"].push_back({{"id", client.id}, {"since", milliseconds(client.since)}});
+        now["clients"].push_back({{"id", client.id}, {"since", unixMilliseconds(client.since)}});
+    }
+    for (const auto& [code, fault] : player_.faults().describe()) {
+        now["faults"][signalName(code)] = fault;
     }
     for (const auto& [name, value] : now.items()) {
         if (all || !toldState_.contains(name) || toldState_[name] != value) {

@@ -27,7 +27,8 @@ namespace qvn::tools {
 ///  - history: [[signal, values of the last minute, one a second]], of signals that changed meanwhile, and samples, how
 ///    many values; in everything() only
 ///  - messages: [[message, whether it timed out]]
-///  - service, reverse, trace: {position, length, speed, paused}, clients: [{id, since}]
+///  - service, reverse, trace: {position, length, speed, paused}, clients: [{id, since}],
+///    faults: {signal or message: what is wrong with it}
 ///  - log: events of the simulator's journal, each with a number n by which they are ordered
 ///
 /// All members are called in the event loop.

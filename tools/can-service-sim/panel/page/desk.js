@@ -1,6 +1,6 @@
 // What stands around the vehicle: service, reverse line, clients, messages and the trace.
 
-import { make, setText } from "./elements.js";
+import { make, markFault, setText } from "./elements.js";
 import { Latest, send, turnMessage } from "./lines.js";
 import { durationText } from "./model.js";
 
@@ -69,6 +69,9 @@ export class DeskView {
     if (changed.state.has("service") || changed.state.has("reverse")) {
       showSwitch(element("#service"), service);
       showSwitch(element("#reverse"), reverse);
+    }
+    if (changed.state.has("faults")) {
+      this.#chips.forEach(({ message, button }) => markFault(button, this.#model.state.faults[message.name]));
     }
     if (changed.state.has("clients")) {
       this.#renderClients();

@@ -20,6 +20,15 @@ export function draw(tag, attributes = {}, ...children) {
   return fill(document.createElementNS("http://www.w3.org/2000/svg", tag), attributes, children);
 }
 
+/** Marks an element with what is wrong with its signal or message; nothing takes the mark away. */
+export function markFault(element, fault) {
+  if (fault) {
+    element.dataset.fault = fault;
+  } else {
+    delete element.dataset.fault;
+  }
+}
+
 /** Sets an element's text, where it differs: most of what is told changes nothing here. */
 export function setText(element, text) {
   if (element.textContent !== text) {

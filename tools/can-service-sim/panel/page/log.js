@@ -22,11 +22,11 @@ export class LogView {
     }
     const answers = new Map();
     for (const event of this.#model.log) {
-      if (event.event === "answer") {
+      if (isAnswer(event)) {
         answers.set(event.set, [...(answers.get(event.set) ?? []), event]);
       }
     }
-    const shown = this.#model.log.filter((event) => event.event !== "answer" && (isOfSet(event) || this.#all.checked));
+    const shown = this.#model.log.filter((event) => !isAnswer(event) && (isOfSet(event) || this.#all.checked));
     this.#list.replaceChildren(...shown.slice(-MOST).reverse().map((event) => this.#entry(event, answers.get(event.set) ?? [])));
     document.querySelector("#log .hint").hidden = shown.length > 0;
   }
@@ -40,7 +40,8 @@ export class LogView {
       return make("li", {}, time, textOf(event));
     }
     const waiting = event.answers - answers.length;
-    const told = answers.map((answer) => make("p", {}, `${answer.signal} = ${answer.value} ${answer.label ?? ""}`));
+    const told = answers.map((answer) =>
+      answer.event === "answer" ? make("p", {}, `${answer.signal} = ${answer.value} ${answer.label ?? ""}`) : make("p", { class: "failed" }, answer.reason));
     if (event.answers === 0) {
       told.push(make("p", { class: "none" }, "no rule answers it"));
     } else if (waiting > 0) {
@@ -48,6 +49,10 @@ export class LogView {
     }
     return make("li", { class: "set" }, time, make("b", {}, `${event.signal} = ${event.value}`), ` (${event.raw})`, ...told);
   }
+}
+
+function isAnswer({ event }) {
+  return event === "answer" || event === "no answer";
 }
 
 function textOf(event) {

@@ -17,7 +17,7 @@ export class Model {
       history: [],
     }));
     this.byName = new Map(this.signals.map((signal) => [signal.name, signal]));
-    this.state = { service: false, reverse: false, trace: null, clients: [] };
+    this.state = { service: false, reverse: false, trace: null, clients: [], faults: {} };
     this.log = [];
     this.clockOffset = 0;
   }
@@ -93,7 +93,7 @@ export class Model {
 
 /** Whether an event of the log is a set, or an answer to one. */
 export function isOfSet({ event }) {
-  return event === "set" || event === "ignored set" || event === "answer";
+  return ["set", "ignored set", "answer", "no answer"].includes(event);
 }
 
 /** The value as people read it: "2 R", "4.5 km/h". */

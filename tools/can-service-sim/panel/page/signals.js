@@ -1,6 +1,6 @@
 // The list of all signals: found by words, shown with age and course, turned by a slider, buttons or a number.
 
-import { make, setText } from "./elements.js";
+import { make, markFault, setText } from "./elements.js";
 import { Latest, send, turnMessage } from "./lines.js";
 import { durationText, valueText } from "./model.js";
 
@@ -47,6 +47,11 @@ export class SignalsView {
       for (const { message, element } of this.#groups) {
         element.classList.toggle("stale", message?.timedOut ?? false);
       }
+    }
+    if (changed.state.has("faults")) {
+      const { faults } = this.#model.state;
+      this.#rows.forEach(({ signal, button }) => markFault(button, faults[signal.name]));
+      this.#groups.forEach(({ message, element }) => markFault(element.querySelector("h3"), faults[message?.name]));
     }
   }
 
