@@ -12,13 +12,13 @@ namespace {
 constexpr std::uint32_t kCarModelCommand = 0x004A07F0;
 constexpr std::uint32_t kCarModelStatus = 0x02740AB0;
 
-AnswerRules read(const std::string& text) {
+AnswerRules rulesOf(const std::string& text) {
     std::istringstream input(text);
     return readRules(input, "my.rules");
 }
 
 TEST(AnswerRules, ReadsTheForms) {
-    const AnswerRules rules = read(
+    const AnswerRules rules = rulesOf(
         "\xEF\xBB\xBF# comment\n"
         "HUT6_CarMdlDispCmd -> HAP_FD2_CarMdlDispSts\n"
         "QVN_SET_DMS_FD1_HeadYawAng=-75 -> ESP_FD2_VehSpd=4.5 after 0.2  # remark\n");
@@ -47,12 +47,12 @@ TEST(AnswerRules, NamesThePositionOfWhatIsWrong) {
         {"0x01384CD0 -> HAP_FD2_CarMdlDispSts", "'0x01384CD0' is no signal that can be set"},
     };
     for (const auto& [line, error] : cases) {
-        EXPECT_EQ(errorOf([&line = line] { read("\n" + std::string(line)); }), "my.rules:2: " + error);
+        EXPECT_EQ(errorOf([&line = line] { rulesOf("\n" + std::string(line)); }), "my.rules:2: " + error);
     }
 }
 
 TEST(AnswerRules, AValueOnTheLeftLimitsTheRule) {
-    const AnswerRules rules = read(
+    const AnswerRules rules = rulesOf(
         "HUT6_MODChgReq=1 -> HAP_FD2_MOD_WorkSts=3\n"
         "HUT6_MODChgReq -> HAP_FD2_MOD_AlarmSts\n");
     EXPECT_EQ(matchingRules(rules, 0x004A07D0, 1).size(), 2U);
@@ -64,7 +64,7 @@ TEST(AnswerRules, TheUsersRulesReplaceTheBuiltInOnesOfTheSameSignal) {
     AnswerRules rules = parkingRules();
     ASSERT_EQ(matchingRules(rules, kCarModelCommand, 1).size(), 1U);
     const std::size_t before = rules.size();
-    extendRules(rules, read("HUT6_CarMdlDispCmd -> HAP_FD2_CarMdlDispSts=7\nHUT34_TimeMod -> PLG_1_PLG_Sts\n"));
+    extendRules(rules, rulesOf("HUT6_CarMdlDispCmd -> HAP_FD2_CarMdlDispSts=7\nHUT34_TimeMod -> PLG_1_PLG_Sts\n"));
     EXPECT_EQ(rules.size(), before + 1);
     ASSERT_EQ(matchingRules(rules, kCarModelCommand, 1).size(), 1U);
     EXPECT_EQ(matchingRules(rules, kCarModelCommand, 1)[0].answerValue, 7.0);

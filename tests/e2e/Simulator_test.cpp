@@ -159,7 +159,7 @@ TEST_F(Simulator, BreaksWhatItIsToldTo) {
     const auto simulator = desk.start("can-service-sim --json -v");
     ASSERT_TRUE(simulator->waitForOutput(R"("event":"service","up":true})"));
     const auto watch = desk.watch("EPB1_EPBSts PLG_1_PLG_Sts");
-    const auto tells = [&](const std::string& json) { return simulator->waitForOutput(json); };
+    const auto tells = [&](const std::string& part) { return simulator->waitForOutput(part); };
     simulator->write("EPB1_EPBSts=1 every 0.02\nPLG_1_PLG_Sts=2\n");
     ASSERT_TRUE(waitForValue(*watch, "EPB1_EPBSts", 1));
     simulator->write("EPB1!silence\n");

@@ -14,7 +14,7 @@ namespace {
 
 // A desk's computer may be busy with something else for some tens of milliseconds: no message is called late sooner
 // than after 100 ms, which are five of these.
-constexpr double kShortestPeriod = 0.02;
+constexpr double kShortestCycle = 0.02;
 
 /// The rule of the schema's signal of this name, or null.
 const tables::DecodingRow* ruleOf(const std::string& name) {
@@ -50,7 +50,7 @@ CanDecoder::CanDecoder(dbc::Database database) : database_(std::move(database)) 
 void CanDecoder::know(const dbc::Message& message) {
     KnownMessage known;
     known.layout = &message;
-    known.period = message.cycleTime ? std::max(*message.cycleTime, kShortestPeriod) : 0.0;
+    known.period = message.cycleTime ? std::max(*message.cycleTime, kShortestCycle) : 0.0;
     for (const dbc::Signal& signal : message.signals) {
         const tables::DecodingRow* const row = ruleOf(signal.name);
         if (!row) {

@@ -12,17 +12,17 @@
 namespace qvn::tools {
 namespace {
 
-constexpr std::string_view kBlanks = " \t\r";
+constexpr std::string_view kSeparators = " \t\r";
 constexpr std::size_t kStandardDigits = 3;
 constexpr std::size_t kExtendedDigits = 8;
 constexpr std::uint32_t kLargestExtendedId = 0x1FFFFFFF;  // above it are the flags of error frames
 constexpr std::size_t kClassicBytes = 8;
-constexpr double kLongestTime = 1e6;   // of a whole log
+constexpr double kLongestLog = 1e6;
 constexpr double kLargestTime = 1e10;  // of one time stamp
 
 std::string_view takeWord(std::string_view& line) {
-    line.remove_prefix(std::min(line.find_first_not_of(kBlanks), line.size()));
-    const std::string_view word = line.substr(0, line.find_first_of(kBlanks));
+    line.remove_prefix(std::min(line.find_first_not_of(kSeparators), line.size()));
+    const std::string_view word = line.substr(0, line.find_first_of(kSeparators));
     line.remove_prefix(word.size());
     return word;
 }
@@ -109,8 +109,8 @@ std::vector<TraceEvent> readCandump(std::istream& input, const std::string& name
         }
         first = std::min(first, logged->time);
         last = std::max(last, logged->time);
-        if (last - first > kLongestTime) {
-            throw BadInput("this time is more than " + formatNumber(kLongestTime) + " s from another one in the log");
+        if (last - first > kLongestLog) {
+            throw BadInput("this time is more than " + formatNumber(kLongestLog) + " s from another one in the log");
         }
         if (logged->frame && keep(*logged->frame)) {
             events.push_back({logged->time, FrameEvent{std::move(*logged->frame)}});

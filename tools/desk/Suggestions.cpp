@@ -1,23 +1,17 @@
 #include "desk/Suggestions.h"
 
 #include <algorithm>
-#include <cctype>
 #include <cstddef>
 #include <numeric>
 #include <utility>
+
+#include "desk/Text.h"
 
 namespace qvn::tools {
 namespace {
 
 constexpr std::size_t kMost = 3;
 constexpr std::size_t kLongestName = 100;
-
-std::string lowerCase(std::string_view text) {
-    std::string result(text);
-    std::transform(result.begin(), result.end(), result.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    return result;
-}
 
 std::size_t editDistance(const std::string& a, const std::string& b) {
     std::vector<std::size_t> row(b.size() + 1);

@@ -1,5 +1,8 @@
 #include "desk/Text.h"
 
+#include <algorithm>
+#include <cctype>
+
 namespace qvn::tools {
 namespace {
 
@@ -25,6 +28,13 @@ std::string hexBytes(std::string_view raw) {
         text += {kDigits[byte >> 4], kDigits[byte & 0xF]};
     }
     return text;
+}
+
+std::string lowerCase(std::string_view text) {
+    std::string result(text);
+    std::transform(result.begin(), result.end(), result.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return result;
 }
 
 std::string_view withoutByteOrderMark(std::string_view line) {

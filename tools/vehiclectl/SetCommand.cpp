@@ -37,7 +37,7 @@ std::optional<Goal> readGoal(const std::string& text) {
     }
     const std::size_t mark = text.find('=');
     if (mark == std::string::npos) {
-        throw BadInput(quoted(text) + " is nothing to wait for; expected PROPERTY=VALUE");
+        throw BadInput(tools::quoted(text) + " is nothing to wait for; expected PROPERTY=VALUE");
     }
     const std::string_view value = std::string_view(text).substr(mark + 1);
     const PropertyInfo& property = *receivedProperties({text.substr(0, mark)}).front();
