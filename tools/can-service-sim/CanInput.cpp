@@ -10,15 +10,12 @@
 
 namespace qvn::tools {
 
-void CanInput::declare(CLI::App& app) {
-    auto* const database = app.add_option("--dbc", database_, "Signal database by which CAN frames are decoded");
-    database->type_name("FILE");
-    auto* const log = app.add_option("--candump", log_, "Log of CAN frames to play, as 'candump -l' writes it");
-    log->type_name("FILE")->needs(database);
-    app.add_option("--can", interface_, "CAN interface to receive frames from, such as can0 or vcan0")
-        ->type_name("IFACE")
-        ->needs(database)
-        ->excludes("--speed");
+void CanInput::declare(CommandLine& line) {
+    line.option("--dbc FILE", database_, "Signal database by which CAN frames are decoded");
+    line.option("--candump FILE", log_, "Log of CAN frames to play, as 'candump -l' writes it").needs("--dbc");
+    line.option("--can IFACE", interface_, "CAN interface to receive frames from, such as can0 or vcan0")
+        .needs("--dbc")
+        .excludes("--speed");
 }
 
 void CanInput::read() {

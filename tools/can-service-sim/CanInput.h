@@ -1,6 +1,5 @@
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <memory>
 #include <string>
 #include <vector>
@@ -8,13 +7,14 @@
 #include "can-service-sim/CanDecoder.h"
 #include "can-service-sim/Journal.h"
 #include "can-service-sim/TraceReader.h"
+#include "desk/CommandLine.h"
 
 namespace qvn::tools {
 
 /// Frames of a CAN bus as an input: what the command line says of them, and the files that it names.
 class CanInput {
 public:
-    void declare(CLI::App& app);
+    void declare(CommandLine& line);
 
     bool given() const { return !log_.empty() || !interface_.empty(); }
     const std::string& log() const { return log_; }

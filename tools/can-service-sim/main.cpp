@@ -1,6 +1,5 @@
 #include <unistd.h>
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstdio>
 #include <fstream>
@@ -35,7 +34,7 @@
 namespace qvn::tools {
 namespace {
 
-struct CommandLine {
+struct Options {
     std::string trace;
     std::string input;
     std::string rules;
@@ -59,40 +58,35 @@ struct CommandLine {
     }
 };
 
-void declare(CLI::App& app, CommandLine& line) {
-    app.add_option("--play", line.trace, "Trace file to play")->type_name("FILE");
-    app.add_option("input", line.input,
-                   "'-' reads trace lines from standard input; so do a call without another input, and a terminal")
-        ->type_name("");
-    app.add_option("--speed", line.speed, "Play that many times faster, 0.001 to 1000")
-        ->check(numberFrom(0.001, 1000.0))
-        ->type_name("X");
-    const auto addTime = [&](const char* name, std::optional<double>& time, const char* text) {
-        return app.add_option(name, time, text)->check(numberFrom(0.0, 1e6))->type_name("S");
-    };
-    auto* const from =
-        addTime("--from", line.cut.from, "Play the trace from S seconds on, as if nothing had been before");
-    addTime("--to", line.cut.to, "Play the trace up to S seconds");
-    addTime("--start-at", line.cut.startAt, "Start S seconds into the trace, in the state of then")->excludes(from);
-    auto* const loop = app.add_flag("--loop", line.loop, "Play the trace or log again and again");
-    app.add_flag("--exit-at-end", line.exitAtEnd, "End with the trace or log instead of serving on")->excludes(loop);
-    line.can.declare(app);
-    app.add_option("--rules", line.rules, "Answers to sets, added to the built-in ones")->type_name("FILE");
-    app.add_option("--signals", line.notes, "Descriptions, units and value names to add, as in share/signals")
-        ->allow_extra_args(false)
-        ->type_name("FILE");
-    line.panel.declare(app);
-    app.add_option("--name", line.name, "Name of the service")->capture_default_str()->type_name("NAME");
-    app.add_flag("--no-initial", line.noInitial, "Have no values until the trace gives them, instead of zeros");
-    auto* const quiet = app.add_flag("-q,--quiet", line.quiet, "Report errors only");
-    app.add_flag("-v,--verbose", line.verbose, "Report every value and subscription, too")->excludes(quiet);
-    app.add_flag("--json", line.json, "Report as JSON, one object a line");
-    app.add_flag("--list", line.list, "Show the signals and messages that a trace can name");
+void declare(CommandLine& line, Options& options) {
+    constexpr CommandLine::Range kTimes{0.0, 1e6};
+    line.option("--play FILE", options.trace, "Trace file to play");
+    line.option("[input]", options.input,
+                "'-' reads trace lines from standard input; so do a call without another input, and a terminal");
+    line.option("--speed X", options.speed, {0.001, 1000.0}, "Play that many times faster, 0.001 to 1000");
+    line.option("--from S", options.cut.from, kTimes,
+                "Play the trace from S seconds on, as if nothing had been before");
+    line.option("--to S", options.cut.to, kTimes, "Play the trace up to S seconds");
+    line.option("--start-at S", options.cut.startAt, kTimes, "Start S seconds into the trace, in the state of then")
+        .excludes("--from");
+    line.flag("--loop", options.loop, "Play the trace or log again and again");
+    line.flag("--exit-at-end", options.exitAtEnd, "End with the trace or log instead of serving on").excludes("--loop");
+    options.can.declare(line);
+    line.option("--rules FILE", options.rules, "Answers to sets, added to the built-in ones");
+    line.option("--signals FILE", options.notes, "Descriptions, units and value names to add, as in share/signals");
+    options.panel.declare(line);
+    line.option("--name NAME", options.name, "Name of the service");
+    line.flag("--no-initial", options.noInitial, "Have no values until the trace gives them, instead of zeros");
+    line.flag("-q,--quiet", options.quiet, "Report errors only");
+    line.flag("-v,--verbose", options.verbose, "Report every value and subscription, too").excludes("--quiet");
+    line.flag("--json", options.json, "Report as JSON, one object a line");
+    line.flag("--list", options.list, "Show the signals and messages that a trace can name");
 }
 
-void check(const CommandLine& line) {
-    if (!line.input.empty() && line.input != "-") {
-        throw BadInput(tools::quoted(line.input) + " is not expected here; a trace is played by --play " + line.input);
+void check(const Options& options) {
+    if (!options.input.empty() && options.input != "-") {
+        throw BadInput(tools::quoted(options.input) + " is not expected here; a trace is played by --play " +
+                       options.input);
     }
 }
 
@@ -113,90 +107,90 @@ std::vector<TraceEvent> readWithProgress(const std::string& name, bool quiet) {
 }
 
 /// What is said of a trace needs one.
-void checkTraceOptions(const CommandLine& line) {
-    const std::pair<const char*, bool> given[] = {{"--loop", line.loop},
-                                                  {"--exit-at-end", line.exitAtEnd},
-                                                  {"--from", line.cut.from.has_value()},
-                                                  {"--to", line.cut.to.has_value()},
-                                                  {"--start-at", line.cut.startAt.has_value()}};
+void checkTraceOptions(const Options& options) {
+    const std::pair<const char*, bool> given[] = {{"--loop", options.loop},
+                                                  {"--exit-at-end", options.exitAtEnd},
+                                                  {"--from", options.cut.from.has_value()},
+                                                  {"--to", options.cut.to.has_value()},
+                                                  {"--start-at", options.cut.startAt.has_value()}};
     for (const auto& [option, isGiven] : given) {
-        if (isGiven && line.trace.empty() && line.can.log().empty()) {
+        if (isGiven && options.trace.empty() && options.can.log().empty()) {
             throw BadInput(std::string(option) + " needs --play or --candump");
         }
     }
 }
 
 /// The trace and the log, as one.
-std::vector<TraceEvent> readTraceOf(CommandLine& line) {
-    checkTraceOptions(line);
-    line.can.read();
-    std::vector<TraceEvent> trace = line.can.takeTrace();
-    if (!line.trace.empty()) {
-        std::vector<TraceEvent> log = std::exchange(trace, readWithProgress(line.trace, line.quiet));
+std::vector<TraceEvent> readTraceOf(Options& options) {
+    checkTraceOptions(options);
+    options.can.read();
+    std::vector<TraceEvent> trace = options.can.takeTrace();
+    if (!options.trace.empty()) {
+        std::vector<TraceEvent> log = std::exchange(trace, readWithProgress(options.trace, options.quiet));
         trace.insert(trace.end(), std::make_move_iterator(log.begin()), std::make_move_iterator(log.end()));
     }
-    if (line.can.given() && !line.trace.empty()) {
+    if (options.can.given() && !options.trace.empty()) {
         std::stable_sort(trace.begin(), trace.end(), [](const auto& a, const auto& b) { return *a.time < *b.time; });
     }
     const bool empty = trace.empty();
-    trace = cutTrace(std::move(trace), line.cut);
-    const std::string& name = line.trace.empty() ? line.can.log() : line.trace;
+    trace = cutTrace(std::move(trace), options.cut);
+    const std::string& name = options.trace.empty() ? options.can.log() : options.trace;
     if (trace.empty() && !empty) {
         throw BadInput("nothing of " + name + " is left to play; see --from, --to and --start-at");
     }
-    if (line.loop && traceEnd(trace) <= 0.0) {
+    if (options.loop && traceEnd(trace) <= 0.0) {
         throw BadInput(name + " is over at once; --loop needs a trace that takes time");
     }
     return trace;
 }
 
-Player::Options playerOptions(const CommandLine& line) {
-    Player::Options options;
-    options.serviceName = line.name;
-    options.speed = line.speed;
-    options.loop = line.loop;
-    options.exitAtEnd = line.exitAtEnd;
-    options.initialValues = !line.noInitial;
-    options.rules = parkingRules();
-    options.decoder = line.can.decoder();
-    if (!line.rules.empty()) {
-        std::ifstream file = openFile(line.rules);
-        extendRules(options.rules, readRules(file, line.rules));
+Player::Options playerOptions(const Options& options) {
+    Player::Options result;
+    result.serviceName = options.name;
+    result.speed = options.speed;
+    result.loop = options.loop;
+    result.exitAtEnd = options.exitAtEnd;
+    result.initialValues = !options.noInitial;
+    result.rules = parkingRules();
+    result.decoder = options.can.decoder();
+    if (!options.rules.empty()) {
+        std::ifstream file = openFile(options.rules);
+        extendRules(result.rules, readRules(file, options.rules));
     }
-    return options;
+    return result;
 }
 
-int serve(CommandLine& line, const StopSignals& stop, Output& output) {
-    std::vector<TraceEvent> trace = readTraceOf(line);
-    Player::Options options = playerOptions(line);
+int serve(Options& options, const StopSignals& stop, Output& output) {
+    std::vector<TraceEvent> trace = readTraceOf(options);
+    Player::Options forPlayer = playerOptions(options);
     std::string error;
-    if (!prepareDesk(line.name, &error)) {
+    if (!prepareDesk(options.name, &error)) {
         Journal::error(error);
         return kFailed;
     }
     EventLoop loop(stop);
     Console console(loop, output);
     Journal journal([&console](std::string text) { console.print(std::move(text)); },
-                    line.quiet     ? Journal::Detail::Quiet
-                    : line.verbose ? Journal::Detail::All
-                                   : Journal::Detail::Normal,
-                    line.json ? Journal::Form::Json : Journal::Form::Text);
-    line.can.describe(journal);
-    Player player(loop, journal, std::move(options));
-    Panel panel(loop, player, journal, line.name);
-    if (line.panel.given() && !panel.start(line.panel.address(), line.panel.port(), &error)) {
+                    options.quiet     ? Journal::Detail::Quiet
+                    : options.verbose ? Journal::Detail::All
+                                      : Journal::Detail::Normal,
+                    options.json ? Journal::Form::Json : Journal::Form::Text);
+    options.can.describe(journal);
+    Player player(loop, journal, std::move(forPlayer));
+    Panel panel(loop, player, journal, options.name);
+    if (options.panel.given() && !panel.start(options.panel.address(), options.panel.port(), &error)) {
         Journal::error(error);
         return kFailed;
     }
     if (!player.start(std::move(trace))) {
         return kFailed;
     }
-    CanListener listener(loop, journal, line.can.interface(), [&](const CanFrame& frame) { player.receive(frame); });
-    if (!line.can.interface().empty() && !listener.start(&error)) {
+    CanListener listener(loop, journal, options.can.interface(), [&](const CanFrame& frame) { player.receive(frame); });
+    if (!options.can.interface().empty() && !listener.start(&error)) {
         Journal::error(error);
         return kFailed;
     }
-    if (line.readsStandardInput()) {
+    if (options.readsStandardInput()) {
         console.start(player);
     }
     loop.run();
@@ -207,21 +201,22 @@ int serve(CommandLine& line, const StopSignals& stop, Output& output) {
 }
 
 int run(int argc, char** argv, const StopSignals& stop, Output& output) {
-    CLI::App app("The CAN service for a desk: plays traces, answers sets, moves the reverse line.", "can-service-sim");
-    CommandLine line;
-    declare(app, line);
-    if (const auto ended = readCommandLine(app, argc, argv, output)) {
+    CommandLine line("can-service-sim",
+                     "The CAN service for a desk: plays traces, answers sets, moves the reverse line.");
+    Options options;
+    declare(line, options);
+    if (const auto ended = line.read(argc, argv, output)) {
         return *ended;
     }
-    check(line);
-    for (const std::string& file : line.notes) {
+    check(options);
+    for (const std::string& file : options.notes) {
         SignalNotes::instance().addFile(file);
     }
-    if (line.list) {
+    if (options.list) {
         output.write(listText("*"));
         return kDone;
     }
-    return serve(line, stop, output);
+    return serve(options, stop, output);
 }
 
 }  // namespace

@@ -1,9 +1,9 @@
 #include "desk/CommandLine.h"
 
+#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <sstream>
-#include <string>
-#include <vector>
+#include <utility>
 
 #include "desk/BadInput.h"
 #include "desk/ExitCode.h"
@@ -65,41 +65,146 @@ std::string complaint(const CLI::App& app, const CLI::App& command, const CLI::P
     return text;
 }
 
-}  // namespace
-
-std::optional<int> readCommandLine(CLI::App& app, int argc, char** argv, Output& output) {
-    app.set_version_flag("--version", app.get_name() + " " QVN_VERSION, "Print the version and end");
+/// What is wrong with a text; empty when it is a number of the range, which `what` names.
+std::string checkNumber(const std::string& text, CommandLine::Range range, const std::string& what) {
     try {
-        app.parse(argc, argv);
-        return std::nullopt;
-    } catch (const CLI::ParseError& error) {
-        std::ostringstream help, errors;
-        if (app.exit(error, help, errors) == 0) {
-            output.write(help.str());
-            return kDone;
+        if (parseHex(text)) {
+            return tools::quoted(text) + " is no decimal number; expected " + what;
         }
-        const std::vector<CLI::App*> selected = app.get_subcommands();
-        const CLI::App& command = selected.empty() ? app : *selected.front();
-        const std::string tool = app.get_name() + (selected.empty() ? "" : " " + command.get_name());
-        const std::string text = complaint(app, command, error);
-        throw BadInput(text + (text.back() == '?' ? "" : "; see '" + tool + " --help'"));
+        // CLI11's own check lets a NaN pass, which is neither below nor above a limit.
+        const double number = parseNumber(text, what);
+        return number >= range.low && number <= range.high ? ""
+                                                           : tools::quoted(text) + " is out of range; expected " + what;
+    } catch (const BadInput& error) {
+        return error.what();
     }
 }
 
-CLI::Validator numberFrom(double low, double high) {
-    const std::string what = "a number from " + formatNumber(low) + " to " + formatNumber(high);
-    const auto check = [low, high, what](const std::string& text) -> std::string {
-        try {
-            if (parseHex(text)) {
-                return tools::quoted(text) + " is no decimal number; expected " + what;
-            }
-            const double number = parseNumber(text, what);
-            return number >= low && number <= high ? "" : tools::quoted(text) + " is out of range; expected " + what;
-        } catch (const BadInput& error) {
-            return error.what();
-        }
+std::function<std::string(const std::string&)> numberIn(CommandLine::Range range) {
+    const std::string what = "a number from " + formatNumber(range.low) + " to " + formatNumber(range.high);
+    return [range, what](const std::string& text) { return checkNumber(text, range, what); };
+}
+
+std::function<std::string(const std::string&)> wholeNumberIn(CommandLine::Range range) {
+    const auto digits = [](double limit) { return std::to_string(static_cast<long>(limit)); };
+    const std::string what = "a whole number from " + digits(range.low) + " to " + digits(range.high);
+    return [range, what](const std::string& text) {
+        const std::string complaint = checkNumber(text, range, what);
+        const bool whole = text.find_first_not_of("0123456789") == std::string::npos;
+        return complaint.empty() && !whole ? tools::quoted(text) + " is no whole number; expected " + what : complaint;
     };
-    return CLI::Validator(check, "");
+}
+
+std::string withoutBrackets(const std::string& text) {
+    return !text.empty() && text.front() == '[' ? text.substr(1, text.size() - 2) : text;
+}
+
+}  // namespace
+
+CommandLine::Option& CommandLine::Option::needs(const char* other) {
+    option_->needs(std::string(other));
+    return *this;
+}
+
+CommandLine::Option& CommandLine::Option::excludes(const char* other) {
+    option_->excludes(std::string(other));
+    return *this;
+}
+
+CommandLine::Option& CommandLine::Option::check(std::function<std::string(const std::string&)> complaint) {
+    option_->check(
+        CLI::Validator([complaint = std::move(complaint)](std::string& text) { return complaint(text); }, ""));
+    return *this;
+}
+
+bool CommandLine::Option::given() const {
+    return option_->count() != 0;
+}
+
+CommandLine::CommandLine(const std::string& tool, const std::string& about)
+    : app_(std::make_shared<CLI::App>(about, tool)) {}
+
+// CLI11's own conversions are templates, which take longer to compile than all of this file.
+CLI::Option* CommandLine::add(const std::string& usage, const char* about, const std::string& shownDefault, Take take) {
+    const std::size_t end = usage.find(' ');
+    const std::string names = usage.substr(0, end);
+    const std::string valueName = end == std::string::npos ? "" : usage.substr(end + 1);
+    const CLI::callback_t callback = [take = std::move(take)](const CLI::results_t& words) {
+        take(words);
+        return true;
+    };
+    CLI::Option* const option = app_->add_option(withoutBrackets(names), callback, about);
+    option->type_name(valueName)->default_str(shownDefault);
+    option->required(names.front() != '-' && names.front() != '[');
+    if (!valueName.empty() && valueName.front() == '[') {
+        option->expected(0, 1);
+    }
+    return option;
+}
+
+CommandLine::Option CommandLine::flag(const char* names, bool& given, const char* about) {
+    return Option(app_->add_flag(names, given, about));
+}
+
+CommandLine::Option CommandLine::option(const char* usage, std::string& value, const char* about) {
+    return Option(add(usage, about, value, [&value](const auto& words) { value = words.front(); }));
+}
+
+CommandLine::Option CommandLine::option(const char* usage, std::vector<std::string>& values, const char* about) {
+    CLI::Option* const option = add(usage, about, "", [&values](const auto& words) { values = words; });
+    option->expected(CLI::detail::expected_max_vector_size)->allow_extra_args(usage[0] != '-');
+    return Option(option);
+}
+
+CommandLine::Option CommandLine::option(const char* usage, double& value, Range range, const char* about) {
+    const auto take = [&value](const auto& words) { value = parseNumber(words.front(), ""); };
+    return Option(add(usage, about, formatNumber(value), take)).check(numberIn(range));
+}
+
+CommandLine::Option CommandLine::option(const char* usage, std::optional<double>& value, Range range,
+                                        const char* about) {
+    const auto take = [&value](const auto& words) { value = parseNumber(words.front(), ""); };
+    return Option(add(usage, about, "", take)).check(numberIn(range));
+}
+
+CommandLine::Option CommandLine::option(const char* usage, std::optional<long>& value, Range range, const char* about) {
+    const auto take = [&value](const auto& words) { value = std::stol(words.front()); };
+    return Option(add(usage, about, "", take)).check(wholeNumberIn(range));
+}
+
+CommandLine CommandLine::command(const char* name, const char* about, std::function<void()> chosen) {
+    app_->require_subcommand(0, 1);
+    app_->fallthrough();
+    CLI::App* const command = app_->add_subcommand(name, about);
+    command->callback(std::move(chosen));
+    return CommandLine(app_->get_subcommand_ptr(command));
+}
+
+void CommandLine::closeHelpWith(const std::string& text) {
+    app_->footer(text);
+}
+
+std::string CommandLine::help() const {
+    return app_->help();
+}
+
+std::optional<int> CommandLine::read(int argc, char** argv, Output& output) {
+    app_->set_version_flag("--version", app_->get_name() + " " QVN_VERSION, "Print the version and end");
+    try {
+        app_->parse(argc, argv);
+        return std::nullopt;
+    } catch (const CLI::ParseError& error) {
+        std::ostringstream help, errors;
+        if (app_->exit(error, help, errors) == 0) {
+            output.write(help.str());
+            return kDone;
+        }
+        const std::vector<CLI::App*> selected = app_->get_subcommands();
+        const CLI::App& command = selected.empty() ? *app_ : *selected.front();
+        const std::string tool = app_->get_name() + (selected.empty() ? "" : " " + command.get_name());
+        const std::string text = complaint(*app_, command, error);
+        throw BadInput(text + (text.back() == '?' ? "" : "; see '" + tool + " --help'"));
+    }
 }
 
 }  // namespace qvn::tools

@@ -1,8 +1,8 @@
-#include <CLI/CLI.hpp>
+#include <cstdio>
 #include <cstdlib>
 #include <functional>
-#include <iostream>
 #include <string>
+#include <utility>
 
 #include "desk/CommandLine.h"
 #include "desk/DatabaseNotes.h"
@@ -28,7 +28,9 @@ void chooseLogLevel(bool verbose) {
     }
 }
 
-struct CommandLine {
+using Command = std::function<int(const StopSignals&, Output&)>;
+
+struct Options {
     bool verbose = false;
     bool showsLog = false;  ///< the command is about what the user has set
     ListOptions list;
@@ -41,135 +43,114 @@ struct CommandLine {
     MeasureOptions status;
     std::vector<std::string> notes;
     std::vector<std::string> databases;
-    std::function<int(const StopSignals&, Output&)> command;
+    Command command;
 };
 
-void addTimeout(CLI::App& command, double& timeout) {
-    command.add_option("--timeout", timeout, "Seconds to wait")
-        ->check(numberFrom(0.0, 86400.0))
-        ->capture_default_str()
-        ->type_name("S");
+constexpr char kJson[] = "One JSON object a line";
+
+void addTimeout(CommandLine& command, double& timeout) {
+    command.option("--timeout S", timeout, {0.0, 86400.0}, "Seconds to wait");
 }
 
-void addEnds(CLI::App& command, std::optional<double>& duration, std::optional<long>& count, const char* countText) {
-    command.add_option("--duration", duration, "Seconds after which to end")
-        ->check(numberFrom(0.0, 1e6))
-        ->type_name("S");
-    command.add_option("--count", count, countText)
-        ->check(CLI::Range(1L, 1'000'000'000L).description(""))
-        ->type_name("N");
+void addEnds(CommandLine& command, std::optional<double>& duration, std::optional<long>& count, const char* countText) {
+    command.option("--duration S", duration, {0.0, 1e6}, "Seconds after which to end");
+    command.option("--count N", count, {1.0, 1e9}, countText);
 }
 
-void addMeasuring(CLI::App& command, MeasureOptions& options) {
-    command.add_flag("--json", options.json, "One JSON object a line");
-    command.add_option("--duration", options.duration, "Seconds to look")
-        ->check(numberFrom(0.05, 86400.0))
-        ->capture_default_str()
-        ->type_name("S");
+void addMeasuring(CommandLine& command, MeasureOptions& options) {
+    command.flag("--json", options.json, kJson);
+    command.option("--duration S", options.duration, {0.05, 86400.0}, "Seconds to look");
 }
 
-void declare(CLI::App& app, CommandLine& line) {
-    app.add_flag("-v,--verbose", line.verbose, "Show the client's log on standard error");
-    app.add_option("--signals", line.notes, "Descriptions, units and value names to add, as in share/signals")
-        ->allow_extra_args(false)
-        ->type_name("FILE");
-    app.add_option("--dbc", line.databases, "Signal database whose units and value names to add")
-        ->allow_extra_args(false)
-        ->type_name("FILE");
-    app.require_subcommand(0, 1);
-    app.fallthrough();
-    app.footer(std::string("A PROPERTY is an identifier (0x21600E1F) or a signal's name (ESP_FD2_VehSpd).\n") +
-               kExitCodes);
+void declareCommands(CommandLine& line, Options& options) {
+    const auto add = [&](const char* name, const char* about, Command command) {
+        return line.command(name, about, [&options, command = std::move(command)] { options.command = command; });
+    };
 
-    auto* const list = app.add_subcommand("list", "Show all properties: identifier, type, direction, signals");
-    list->add_flag("--json", line.list.json, "One JSON object a line");
-    list->callback(
-        [&] { line.command = [&](const StopSignals&, Output& output) { return listCommand(line.list, output); }; });
+    CommandLine list = add("list", "Show all properties: identifier, type, direction, signals",
+                           [&](const auto&, Output& output) { return listCommand(options.list, output); });
+    list.flag("--json", options.list.json, kJson);
 
-    auto* const info = app.add_subcommand("info", "Show all that is known of properties: signals, ranges, value names");
-    info->add_option("PROPERTY", line.info.properties)->required();
-    info->add_flag("--json", line.info.json, "One JSON object a line");
-    info->callback(
-        [&] { line.command = [&](const StopSignals&, Output& output) { return infoCommand(line.info, output); }; });
+    CommandLine info = add("info", "Show all that is known of properties: signals, ranges, value names",
+                           [&](const auto&, Output& output) { return infoCommand(options.info, output); });
+    info.option("PROPERTY", options.info.properties, "");
+    info.flag("--json", options.info.json, kJson);
 
-    auto* const get = app.add_subcommand("get", "Show the current value of properties");
-    get->add_option("PROPERTY", line.get.properties)->required();
-    get->add_flag("--json", line.get.json, "One JSON object a line");
-    addTimeout(*get, line.get.timeout);
-    get->callback([&] {
-        line.command = [&](const StopSignals& stop, Output& output) { return getCommand(line.get, stop, output); };
+    CommandLine get = add("get", "Show the current value of properties",
+                          [&](const auto& stop, Output& output) { return getCommand(options.get, stop, output); });
+    get.option("PROPERTY", options.get.properties, "");
+    get.flag("--json", options.get.json, kJson);
+    addTimeout(get, options.get.timeout);
+
+    CommandLine watch =
+        add("watch", "Show properties as they change; all when none is named",
+            [&](const auto& stop, Output& output) { return watchCommand(options.watch, stop, output); });
+    watch.option("[PROPERTY]", options.watch.properties, "");
+    watch.flag("--json", options.watch.json, kJson);
+    addEnds(watch, options.watch.duration, options.watch.count, "Changes after which to end");
+    watch.flag("--exit-on-loss", options.watch.exitOnLoss, "End with exit code 3 when the CAN service goes");
+
+    CommandLine set = add("set", "Set a property; nothing confirms it unless --wait-for is given",
+                          [&](const auto& stop, Output&) { return setCommand(options.set, stop); });
+    set.option("PROPERTY", options.set.property, "");
+    set.option("VALUE", options.set.value, "");
+    set.option("--wait-for PROPERTY=VALUE", options.set.waitFor, "End when this property has this value");
+    addTimeout(set, options.set.timeout);
+
+    CommandLine record =
+        add("record", "Write what comes over the bus as a trace for can-service-sim",
+            [&](const auto& stop, Output& output) { return recordCommand(options.record, stop, output); });
+    record.option("FILE", options.record.file, "'-' is standard output");
+    record.option("[PROPERTY]", options.record.properties, "None: all that the vehicle reports");
+    addEnds(record, options.record.duration, options.record.count, "Events after which to end");
+    record.flag("--force", options.record.force, "Replace an existing file");
+
+    CommandLine hz = add("hz", "Measure how often properties come, and how evenly",
+                         [&](const auto& stop, Output& output) { return hzCommand(options.hz, stop, output); });
+    hz.option("[PROPERTY]", options.hz.properties, "");
+    addMeasuring(hz, options.hz);
+
+    CommandLine status =
+        add("status", "Show whether the CAN service is there, and what comes from it",
+            [&](const auto& stop, Output& output) { return statusCommand(options.status, stop, output); });
+    addMeasuring(status, options.status);
+
+    line.command("doctor", "Look for what keeps an application from seeing values here", [&] {
+        options.showsLog = true;
+        options.command = [](const auto&, Output& output) { return doctorCommand(output); };
     });
+}
 
-    auto* const watch = app.add_subcommand("watch", "Show properties as they change; all when none is named");
-    watch->add_option("PROPERTY", line.watch.properties);
-    watch->add_flag("--json", line.watch.json, "One JSON object a line");
-    addEnds(*watch, line.watch.duration, line.watch.count, "Changes after which to end");
-    watch->add_flag("--exit-on-loss", line.watch.exitOnLoss, "End with exit code 3 when the CAN service goes");
-    watch->callback([&] {
-        line.command = [&](const StopSignals& stop, Output& output) { return watchCommand(line.watch, stop, output); };
-    });
-
-    auto* const set = app.add_subcommand("set", "Set a property; nothing confirms it unless --wait-for is given");
-    set->add_option("PROPERTY", line.set.property)->required();
-    set->add_option("VALUE", line.set.value)->required();
-    set->add_option("--wait-for", line.set.waitFor, "End when this property has this value")
-        ->type_name("PROPERTY=VALUE");
-    addTimeout(*set, line.set.timeout);
-    set->callback([&] { line.command = [&](const StopSignals& stop, Output&) { return setCommand(line.set, stop); }; });
-
-    auto* const record = app.add_subcommand("record", "Write what comes over the bus as a trace for can-service-sim");
-    record->add_option("FILE", line.record.file, "'-' is standard output")->required()->type_name("");
-    record->add_option("PROPERTY", line.record.properties, "None: all that the vehicle reports");
-    addEnds(*record, line.record.duration, line.record.count, "Events after which to end");
-    record->add_flag("--force", line.record.force, "Replace an existing file");
-    record->callback([&] {
-        line.command = [&](const StopSignals& stop, Output& output) {
-            return recordCommand(line.record, stop, output);
-        };
-    });
-
-    auto* const hz = app.add_subcommand("hz", "Measure how often properties come, and how evenly");
-    hz->add_option("PROPERTY", line.hz.properties);
-    addMeasuring(*hz, line.hz);
-    hz->callback([&] {
-        line.command = [&](const StopSignals& stop, Output& output) { return hzCommand(line.hz, stop, output); };
-    });
-
-    auto* const status = app.add_subcommand("status", "Show whether the CAN service is there, and what comes from it");
-    addMeasuring(*status, line.status);
-    status->callback([&] {
-        line.command = [&](const StopSignals& stop, Output& output) {
-            return statusCommand(line.status, stop, output);
-        };
-    });
-
-    app.add_subcommand("doctor", "Look for what keeps an application from seeing values here")->callback([&] {
-        line.showsLog = true;
-        line.command = [](const StopSignals&, Output& output) { return doctorCommand(output); };
-    });
+void declare(CommandLine& line, Options& options) {
+    line.flag("-v,--verbose", options.verbose, "Show the client's log on standard error");
+    line.option("--signals FILE", options.notes, "Descriptions, units and value names to add, as in share/signals");
+    line.option("--dbc FILE", options.databases, "Signal database whose units and value names to add");
+    line.closeHelpWith(std::string("A PROPERTY is an identifier (0x21600E1F) or a signal's name (ESP_FD2_VehSpd).\n") +
+                       kExitCodes);
+    declareCommands(line, options);
 }
 
 int run(int argc, char** argv, const StopSignals& stop, Output& output) {
-    CLI::App app("Reads, watches and sets vehicle properties.", "vehiclectl");
-    CommandLine line;
-    declare(app, line);
-    if (const auto ended = readCommandLine(app, argc, argv, output)) {
+    CommandLine line("vehiclectl", "Reads, watches and sets vehicle properties.");
+    Options options;
+    declare(line, options);
+    if (const auto ended = line.read(argc, argv, output)) {
         return *ended;
     }
-    if (!line.command) {
-        std::cerr << app.help();
+    if (!options.command) {
+        std::fputs(line.help().c_str(), stderr);
         return kUsage;
     }
-    for (const std::string& file : line.databases) {
+    for (const std::string& file : options.databases) {
         addNotes(SignalNotes::instance(), readDatabaseFile(file));
     }
-    for (const std::string& file : line.notes) {
+    for (const std::string& file : options.notes) {
         SignalNotes::instance().addFile(file);
     }
-    if (!line.showsLog) {
-        chooseLogLevel(line.verbose);
+    if (!options.showsLog) {
+        chooseLogLevel(options.verbose);
     }
-    return line.command(stop, output);
+    return options.command(stop, output);
 }
 
 }  // namespace

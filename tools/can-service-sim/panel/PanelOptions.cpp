@@ -28,17 +28,13 @@ std::string checkAddress(const std::string& text) {
 
 }  // namespace
 
-void PanelOptions::declare(CLI::App& app) {
-    CLI::Option* const panel =
-        app.add_option("--panel", port_, "Show the vehicle in the browser; port 8480 by default");
-    panel->expected(0, 1)->check(CLI::Validator(checkPort, ""))->type_name("[PORT]");
-    given_ = panel;
-    app.add_option("--panel-address", address_,
-                   "Where the panel listens, if others are to reach it; it has no password")
-        ->check(CLI::Validator(checkAddress, ""))
-        ->needs(panel)
-        ->capture_default_str()
-        ->type_name("IP");
+void PanelOptions::declare(CommandLine& line) {
+    option_ =
+        line.option("--panel [PORT]", port_, "Show the vehicle in the browser; port 8480 by default").check(checkPort);
+    line.option("--panel-address IP", address_,
+                "Where the panel listens, if others are to reach it; it has no password")
+        .check(checkAddress)
+        .needs("--panel");
 }
 
 int PanelOptions::port() const {

@@ -1,16 +1,17 @@
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <string>
+
+#include "desk/CommandLine.h"
 
 namespace qvn::tools {
 
 /// What the command line says of the panel.
 class PanelOptions {
 public:
-    void declare(CLI::App& app);
+    void declare(CommandLine& line);
 
-    bool given() const { return given_->count() != 0; }
+    bool given() const { return option_.given(); }
     /// An IP address.
     const std::string& address() const { return address_; }
     int port() const;
@@ -18,7 +19,7 @@ public:
 private:
     std::string address_ = "127.0.0.1";
     std::string port_;
-    const CLI::Option* given_ = nullptr;
+    CommandLine::Option option_;
 };
 
 }  // namespace qvn::tools
