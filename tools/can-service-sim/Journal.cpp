@@ -30,10 +30,10 @@ std::string valueText(std::uint32_t code, const std::string& raw) {
     return signalName(code) + "=" + value + (name.empty() ? "" : " " + name);
 }
 
-void addValue(nlohmann::ordered_json& object, std::uint32_t code, const std::string& raw) {
+void addValue(Json& object, std::uint32_t code, const std::string& raw) {
     const std::string value = physicalText(code, raw);
     object["signal"] = signalName(code);
-    object["value"] = nlohmann::ordered_json::parse(value.empty() ? "null" : value);
+    object["value"] = jsonNumber(value);
     object["raw"] = hexBytes(raw);
     if (const std::string name = valueName(code, std::strtod(value.c_str(), nullptr));
         !value.empty() && !name.empty()) {
@@ -148,20 +148,19 @@ void Journal::noAnswer(std::size_t set, const std::string& reason) const {
 
 void Journal::tell(Detail least, const char* event, const std::string& text,
                    const std::function<void(Json& object)>& fields) const {
-    if (detail_ >= least && form_ == Form::Text) {
+    if (detail_ >= least && form_ == Form::Lines) {
         char time[32];
         std::snprintf(time, sizeof time, "%9.3f  ", elapsed());
         write_(time + text + "\n");
     } else if (detail_ >= least) {
-        // A file's name may be no UTF-8.
-        write_(object(event, fields).dump(-1, ' ', false, Json::error_handler_t::replace) + "\n");
+        write_(jsonText(object(event, fields)) + "\n");
     }
     if (listener_ && least <= Detail::Normal) {
         listener_(object(event, fields));
     }
 }
 
-nlohmann::ordered_json Journal::object(const char* event, const std::function<void(Json& object)>& fields) const {
+Json Journal::object(const char* event, const std::function<void(Json& object)>& fields) const {
     Json object = {{"t", std::round(elapsed() * 1e6) / 1e6}, {"event", event}};
     fields(object);
     return object;

@@ -3,11 +3,11 @@
 #include <chrono>
 #include <cstdint>
 #include <functional>
-#include <nlohmann/json_fwd.hpp>
 #include <string>
 #include <utility>
 
 #include "can-service-sim/TraceReader.h"
+#include "desk/Json.h"
 
 namespace qvn::tools {
 
@@ -20,14 +20,14 @@ public:
         Normal,  ///< sets, message status, reverse line, service; what a person at the desk wants to see happen
         All      ///< also every signal value and subscription
     };
-    enum class Form { Text, Json };
+    enum class Form { Lines, Objects };
 
     /// @param write takes whole lines
     Journal(std::function<void(std::string)> write, Detail detail, Form form)
         : write_(std::move(write)), detail_(detail), form_(form) {}
 
     /// Also tells every event of Detail::Normal, whatever the detail is, as the object that it is in JSON.
-    void listen(std::function<void(const nlohmann::ordered_json& event)> listener) { listener_ = std::move(listener); }
+    void listen(std::function<void(const Json& event)> listener) { listener_ = std::move(listener); }
 
     void service(bool up) const;
     void message(std::uint32_t code, bool timedOut) const;
@@ -54,8 +54,6 @@ public:
     static void error(const std::string& text);
 
 private:
-    using Json = nlohmann::ordered_json;
-
     double elapsed() const { return std::chrono::duration<double>(std::chrono::steady_clock::now() - start_).count(); }
     /// @param fields adds what the event is about
     Json object(const char* event, const std::function<void(Json& object)>& fields) const;

@@ -174,7 +174,7 @@ int serve(Options& options, const StopSignals& stop, Output& output) {
                     options.quiet     ? Journal::Detail::Quiet
                     : options.verbose ? Journal::Detail::All
                                       : Journal::Detail::Normal,
-                    options.json ? Journal::Form::Json : Journal::Form::Text);
+                    options.json ? Journal::Form::Objects : Journal::Form::Lines);
     options.can.describe(journal);
     Player player(loop, journal, std::move(forPlayer));
     Panel panel(loop, player, journal, options.name);

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstring>
 #include <fstream>
+#include <iterator>
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <sstream>
@@ -11,6 +12,7 @@
 
 #include "desk/BadInput.h"
 #include "desk/BuiltInNotes.h"
+#include "desk/Json.h"
 #include "desk/Number.h"
 #include "desk/SignalNames.h"
 #include "desk/Suggestions.h"
@@ -21,11 +23,9 @@
 namespace qvn::tools {
 namespace {
 
-using Json = nlohmann::json;
-
 std::string textOf(const Json& value, const std::string& what) {
     if (!value.is_string()) {
-        throw BadInput(what + " is " + value.dump() + "; expected a text");
+        throw BadInput(what + " is " + jsonText(value) + "; expected a text");
     }
     return value.get<std::string>();
 }
@@ -62,14 +62,15 @@ std::string valueNameOf(const Json& value) {
 SignalNote::Range rangeOf(const Json& value) {
     const bool pair = value.is_array() && value.size() == 2 && value[0].is_number() && value[1].is_number();
     if (!pair || !(value[0].get<double>() < value[1].get<double>())) {
-        throw BadInput("the range is " + value.dump() + "; expected [LOW, HIGH], two numbers");
+        throw BadInput("the range is " + jsonText(value) + "; expected [LOW, HIGH], two numbers");
     }
     return {value[0].get<double>(), value[1].get<double>()};
 }
 
 SignalNote readNote(const Json& object) {
     if (!object.is_object()) {
-        throw BadInput(object.dump() + R"( is no note; expected {"description": ..., "unit": ..., "values": {...}})");
+        throw BadInput(jsonText(object) +
+                       R"( is no note; expected {"description": ..., "unit": ..., "values": {...}})");
     }
     SignalNote note;
     for (const auto& [key, value] : object.items()) {
@@ -111,18 +112,17 @@ std::vector<std::uint32_t> codesNamed(const std::string& name) {
 }
 
 Json parse(std::istream& input, const std::string& name) {
+    const std::string text{std::istreambuf_iterator<char>(input), {}};
+    Json all;
     try {
-        const Json all = Json::parse(input);
-        if (all.is_object()) {
-            return all;
-        }
-    } catch (const Json::parse_error& error) {
-        const std::string text = error.what();
-        const std::size_t position = text.find("at line");
-        throw BadInput(name + ": is no JSON" +
-                       (position == std::string::npos ? std::string() : ": error " + text.substr(position)));
+        all = parseJson(text);
+    } catch (const BadInput& error) {
+        throw BadInput(name + ": is no JSON: " + error.what());
     }
-    throw BadInput(name + R"(: expected {"SIGNAL": {"description": ..., "unit": ..., "values": {...}}, ...})");
+    if (!all.is_object()) {
+        throw BadInput(name + R"(: expected {"SIGNAL": {"description": ..., "unit": ..., "values": {...}}, ...})");
+    }
+    return all;
 }
 
 }  // namespace

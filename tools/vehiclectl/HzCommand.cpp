@@ -5,6 +5,7 @@
 #include <set>
 
 #include "desk/ExitCode.h"
+#include "desk/Json.h"
 #include "desk/MonotonicTime.h"
 #include "vehiclectl/Commands.h"
 #include "vehiclectl/Waiting.h"
@@ -46,11 +47,11 @@ private:
 
 void print(Output& output, const PropertyInfo& property, const Periods& periods, bool json) {
     if (json) {
-        const nlohmann::ordered_json object = {{"name", property.name},           {"rate", periods.rate()},
-                                               {"period_ms", periods.mean()},     {"shortest_ms", periods.shortest()},
-                                               {"longest_ms", periods.longest()}, {"deviation_ms", periods.deviation()},
-                                               {"values", periods.count() + 1}};
-        output.write(object.dump() + "\n");
+        const Json object = {{"name", property.name},           {"rate", periods.rate()},
+                             {"period_ms", periods.mean()},     {"shortest_ms", periods.shortest()},
+                             {"longest_ms", periods.longest()}, {"deviation_ms", periods.deviation()},
+                             {"values", periods.count() + 1}};
+        output.write(jsonText(object) + "\n");
     } else {
         output.print("%-36s %8.2f %10.3f %10.3f %10.3f %10.3f\n", property.name.c_str(), periods.rate(), periods.mean(),
                      periods.shortest(), periods.longest(), periods.deviation());

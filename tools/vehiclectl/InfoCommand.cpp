@@ -1,6 +1,7 @@
 #include <nlohmann/json.hpp>
 
 #include "desk/ExitCode.h"
+#include "desk/Json.h"
 #include "desk/Number.h"
 #include "desk/PhysicalValue.h"
 #include "desk/PropertyNames.h"
@@ -10,8 +11,6 @@
 
 namespace qvn::tools {
 namespace {
-
-using Json = nlohmann::ordered_json;
 
 /// What is known of one signal of a property.
 Json describe(std::uint32_t code) {
@@ -26,7 +25,7 @@ Json describe(std::uint32_t code) {
     } else if (const tables::DecodingRow* const rule = tables::findDecodingRule(code)) {
         object["direction"] = "get";
         object["kind"] = kindText(*rule);
-        object["range"] = {0, Json::parse(formatNumber(largestValue(*rule)))};
+        object["range"] = {0, jsonNumber(formatNumber(largestValue(*rule)))};
         object["bytes"] = rule->bytes;
         if (const auto message = messageOf(code)) {
             object["message"] = signalName(*message);
@@ -50,10 +49,10 @@ std::string textOf(const Json& value) {
         return value.get<std::string>();
     }
     if (value.is_array()) {
-        return value[0].dump() + " to " + value[1].dump();
+        return jsonText(value[0]) + " to " + jsonText(value[1]);
     }
     if (!value.is_object()) {
-        return value.dump();
+        return jsonText(value);
     }
     std::string text;
     for (const auto& [number, name] : value.items()) {
@@ -80,7 +79,7 @@ int infoCommand(const InfoOptions& options, Output& output) {
             }
         }
         if (options.json) {
-            output.write(object.dump() + "\n");
+            output.write(jsonText(object) + "\n");
             continue;
         }
         output.print("%s  %s  %s\n", property->name.c_str(), hexText(property->id).c_str(),

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "desk/ExitCode.h"
+#include "desk/Json.h"
 #include "desk/Number.h"
 #include "desk/PropertyNames.h"
 #include "desk/SignalNames.h"
@@ -34,8 +35,8 @@ std::vector<std::string> signalsOf(const PropertyInfo& property) {
     return names;
 }
 
-std::string jsonText(const PropertyInfo& property) {
-    nlohmann::ordered_json object;
+Json describe(const PropertyInfo& property) {
+    Json object;
     object["id"] = hexText(property.id);
     object["type"] = typeText(property);
     object["direction"] = directionText(property);
@@ -48,7 +49,7 @@ std::string jsonText(const PropertyInfo& property) {
     if (codes.size() == 1 && !note.description.empty()) {
         object["description"] = note.description;
     }
-    return object.dump();
+    return object;
 }
 
 std::string plainText(const PropertyInfo& property) {
@@ -66,7 +67,7 @@ std::string plainText(const PropertyInfo& property) {
 
 int listCommand(const ListOptions& options, Output& output) {
     for (const PropertyInfo& property : properties()) {
-        output.write((options.json ? jsonText(property) : plainText(property)) + "\n");
+        output.write((options.json ? jsonText(describe(property)) : plainText(property)) + "\n");
     }
     return kDone;
 }

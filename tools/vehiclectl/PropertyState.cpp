@@ -5,6 +5,7 @@
 #include <nlohmann/json.hpp>
 #include <utility>
 
+#include "desk/Json.h"
 #include "desk/MonotonicTime.h"
 #include "desk/Number.h"
 #include "desk/SignalNames.h"
@@ -61,13 +62,12 @@ const char* statusText(const PropertyState& state) {
 }
 
 std::string jsonText(const PropertyState& state) {
-    using Json = nlohmann::ordered_json;
     const std::optional<double> number = numberOf(state);
     Json object;
     object["id"] = hexText(state.info->id);
     object["name"] = state.info->name;
     // The same digits as in a text: the value is a float, which would show as 4.050000190734863.
-    object["value"] = Json::parse(number ? formatNumber(*number) : "null");
+    object["value"] = jsonNumber(number ? formatNumber(*number) : "");
     if (state.value && isSwitch(*state.value)) {
         const std::int32_t direction = state.value->value.int32Values[1];
         object["direction"] = direction;
@@ -83,7 +83,7 @@ std::string jsonText(const PropertyState& state) {
     }
     object["status"] = statusText(state);
     object["timestamp"] = state.value ? state.value->timestamp : 0;
-    return object.dump();
+    return jsonText(object);
 }
 
 double ageOf(const PropertyState& state, long now) {

@@ -3,6 +3,7 @@
 #include <set>
 
 #include "desk/ExitCode.h"
+#include "desk/Json.h"
 #include "desk/SignalNames.h"
 #include "vehiclectl/Commands.h"
 #include "vehiclectl/PropertyState.h"
@@ -48,10 +49,9 @@ std::vector<std::int32_t> directionOf(const platform::vehicle::VehiclePropValue&
 
 void print(Output& output, const Findings& found, bool json) {
     if (json) {
-        const nlohmann::ordered_json object = {
-            {"service", found.up}, {"properties", found.properties},    {"values", found.withValue},
-            {"rate", found.rate},  {"messages", found.messages.size()}, {"timed_out", found.timedOut}};
-        output.write(object.dump() + "\n");
+        const Json object = {{"service", found.up}, {"properties", found.properties},    {"values", found.withValue},
+                             {"rate", found.rate},  {"messages", found.messages.size()}, {"timed_out", found.timedOut}};
+        output.write(jsonText(object) + "\n");
         return;
     }
     std::string names;

@@ -5,6 +5,7 @@
 #include <set>
 
 #include "desk/ExitCode.h"
+#include "desk/Json.h"
 #include "vehiclectl/Commands.h"
 #include "vehiclectl/PropertyState.h"
 #include "vehiclectl/ServiceLink.h"
@@ -116,7 +117,7 @@ private:
     void tellService(bool up, const char* text) {
         toldOfService_ = true;
         if (options_.json) {
-            output_.write(nlohmann::ordered_json{{"event", "service"}, {"up", up}}.dump() + "\n");
+            output_.write(jsonText(Json{{"event", "service"}, {"up", up}}) + "\n");
         } else if (!screen_) {
             output_.print("%9.3f  CAN service %s\n", secondsSince(start_), text);
         }

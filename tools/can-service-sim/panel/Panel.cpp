@@ -18,12 +18,8 @@ constexpr milliseconds kBetweenSamples{1000};
 constexpr milliseconds kHeartbeat{1000};
 
 /// A name of the user's may be no UTF-8.
-std::string dumped(const PanelView::Json& data) {
-    return data.dump(-1, ' ', false, PanelView::Json::error_handler_t::replace);
-}
-
-PageStream::Text event(const char* name, const PanelView::Json& data) {
-    return std::make_shared<const std::string>("event: " + std::string(name) + "\ndata: " + dumped(data) + "\n\n");
+PageStream::Text event(const char* name, const Json& data) {
+    return std::make_shared<const std::string>("event: " + std::string(name) + "\ndata: " + jsonText(data) + "\n\n");
 }
 
 }  // namespace
@@ -95,7 +91,7 @@ void Panel::update() {
         return;
     }
     const Clock::time_point now = Clock::now();
-    const PanelView::Json changes = view_.changes();
+    const Json changes = view_.changes();
     const bool onlyTheTime = changes.size() == 1;
     if (!onlyTheTime || now - lastTold_ >= kHeartbeat) {
         lastTold_ = now;

@@ -19,8 +19,6 @@ namespace {
 constexpr std::size_t kSamples = 60;
 constexpr std::size_t kMostLogged = 300;
 
-using Json = PanelView::Json;
-
 long long unixMilliseconds(std::chrono::system_clock::time_point time) {
     return std::chrono::duration_cast<std::chrono::milliseconds>(time.time_since_epoch()).count();
 }
@@ -31,7 +29,7 @@ double rounded(double seconds) {
 
 /// The physical value as a number; null when bytes are missing.
 Json valueOf(const tables::DecodingRow& row, const std::string& raw) {
-    return raw.size() < row.bytes ? Json() : Json::parse(decodedText(row, raw));
+    return jsonNumber(raw.size() < row.bytes ? "" : decodedText(row, raw));
 }
 
 Json describe(const tables::DecodingRow& row, const std::map<std::uint32_t, std::size_t>& places) {

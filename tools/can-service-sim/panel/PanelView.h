@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "can-service-sim/Player.h"
+#include "desk/Json.h"
 #include "desk/PollUntil.h"
 
 namespace qvn::tools {
@@ -34,8 +35,6 @@ namespace qvn::tools {
 /// All members are called in the event loop.
 class PanelView {
 public:
-    using Json = nlohmann::ordered_json;
-
     PanelView(const Player& player, std::string serviceName);
 
     Json vehicle() const;
