@@ -2,11 +2,15 @@
 
 #include <pthread.h>
 
+#include <asio/post.hpp>
 #include <asio/steady_timer.hpp>
 
 #include <chrono>
 #include <system_error>
+#include <utility>
 #include <vector>
+
+#include "LoopContext.h"
 
 namespace qvn::host {
 
@@ -22,11 +26,10 @@ std::atomic<int> generation{0};
 
 }  // namespace
 
-EventLoop::EventLoop() {
-    mWork.emplace(mContext.get_executor());
+EventLoop::EventLoop() : mContext(std::make_unique<LoopContext>()) {
     // A first timer opens the loop's own descriptors. Here a lack of them reaches the caller; on the loop it would end
     // the process.
-    const asio::steady_timer first(mContext);
+    const asio::steady_timer first(mContext->io);
 }
 
 EventLoop::~EventLoop() {
@@ -80,7 +83,7 @@ void EventLoop::startThread(const std::string& name) {
 
 void EventLoop::run() {
     mThreadId = std::this_thread::get_id();
-    mContext.run();
+    mContext->io.run();
     mThreadId = std::thread::id();
 
     const MutexLock lock(mMutex);
@@ -89,7 +92,7 @@ void EventLoop::run() {
 }
 
 void EventLoop::stop() {
-    mContext.stop();
+    mContext->io.stop();
 }
 
 bool EventLoop::join(uint32_t milliseconds) {
@@ -109,6 +112,12 @@ bool EventLoop::join(uint32_t milliseconds) {
         thread.join();
     }
     return true;
+}
+
+void EventLoop::post(std::function<void()> handler) {
+    if (!isForeign()) {
+        asio::post(mContext->io, std::move(handler));
+    }
 }
 
 void EventLoop::runExclusive(const std::function<void()>& task) {

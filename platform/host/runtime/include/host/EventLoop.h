@@ -1,9 +1,6 @@
 #pragma once
 
 #include <sync/Mutex.h>
-#include <asio/executor_work_guard.hpp>
-#include <asio/io_context.hpp>
-#include <asio/post.hpp>
 
 #include <atomic>
 #include <condition_variable>
@@ -11,14 +8,14 @@
 #include <deque>
 #include <functional>
 #include <memory>
-#include <optional>
 #include <string>
 #include <thread>
-#include <utility>
 
 namespace qvn::host {
 
-/// An io_context with at most one thread in it at a time.
+struct LoopContext;  // Asio's, which only the sources of this library include: it is long to compile
+
+/// Runs handlers, at most one at a time, on one thread.
 ///
 /// In a child of fork() the loops that its parent has started are foreign: they do not run, and must not be touched.
 /// Their threads do not exist there, their descriptors are shared with the parent, and their mutexes may be locked for
@@ -29,7 +26,7 @@ public:
     EventLoop();
     ~EventLoop();
 
-    asio::io_context& context() { return mContext; }
+    LoopContext& context() { return *mContext; }
 
     /// Runs the loop on a new thread, or on the calling one until stop(). False when it was started before, and on a
     /// foreign loop. Throws std::system_error when the system has no thread to give; it may be started later then.
@@ -45,12 +42,8 @@ public:
     bool join(uint32_t milliseconds);
     bool isSelf() const { return mThreadId.load() == std::this_thread::get_id(); }
 
-    template <typename Handler>
-    void post(Handler&& handler) {
-        if (!isForeign()) {
-            asio::post(mContext, std::forward<Handler>(handler));
-        }
-    }
+    /// Lets the loop run a handler, after those that wait already.
+    void post(std::function<void()> handler);
 
     /// Runs `task` while no other handler of the loop runs, and returns when it has run: on the loop, or on the calling
     /// thread when the loop is not running or this is its thread. On a foreign loop it never runs. The task must not
@@ -72,8 +65,7 @@ private:
     void run();
     void runTasksLocked() QVN_REQUIRES(mMutex);
 
-    asio::io_context mContext{1};
-    std::optional<asio::executor_work_guard<asio::io_context::executor_type>> mWork;
+    const std::unique_ptr<LoopContext> mContext;
     std::atomic<std::thread::id> mThreadId{std::thread::id()};
 
     sync::Mutex mMutex;

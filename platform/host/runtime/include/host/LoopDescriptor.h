@@ -1,12 +1,9 @@
 #pragma once
 
-#include <asio/buffer.hpp>
-#include <asio/posix/stream_descriptor.hpp>
-
 #include <cstddef>
+#include <functional>
 #include <memory>
 #include <system_error>
-#include <utility>
 
 #include "host/EventLoop.h"
 #include "host/UniqueFd.h"
@@ -21,35 +18,19 @@ public:
     void close() { mDescriptor.reset(); }
 
     explicit operator bool() const { return mDescriptor != nullptr; }
-    int get() const { return mDescriptor->native_handle(); }
+    int get() const;
 
     /// Calls `action` once, when there is something to read; never after close().
-    template <typename Action>
-    void awaitReadable(Action action) {
-        mDescriptor->async_wait(
-            asio::posix::stream_descriptor::wait_read,
-            [waiting = std::weak_ptr<void>(mDescriptor), action = std::move(action)](const std::error_code& error) {
-                if (!error && !waiting.expired()) {
-                    action();
-                }
-            });
-    }
+    void awaitReadable(std::function<void()> action);
 
     /// Reads once, as soon as there is something, and calls `action` with the number of bytes; 0 is the end of the
     /// stream, or an error. Not after close().
-    template <typename Action>
-    void read(void* data, std::size_t size, Action action) {
-        mDescriptor->async_read_some(asio::buffer(data, size),
-                                     [waiting = std::weak_ptr<void>(mDescriptor), action = std::move(action)](
-                                         const std::error_code& error, std::size_t bytes) {
-                                         if (!waiting.expired()) {
-                                             action(error ? 0 : bytes);
-                                         }
-                                     });
-    }
+    void read(void* data, std::size_t size, std::function<void(std::size_t)> action);
 
 private:
-    std::shared_ptr<asio::posix::stream_descriptor> mDescriptor;
+    struct Descriptor;
+
+    std::shared_ptr<Descriptor> mDescriptor;
 };
 
 }  // namespace qvn::host

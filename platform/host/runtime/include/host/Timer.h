@@ -1,7 +1,5 @@
 #pragma once
 
-#include <asio/steady_timer.hpp>
-
 #include <chrono>
 #include <functional>
 #include <memory>
@@ -23,7 +21,7 @@ public:
 
 private:
     EventLoop* mLoop;
-    std::shared_ptr<asio::steady_timer> mTimer;
+    std::shared_ptr<void> mTimer;
 };
 
 /// Tries something again after a pause, when the system was short of what it takes, such as descriptors: nothing tells
