@@ -41,9 +41,10 @@ inline std::vector<int> valuesOf(const std::string& output, const std::string& p
     std::vector<int> values;
     std::size_t begin = 0;
     for (std::size_t end = 0; (end = output.find('\n', begin)) != std::string::npos; begin = end + 1) {
+        const std::string line = output.substr(begin, end - begin);  // sscanf measures all of its text at each call
         char name[64];
         int value = 0;
-        if (std::sscanf(output.c_str() + begin, "%*f %63s %d", name, &value) == 2 && name == property) {
+        if (std::sscanf(line.c_str(), "%*f %63s %d", name, &value) == 2 && name == property) {
             values.push_back(value);
         }
     }

@@ -40,11 +40,8 @@ const tables::DecodingRow& ruleOf(std::uint32_t code) {
 }
 
 std::uint32_t findSignalOrMessage(std::string_view name) {
-    try {
-        return findCode(NameKind::Message, name);
-    } catch (const BadInput&) {
-        return findCode(NameKind::Received, name);
-    }
+    const std::optional<std::uint32_t> message = lookUpCode(NameKind::Message, name);
+    return message ? *message : findCode(NameKind::Received, name);
 }
 
 /// What stands behind a '!'.

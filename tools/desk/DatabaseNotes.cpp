@@ -24,14 +24,6 @@ std::string asWord(std::string name) {
     return name.empty() || std::isalpha(static_cast<unsigned char>(name[0])) != 0 ? name : "_" + name;
 }
 
-std::optional<std::uint32_t> codeOf(const std::string& name) {
-    try {
-        return findCode(NameKind::Received, name);
-    } catch (const BadInput&) {
-        return std::nullopt;
-    }
-}
-
 SignalNote noteOf(const dbc::Signal& signal) {
     SignalNote note;
     note.unit = isPlain(signal.unit) ? signal.unit : "";
@@ -64,7 +56,7 @@ dbc::Database readDatabaseFile(const std::string& path) {
 void addNotes(SignalNotes& notes, const dbc::Database& database) {
     for (const dbc::Message& message : database.messages) {
         for (const dbc::Signal& signal : message.signals) {
-            if (const std::optional<std::uint32_t> code = codeOf(signal.name)) {
+            if (const std::optional<std::uint32_t> code = lookUpCode(NameKind::Received, signal.name)) {
                 notes.add(*code, noteOf(signal));
             }
         }

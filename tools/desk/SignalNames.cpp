@@ -53,9 +53,9 @@ std::string_view withoutPrefix(std::string_view name) {
     return prefixed ? name.substr(kGetPrefix.size()) : name;
 }
 
-std::uint32_t findCode(NameKind kind, std::string_view name) {
+std::optional<std::uint32_t> lookUpCode(NameKind kind, std::string_view name) {
     if (const std::optional<std::uint32_t> code = parseHex(name)) {
-        return *code;
+        return code;
     }
     const std::string_view prefix = kind == NameKind::Settable ? kSetPrefix : kGetPrefix;
     const std::string full = startsWith(name, prefix) ? std::string(name) : std::string(prefix) + std::string(name);
@@ -65,6 +65,13 @@ std::uint32_t findCode(NameKind kind, std::string_view name) {
         if (isOfKind(kind, code)) {
             return code;
         }
+    }
+    return std::nullopt;
+}
+
+std::uint32_t findCode(NameKind kind, std::string_view name) {
+    if (const std::optional<std::uint32_t> code = lookUpCode(kind, name)) {
+        return *code;
     }
     throw BadInput("unknown " + std::string(kindText(kind)) + " " + quoted(name) +
                    suggestionText(withoutPrefix(name), knownNames(kind)));

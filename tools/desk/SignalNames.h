@@ -15,7 +15,11 @@ enum class NameKind {
     Settable   ///< a signal that a client may set, QVN_SET_<MSG>_<Signal>
 };
 
-/// The code id of a name with or without its QVN_GET_ or QVN_SET_ prefix, or of a hexadecimal code id (0x01384CD0).
+/// The code id of a name with or without its QVN_GET_ or QVN_SET_ prefix, or of a hexadecimal code id (0x01384CD0);
+/// nothing for a name that is not of this kind.
+std::optional<std::uint32_t> lookUpCode(NameKind kind, std::string_view name);
+
+/// The same.
 /// @throws BadInput for a name that is not of this kind, with the closest names that are
 std::uint32_t findCode(NameKind kind, std::string_view name);
 

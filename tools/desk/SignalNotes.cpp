@@ -96,10 +96,8 @@ SignalNote readNote(const Json& object) {
 std::vector<std::uint32_t> codesNamed(const std::string& name) {
     std::vector<std::uint32_t> codes;
     for (const NameKind kind : {NameKind::Received, NameKind::Settable}) {
-        try {
-            codes.push_back(findCode(kind, name));
-        } catch (const BadInput&) {
-            continue;
+        if (const std::optional<std::uint32_t> code = lookUpCode(kind, name)) {
+            codes.push_back(*code);
         }
     }
     if (codes.empty()) {
