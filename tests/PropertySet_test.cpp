@@ -95,12 +95,11 @@ TEST_F(PropertySetTest, NoValueIsRefusedWithALogLine) {
         core->dispatchSingal(intValue(kHeadYaw, 1), type);
         EXPECT_FALSE(core->setPropValue(kHeadYaw, &empty)) << type;
     }
-    const std::vector<LogLine> log = log_recorder::lines();
-    ASSERT_EQ(log.size(), 10u);
-    for (const LogLine& line : log) {
-        EXPECT_EQ(line.level, 1);
-        EXPECT_EQ(line.text, "no value given, set of property:553681458 refused!");
+    int refusals = 0;  // among what the worker may log of its subscription
+    for (const LogLine& line : log_recorder::lines()) {
+        refusals += line.level == 1 && line.text == "no value given, set of property:553681458 refused!";
     }
+    EXPECT_EQ(refusals, 10);
     EXPECT_TRUE(requests().empty());
 }
 
