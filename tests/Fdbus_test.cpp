@@ -335,7 +335,6 @@ TEST_F(FdbusTest, SendInvokeReplyAndStatus) {
 TEST_F(FdbusTest, AClientAnswersARequestWhenItHasHandledWhatCameBefore) {
     Server server(&serverWorker, kUrl);
     Client client(&clientWorker);
-    client.connect(kUrl);
     client.values(2);
     for (int i = 0; i < 100; ++i) {
         server.tell(1, "value");
