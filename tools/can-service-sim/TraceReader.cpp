@@ -1,6 +1,7 @@
 #include "can-service-sim/TraceReader.h"
 
 #include <algorithm>
+#include <optional>
 
 #include "can-service-sim/InputLines.h"
 #include "can-service-sim/TraceWords.h"

@@ -17,10 +17,10 @@ Json jsonNumber(const std::string& digits) {
 Json parseJson(std::string_view text) {
     try {
         return Json::parse(text);
-    } catch (const Json::parse_error& error) {
+    } catch (const Json::exception& error) {  // a number beyond a double is no error of syntax
         const std::string what = error.what();
         const std::size_t place = what.find("at line");
-        throw BadInput("error" + (place == std::string::npos ? "" : " " + what.substr(place)));
+        throw BadInput("error " + what.substr(place == std::string::npos ? what.find(' ') + 1 : place));
     }
 }
 

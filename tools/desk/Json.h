@@ -16,7 +16,7 @@ std::string jsonText(const Json& value);
 /// The number of a text such as "4.05", which shows with these digits, as a float would not; null for an empty text.
 Json jsonNumber(const std::string& digits);
 
-/// @throws BadInput with the place of what is wrong, "error at line 1, column 2: ..."
+/// @throws BadInput with what is wrong, and where: "error at line 1, column 2: ..."
 Json parseJson(std::string_view text);
 
 }  // namespace qvn::tools

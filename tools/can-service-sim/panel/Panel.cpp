@@ -17,7 +17,6 @@ constexpr milliseconds kBetweenSamples{1000};
 // A page learns from it that the simulator is there, and the server that the page is.
 constexpr milliseconds kHeartbeat{1000};
 
-/// A name of the user's may be no UTF-8.
 PageStream::Text event(const char* name, const Json& data) {
     return std::make_shared<const std::string>("event: " + std::string(name) + "\ndata: " + jsonText(data) + "\n\n");
 }

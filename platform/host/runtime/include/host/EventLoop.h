@@ -42,7 +42,7 @@ public:
     bool join(uint32_t milliseconds);
     bool isSelf() const { return mThreadId.load() == std::this_thread::get_id(); }
 
-    /// Lets the loop run a handler, after those that wait already.
+    /// Lets the loop run a handler, after those that wait already. On a foreign loop it never runs.
     void post(std::function<void()> handler);
 
     /// Runs `task` while no other handler of the loop runs, and returns when it has run: on the loop, or on the calling
