@@ -40,6 +40,7 @@ TEST(SignalNotes, NameValuesAndUnits) {
 TEST(SignalNotes, AFileThatIsWrongAddsNothing) {
     const std::pair<const char*, const char*> cases[] = {
         {R"({"ESP_FD2_VehSpd")", "my.json: is no JSON: error at line 1, column 18"},
+        {R"({"ESP_FD2_VehSpd": {"range": [0, 1e999]}})", "my.json: is no JSON: error number overflow parsing '1e999'"},
         {"[]", "my.json: expected {\"SIGNAL\""},
         {R"({"ESP_FD2_VehSpeed": {}})", "my.json: ESP_FD2_VehSpeed: unknown signal 'ESP_FD2_VehSpeed'; did you mean"},
         {R"({"ESP_FD2_VehSpd": 4})", "my.json: ESP_FD2_VehSpd: 4 is no note"},

@@ -24,6 +24,9 @@ TEST_F(BadInput, IsToldInOneLine) {
         {"vehiclectl get --jsno", 2, "unknown option '--jsno'; did you mean --json?"},
         {"vehiclectl doctor now", 2, "'now' is not expected here; see 'vehiclectl doctor --help'"},
         {"vehiclectl watch --duration", 2, "--duration needs a value; see 'vehiclectl watch --help'"},
+        {"vehiclectl watch --count 1.5", 2,
+         "--count: '1.5' is no whole number; expected a whole number from 1 to 1000000000; see 'vehiclectl watch "
+         "--help'"},
         {"vehiclectl watch 'HAP_FD33*'", 2,
          "no property that the vehicle reports matches 'HAP_FD33*'; 'vehiclectl list' shows them all"},
         {"can-service-sim a.trace", 2, "'a.trace' is not expected here; a trace is played by --play a.trace"},
