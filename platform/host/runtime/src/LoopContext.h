@@ -7,8 +7,8 @@ namespace qvn::host {
 
 struct LoopContext {
     asio::io_context io{1};
-    asio::executor_work_guard<asio::io_context::executor_type> work{
-        io.get_executor()};  // it runs on while nothing waits
+    // While nothing waits, the loop runs on.
+    asio::executor_work_guard<asio::io_context::executor_type> work{io.get_executor()};
 };
 
 }  // namespace qvn::host
