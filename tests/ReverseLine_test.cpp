@@ -111,6 +111,13 @@ TEST_F(ReverseLineTest, AnEdgeBetweenTheFirstReadingAndTheRegistrationIsNotLost)
     EXPECT_EQ(commands(), (std::vector<int>{0, 1}));
 }
 
+TEST_F(ReverseLineTest, ALineThatNeverAnswersTheSameHoldsNobodyUp) {
+    fake_gpio::flutter();
+    makeClient();
+    client->registerErrSignalCallback(nullptr);
+    EXPECT_EQ(commands().size(), 2u);
+}
+
 TEST_F(ReverseLineTest, ALineThatCannotBeWatchedIsLogged) {
     fake_gpio::failRegistrations();
     makeClient();

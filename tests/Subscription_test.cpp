@@ -1,6 +1,8 @@
 #include <chrono>
 #include <future>
+#include <mutex>
 #include <stdexcept>
+#include <thread>
 
 #include "support/CoreTest.h"
 #include "support/FakeClock.h"
@@ -13,6 +15,8 @@ using namespace qvn::platform::vehicle;
 constexpr int kDriverDoor = 0x21400E20;
 constexpr int kPassengerDoor = 0x21400E21;
 constexpr int kSwitches = 0x11410A10;
+constexpr int kParkingWork = 0x2140307A;
+constexpr int kPowerMode = 0x21403837;
 
 class SubscriptionTest : public CoreTest {
 protected:
@@ -130,31 +134,76 @@ TEST_F(SubscriptionTest, AnExceptionOfTheApplicationPassesAndLeavesTheCoreUsable
     EXPECT_EQ(delivered(), (std::vector<int>{1, 2}));
 }
 
-TEST_F(SubscriptionTest, AnApplicationMaySubscribeAndSetInsideItsCallback) {
+TEST_F(SubscriptionTest, InsideItsCallbackAnApplicationMayCallEverything) {
     subscribe({kDriverDoor});
     Application::onChange = [this](const Change& change) {
+        std::vector<int> number = {1};
+        EXPECT_TRUE(core->setInt32Property(0x21403033, number));
+        EXPECT_TRUE(core->getInt32Property(change.value.prop, number));
+        EXPECT_EQ(number, change.value.value.int32Values);
+        EXPECT_EQ(core->getPropertyType(change.value.prop), PROPERTY_TYPE_INT32);
+        VehiclePropValue value;
+        EXPECT_TRUE(core->getPropValue(change.value.prop, &value));
+        EXPECT_EQ(value.timestamp, change.value.timestamp);
+        EXPECT_TRUE(core->unsubscribe(nullptr, {}));
+        EXPECT_FALSE(core->getInt32Property(change.value.prop, number));
         if (change.value.prop == kDriverDoor) {
-            std::vector<int> number = {1};
-            EXPECT_TRUE(core->setInt32Property(0x21403033, number));
             // Reports the released reverse line to this very callback before it returns.
-            EXPECT_TRUE(core->subscribe(&Application::changed, {0x2140307A}, &Application::status));
+            EXPECT_TRUE(core->subscribe(&Application::changed, {kParkingWork}, &Application::status));
+            EXPECT_EQ(Application::changes.entries().size(), 2u);
         }
     };
     core->dispatchSingal(intValue(kDriverDoor, 9), PROPERTY_TYPE_INT32);
     EXPECT_EQ(delivered(), (std::vector<int>{9, 0}));
 
-    // The lock is free again.
-    VehiclePropValue value;
-    EXPECT_TRUE(core->getPropValue(0x2140307A, &value));
+    fake_gpio::setLevel(0);  // the same on the thread that subscribes
+    Application::changes.clear();
+    core->subscribe(&Application::changed, {kParkingWork, kPowerMode}, &Application::status);
+    EXPECT_EQ(delivered(), std::vector<int>{1}) << "the callback ends the subscription that the power mode is for";
+
+    // The lock is free again, for other threads, too.
+    std::async(std::launch::async, [this] { core->unsubscribe(nullptr, {}); }).get();
+}
+
+TEST_F(SubscriptionTest, SubscribeWaitsForNoCallbackAndItsValuesComeNext) {
+    static std::mutex applicationsLock;
+    std::promise<void> entered;
+    subscribe({kDriverDoor});
+    Application::onChange = [&entered](const Change& change) {
+        if (change.value.prop == kDriverDoor) {
+            entered.set_value();
+        }
+        const std::lock_guard<std::mutex> lock(applicationsLock);
+    };
+    std::unique_lock<std::mutex> lock(applicationsLock);
+    std::thread worker([this] { core->dispatchSingal(intValue(kDriverDoor, 9), PROPERTY_TYPE_INT32); });
+    entered.get_future().wait();
+    std::thread other([this] { core->dispatchSingal(intValue(kPassengerDoor, 8), PROPERTY_TYPE_INT32); });
+
+    const std::vector<int> properties = {kPassengerDoor, kParkingWork, kPowerMode};
+    for (const int level : {0, 1}) {
+        fake_gpio::setLevel(level);
+        EXPECT_TRUE(core->subscribe(&Application::changed, properties, nullptr));
+    }
+    EXPECT_TRUE(core->subscribe(nullptr, properties, nullptr)) << "what is left goes to the subscriber of then";
+    EXPECT_TRUE(core->subscribe(&Application::changed, properties, nullptr));
+    EXPECT_EQ(delivered(), std::vector<int>{9});
+    lock.unlock();
+    worker.join();
+    other.join();
+    EXPECT_EQ(delivered(), (std::vector<int>{9, 1, 2, 0, 2, 0, 2, 0, 2, 8}));
+
+    // Nobody dispatches: the caller's thread does.
+    Application::changes.clear();
+    core->subscribe(&Application::changed, properties, nullptr);
+    EXPECT_EQ(delivered(), (std::vector<int>{0, 2}));
 }
 
 TEST_F(SubscriptionTest, AReverseInterruptReachesTheApplicationWhichMayCallBack) {
-    subscribe({0x2140307A, 0x21403837});
+    subscribe({kParkingWork, kPowerMode});
     Application::onChange = [this](const Change& change) {
         if (change.value.value.int32Values.at(0) == 1) {
-            bool yes = true;
-            EXPECT_TRUE(core->setBoolProperty(0x21403033, yes));
-            EXPECT_TRUE(core->subscribe(&Application::changed, {0x21403837}, &Application::status));
+            EXPECT_TRUE(core->subscribe(&Application::changed, {kPowerMode}, &Application::status));
         }
     };
     fake_gpio::edge(0);

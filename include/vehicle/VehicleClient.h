@@ -40,28 +40,27 @@ public:
 
     /// Registers the process's only subscriber; a further call replaces both callbacks and the list. Either callback
     /// may be null. Identifiers are not checked: unknown ones just never report. Values that arrived before are not
-    /// repeated: getPropValue has them. Nothing is waited for, since the application may hold a lock of its own that a
-    /// callback needs: the earlier subscriber's callbacks may still be running when it returns.
-    ///
-    /// An exception that leaves a callback is logged (level 1, with its text) and goes no further.
+    /// repeated: getPropValue has them. Nothing is waited for, whatever lock of its own the application holds: the
+    /// earlier subscriber's callbacks may still be running when it returns.
     ///
     /// `changed` runs for each value received for a listed property, on the library's worker thread, or, before the CAN
-    /// service was first reached, on the GPIO library's thread (or this one) when the reverse line moves. It holds up
-    /// all reception while it runs. From inside it an application may call subscribe and the setters, but no getter and
-    /// not unsubscribe: they would wait for the callback itself.
+    /// service was first reached, on the GPIO library's thread when the reverse line moves. `status` runs on the worker
+    /// thread for every property of a CAN message that stops being received (VEHICLE_PROPERTY_STATUS_TIMEOUT) or is
+    /// received again (VEHICLE_PROPERTY_STATUS_AVAILABLE), listed or not; in the second case `changed` then repeats the
+    /// property's last value, with timestamp 0 and an empty payload where none was received yet.
     ///
-    /// `status` runs on the worker thread for every property of a CAN message that stops being received
-    /// (VEHICLE_PROPERTY_STATUS_TIMEOUT) or is received again (VEHICLE_PROPERTY_STATUS_AVAILABLE), listed or not; in
-    /// the second case `changed` then repeats the property's last value, with timestamp 0 and an empty payload where
-    /// none was received yet. Inside `status`, and inside `changed` when it repeats a value, every member may be
-    /// called.
+    /// The reverse line's present level is reported through the new `changed`, too: on the calling thread before
+    /// subscribe returns, or, when `changed` is running on another thread at that moment, on that thread next. A
+    /// callback that subscribes every time would therefore call itself without end.
     ///
-    /// Calling subscribe also reads the reverse line and reports its present level through the new `changed` before it
-    /// returns; a callback that subscribes every time would therefore call itself without end.
+    /// Inside a callback every member may be called. A callback holds up all reception while it runs; what it throws is
+    /// logged (level 1, with its text) and goes no further. Only getters and unsubscribe wait for a `changed` that runs
+    /// on another thread: do not call them while holding a lock that `changed` takes.
     bool subscribe(PropertyChangedCallback changed, std::vector<int> properties, SetErrorCallback status);
 
-    /// Ends the delivery of values; the arguments are not looked at. Returns true. When it returns, no dispatch of a
-    /// received value is running. `status` goes on reporting time-outs until another subscribe replaces it.
+    /// Ends the delivery of values; the arguments are not looked at. Returns true. When it returns, no `changed` is
+    /// running for a received value, unless it was called inside that one. `status` goes on reporting time-outs until
+    /// another subscribe replaces it.
     bool unsubscribe(PropertyChangedCallback changed, std::vector<int> properties);
 
     /// Copies the last known value. True if the property is served, even when no value has arrived yet (timestamp 0,

@@ -59,11 +59,8 @@ void T21CanServiceFdbusClient::registerErrSignalCallback(SetErrorCallback callba
         QVN_LOG(Info, "[%s][%d]T22CanServiceFdbusClient gpio high level interrupt to close AVM/RVC/HAP!");
     }
     watchReverseLine();
-    // An edge since the level was read has caused no interrupt, or one that was faster than this thread.
-    int handled = level;
-    for (int now = gpioport_get_inout_value(kReverseLine); now != handled;
-         now = gpioport_get_inout_value(kReverseLine)) {
-        handled = now;
+    // An edge since the level was read has caused no interrupt; every later one does.
+    if (gpioport_get_inout_value(kReverseLine) != level) {
         gpioIsrCallback(this);
     }
 }

@@ -1,3 +1,4 @@
+#include "client/CoreLocks.h"
 #include "client/VehicleClientImpl.h"
 
 namespace qvn {
@@ -8,7 +9,7 @@ using RawValue = VehiclePropValue::RawValue;
 
 template <class Payload>
 bool VehicleClientImpl::readPayload(int property, Payload RawValue::*payload, Payload& out) {
-    const sync::MutexLock lock(cacheMutex);
+    const CacheLock lock(*this);
     const sync::MutexLock state(stateMutex);
     if (subscribedIds.empty()) {
         return false;
@@ -24,7 +25,7 @@ bool VehicleClientImpl::readPayload(int property, Payload RawValue::*payload, Pa
 }
 
 bool VehicleClientImpl::getPropValue(int property, VehiclePropValue* out) {
-    const sync::MutexLock lock(cacheMutex);
+    const CacheLock lock(*this);
     const sync::MutexLock state(stateMutex);
     for (const VehicleClientProperty& record : propertyCache) {
         if (record.propValue.prop == property) {
@@ -36,7 +37,7 @@ bool VehicleClientImpl::getPropValue(int property, VehiclePropValue* out) {
 }
 
 PropertyType VehicleClientImpl::getPropertyType(int property) {
-    const sync::MutexLock lock(cacheMutex);
+    const CacheLock lock(*this);
     const sync::MutexLock state(stateMutex);
     for (const VehicleClientProperty& record : propertyCache) {
         if (record.propValue.prop == property) {

@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "canservice/FdbusServiceManager.h"
+#include "client/CoreLocks.h"
 #include "client/VehicleClientImpl.h"
 #include "log/Log.h"
 
@@ -12,6 +13,8 @@ namespace vehicle {
 
 namespace {
 
+// Log analysis knows the line by this function and number.
+const char kDispatchFunction[] = "dispatchSingal";
 constexpr int kClockFailedLine = 179;
 
 /// Counts instead of stopping at the first one, which lets the compiler compare several at a time.
@@ -23,34 +26,22 @@ bool contains(const std::vector<int>& ids, int id) {
     return matches != 0;
 }
 
-}  // namespace
+// On a thread inside subscribe, which must not wait for a callback that runs on another one: the application may hold
+// what that callback needs.
+thread_local bool insideSubscribe = false;
 
-/// Holds cacheMutex for a dispatch. An application may subscribe from inside its callback, which dispatches the reverse
-/// line's level on the thread that holds the mutex already; that inner dispatch goes on under the outer one's lock.
-/// The analysis does not follow the condition: to it the mutex is taken here in both cases.
-class QVN_SCOPED_LOCK VehicleClientImpl::DispatchLock {
+class InsideSubscribe {
 public:
-    explicit DispatchLock(VehicleClientImpl& core) QVN_ACQUIRE(core.cacheMutex) QVN_UNCHECKED_LOCKING
-        : mCore(core),
-          mOutermost(core.dispatchThread.load(std::memory_order_relaxed) != std::this_thread::get_id()) {
-        if (mOutermost) {
-            mCore.cacheMutex.lock();
-            mCore.dispatchThread.store(std::this_thread::get_id(), std::memory_order_relaxed);
-        }
-    }
-    ~DispatchLock() QVN_RELEASE() QVN_UNCHECKED_LOCKING {
-        if (mOutermost) {
-            mCore.dispatchThread.store(std::thread::id(), std::memory_order_relaxed);
-            mCore.cacheMutex.unlock();
-        }
-    }
-    DispatchLock(const DispatchLock&) = delete;
-    DispatchLock& operator=(const DispatchLock&) = delete;
+    InsideSubscribe() : mBefore(insideSubscribe) { insideSubscribe = true; }
+    ~InsideSubscribe() { insideSubscribe = mBefore; }
+    InsideSubscribe(const InsideSubscribe&) = delete;
+    InsideSubscribe& operator=(const InsideSubscribe&) = delete;
 
 private:
-    VehicleClientImpl& mCore;
-    const bool mOutermost;
+    const bool mBefore;
 };
+
+}  // namespace
 
 bool VehicleClientImpl::subscribe(PropertyChangedCallback changed, std::vector<int> properties,
                                   SetErrorCallback status) {
@@ -66,6 +57,7 @@ bool VehicleClientImpl::subscribe(PropertyChangedCallback changed, std::vector<i
         subscribedIds = std::move(properties);
         number = ++subscriptionNumber;
     }
+    const InsideSubscribe inside;
     // Of two subscriptions at once each of these places must keep the same one: the one with the higher number.
     serviceManager->registerErrSignalCallback(status, number);
     serviceManager->registerAvailableSignalCallabck(
@@ -74,7 +66,7 @@ bool VehicleClientImpl::subscribe(PropertyChangedCallback changed, std::vector<i
 }
 
 bool VehicleClientImpl::unsubscribe(PropertyChangedCallback, std::vector<int>) {
-    const sync::MutexLock lock(cacheMutex);
+    const CacheLock lock(*this);
     const sync::MutexLock state(stateMutex);
     propertyChangedCallback = nullptr;
     setErrorCallback = nullptr;
@@ -83,10 +75,26 @@ bool VehicleClientImpl::unsubscribe(PropertyChangedCallback, std::vector<int>) {
 }
 
 void VehicleClientImpl::dispatchSingal(VehiclePropValue value, PropertyType type) {
+    DispatchTurn::Delivery delivery{std::move(value), type};
+    if (dispatchTurn.isMine()) {
+        deliver(delivery);  // for an application that subscribes inside its callback
+        return;
+    }
+    if (!insideSubscribe) {
+        dispatchTurn.take();
+    } else if (!dispatchTurn.takeOrLeave(delivery)) {
+        return;
+    }
     const DispatchLock lock(*this);
+    deliver(delivery);
+}
+
+void VehicleClientImpl::deliver(DispatchTurn::Delivery& delivery) {
+    VehiclePropValue& value = delivery.value;
     if (!getTimestamp(value.timestamp)) {
         value.timestamp = 0;
-        QVN_LOG_AT(Error, kClockFailedLine, "[%s][%d]get time failed, set default timestamp = [0]!");
+        qvn::log::print(lgk::LogLevel::Error, kDispatchFunction, kClockFailedLine,
+                        "[%s][%d]get time failed, set default timestamp = [0]!");
     }
 
     PropertyChangedCallback callback = nullptr;
@@ -98,14 +106,14 @@ void VehicleClientImpl::dispatchSingal(VehiclePropValue value, PropertyType type
         for (auto record = std::find_if(propertyCache.begin(), propertyCache.end(), matches);
              record != propertyCache.end(); record = std::find_if(record + 1, propertyCache.end(), matches)) {
             record->propValue = value;
-            record->propertyType = type;
+            record->propertyType = delivery.type;
         }
         if (contains(subscribedIds, value.prop)) {
             callback = propertyChangedCallback;
         }
     }
     if (callback != nullptr) {
-        callback(value, type);
+        callback(std::move(value), delivery.type);
     }
 }
 

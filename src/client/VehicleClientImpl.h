@@ -4,14 +4,13 @@
 #include <common_base/fdbus.h>
 #include <vehicle/VehicleProperty.h>
 
-#include <atomic>
 #include <chrono>
 #include <cstdint>
 #include <memory>
 #include <string>
-#include <thread>
 #include <vector>
 
+#include "client/DispatchTurn.h"
 #include "sync/Mutex.h"
 
 class FdbusServiceManager;
@@ -22,9 +21,10 @@ namespace vehicle {
 
 /// The client core behind VehicleClient, and the FDBus worker that the CAN service connection runs on.
 ///
-/// Two locks: cacheMutex is held by getters, unsubscribe and dispatch, there also while the application's callback
-/// runs: it keeps them apart from each other. stateMutex is a leaf: it guards the cache and the few words that
-/// subscribe, the replay and the set path share with a dispatch, and is never held across a call out.
+/// One thread at a time dispatches: see DispatchTurn. Two locks: cacheMutex is held by getters, unsubscribe and
+/// dispatch, there also while the application's callback runs: it keeps them apart from each other. stateMutex is a
+/// leaf: it guards the cache and the few words that subscribe, the replay and the set path share with a dispatch, and
+/// is never held across a call out.
 class VehicleClientImpl : public CBaseWorker {
 public:
     VehicleClientImpl();
@@ -54,7 +54,8 @@ public:
 
     bool subscribe(PropertyChangedCallback changed, std::vector<int> properties, SetErrorCallback status);
     bool unsubscribe(PropertyChangedCallback changed, std::vector<int> properties);
-    /// Stamps, caches and delivers a value; on the worker, on the GPIO thread or inside subscribe.
+    /// Stamps, caches and delivers a value; on the worker, on the GPIO thread or inside subscribe. The first two wait
+    /// while another thread dispatches; inside subscribe the value is left to that thread, which delivers it next.
     void dispatchSingal(VehiclePropValue value, PropertyType type);
     /// Delivers the cached value of a property again, subscribed or not.
     void availableSignalCallback(VehicleProperty property);
@@ -74,7 +75,10 @@ public:
     bool isInsideCallback();
 
 private:
+    class CacheLock;
     class DispatchLock;
+
+    void deliver(DispatchTurn::Delivery& delivery);
 
     template <class Payload>
     bool readPayload(int property, Payload VehiclePropValue::RawValue::*payload, Payload& out);
@@ -100,8 +104,7 @@ protected:
     sync::Mutex stateMutex;
     std::uint64_t subscriptionNumber QVN_GUARDED_BY(stateMutex) = 0;
     bool workerStarted = false;
-    // The thread that holds cacheMutex for a dispatch. Only that thread can find itself here: no order is needed.
-    std::atomic<std::thread::id> dispatchThread{std::thread::id()};
+    DispatchTurn dispatchTurn;
 };
 
 }  // namespace vehicle

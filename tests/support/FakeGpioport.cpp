@@ -23,6 +23,7 @@ std::atomic<int> level{1};
 std::vector<Registration> registrations;
 std::vector<std::string> journal;
 bool registrationFails = false;
+std::atomic<bool> fluttering{false};
 std::function<void()> actionAtRegistration;
 
 void note(std::string call) {
@@ -38,6 +39,7 @@ void reset() {
     registrations.clear();
     journal.clear();
     registrationFails = false;
+    fluttering = false;
     actionAtRegistration = nullptr;
 }
 
@@ -59,6 +61,10 @@ void edge(int newLevel) {
         }
     });
     interrupt.join();
+}
+
+void flutter() {
+    fluttering = true;
 }
 
 void failRegistrations() {
@@ -102,6 +108,9 @@ void close() {
 }
 
 int levelOf(int line) {
+    if (fluttering) {
+        level = 1 - level;
+    }
     return line == 87 ? level.load() : -1;
 }
 

@@ -13,6 +13,8 @@ namespace fake_gpio {
 void reset();
 /// Sets the level without an interrupt; a negative one is a read error.
 void setLevel(int level);
+/// Every reading gives the other level than the one before.
+void flutter();
 /// Sets the level and runs the registered callbacks on a thread of their own, waiting for their end.
 void edge(int level);
 /// From now on a registration fails.
