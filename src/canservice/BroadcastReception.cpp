@@ -1,13 +1,16 @@
+#include <new>
 #include <utility>
 
 #include "canservice/CallApplication.h"
+#include "canservice/ForkGuard.h"
 #include "canservice/T21CanServiceFdbusClient.h"
 #include "ipc_common_soc/CanServiceWire.h"
 #include "log/Log.h"
 
 using namespace qvn::platform::vehicle;
 
-void T21CanServiceFdbusClient::onBroadcast(CBaseJob::Ptr& job) {
+void T21CanServiceFdbusClient::onBroadcast(CBaseJob::Ptr& job) try {
+    const ForkGuard forkGuard;
     const CallbackGate::Passage passage(gate);
     const auto* const message = castToMessage<CFdbMessage*>(job);
     if (!passage || message == nullptr) {
@@ -43,4 +46,6 @@ void T21CanServiceFdbusClient::onBroadcast(CBaseJob::Ptr& job) {
         feedbackSignalStatus(message->code(), VEHICLE_PROPERTY_STATUS_AVAILABLE, row);
         QVN_LOG(Info, "[%s][%d]can service dispatchs signals becomes ok!");
     }
+} catch (const std::bad_alloc&) {
+    QVN_LOG(Error, "[%s][%d]out of memory, a broadcast is lost!");
 }

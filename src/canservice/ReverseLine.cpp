@@ -1,8 +1,10 @@
 #include <gpioport/gpioport_client.h>
 
+#include <new>
 #include <utility>
 
 #include "canservice/CallApplication.h"
+#include "canservice/ForkGuard.h"
 #include "canservice/T21CanServiceFdbusClient.h"
 #include "ipc_common_soc/ReverseLine.h"
 #include "log/Log.h"
@@ -69,12 +71,19 @@ void T21CanServiceFdbusClient::watchReverseLine() {
     if (gate.isClosed()) {
         return;
     }
-    if (gpioport_irq_func_register(kReverseLine, kBothEdges, &T21CanServiceFdbusClient::gpioIsrCallback, this) != 0) {
+    if (gpioport_irq_func_register(kReverseLine, kBothEdges, &T21CanServiceFdbusClient::onInterrupt, this) != 0) {
         QVN_LOG(Error, "[%s][%d]cannot watch the reverse line, GPIO %d; the next subscribe tries again!", kReverseLine);
     }
     if (gate.isClosed()) {
         gpioport_exit();  // stop() came in between
     }
+}
+
+void T21CanServiceFdbusClient::onInterrupt(void* context) try {
+    const ForkGuard forkGuard;
+    gpioIsrCallback(context);
+} catch (const std::bad_alloc&) {
+    QVN_LOG(Error, "[%s][%d]out of memory, an edge of the reverse line is lost!");
 }
 
 // The texts name neither this class nor always the level that was read; log analysis knows them this way.

@@ -72,6 +72,8 @@ protected:
     void onStatus(CBaseJob::Ptr& job, int32_t error, const char* text) override;
 
 private:
+    /// What the GPIO library calls.
+    static void onInterrupt(void* context);
     static void gpioIsrCallback(void* context);
 
     SignalCallback currentSignalCallback();
