@@ -21,9 +21,10 @@ class VehicleClientImpl;
 /// passes through; nothing else is thrown but by getInstance. If the platform's persistency is not available, the
 /// instance exists but serves nothing: getters find no property, subscribe and the typed setters return false.
 ///
-/// The end: a process may return from main, or call exit() on any thread and inside a callback. The traffic is ended
-/// then, before objects that were constructed before the client are destroyed: a callback that is running is waited
-/// for, about two seconds at most, no further one is called, and setters return false.
+/// The end: a process may return from main, or call exit() on any thread and inside a callback. The traffic of every
+/// client is ended then, before objects that were constructed before the process's first client are destroyed: a
+/// callback that is running is waited for, about two seconds at most, no further one is called, and setters return
+/// false. A client that is made after that serves nothing.
 class QVN_VEHICLE_API VehicleClient {
 public:
     /// The process's client; the first call creates it, connects in the background and returns without waiting for
@@ -31,6 +32,7 @@ public:
     /// @throws std::system_error when the system is short of threads or file descriptors; it may be called again
     static VehicleClient* getInstance();
 
+    /// A client of the application's own, beside the process's; as getInstance otherwise.
     VehicleClient();
     /// Must not run on one of the library's threads, that is, not inside a callback.
     virtual ~VehicleClient();

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <condition_variable>
 #include <cstdio>
 #include <cstdlib>
 #include <functional>
@@ -16,9 +17,11 @@
 #include <system_error>
 #include <thread>
 #include <utility>
+#include <vector>
 
 #include "client/VehicleClientImpl.h"
 #include "log/Log.h"
+#include "sync/Mutex.h"
 
 namespace qvn {
 namespace platform {
@@ -30,12 +33,58 @@ using Clock = std::chrono::steady_clock;
 
 constexpr std::chrono::milliseconds kPatience(2000);
 constexpr std::chrono::milliseconds kLeastForTheBus(500);
-constexpr std::chrono::milliseconds kForBufferedOutput(200);
+constexpr std::chrono::milliseconds kForOutput(100);
 
 /// A context that is busy with a callback answers late; one that could not be started, never.
 constexpr int kContextAnswerMilliseconds = 5000;
 
-std::atomic<VehicleClientImpl*> coveredCore{nullptr};
+/// The cores of the process, and whether it is ending.
+class Cores {
+public:
+    /// Never destroyed: other static objects may have a core.
+    static Cores& instance() {
+        static Cores& cores = *new Cores;
+        return cores;
+    }
+
+    bool beginChange(VehicleClientImpl& core, bool made) {
+        const sync::MutexLock lock(mMutex);
+        if (mEnding) {
+            return false;
+        }
+        ++mChanges;
+        if (made) {
+            mCores.push_back(&core);
+        } else {
+            mCores.erase(std::remove(mCores.begin(), mCores.end(), &core), mCores.end());
+        }
+        return true;
+    }
+    void endChange() {
+        const sync::MutexLock lock(mMutex);
+        --mChanges;
+        mChanged.notify_all();
+    }
+    void busRuns() { mBusRuns = true; }
+    bool doesBusRun() const { return mBusRuns; }
+
+    /// From now on no change begins. False when one that had begun is not over in time.
+    bool close(Clock::time_point deadline) {
+        sync::MutexLock lock(mMutex);
+        mEnding = true;
+        return mChanged.wait_until(lock.native(), deadline, [this]() QVN_REQUIRES(mMutex) { return mChanges == 0; });
+    }
+    /// To be called when close() was true: nobody changes them any more.
+    const std::vector<VehicleClientImpl*>& all() QVN_UNCHECKED_LOCKING { return mCores; }
+
+private:
+    sync::Mutex mMutex;
+    std::condition_variable mChanged;
+    std::vector<VehicleClientImpl*> mCores QVN_GUARDED_BY(mMutex);
+    int mChanges QVN_GUARDED_BY(mMutex) = 0;
+    bool mEnding QVN_GUARDED_BY(mMutex) = false;
+    std::atomic<bool> mBusRuns{false};
+};
 
 /// Does something on a thread of its own, so that the wait for it can have an end: false when it has not come to one.
 /// Without a thread to be had it is done here.
@@ -49,6 +98,25 @@ bool doneBy(Clock::time_point deadline, std::function<void()> work) {
         return true;
     }
     return done.wait_until(deadline) == std::future_status::ready;
+}
+
+[[noreturn]] void endWithoutDestructors() {
+    // A thread that reads or writes at this moment holds its stream's lock, perhaps for ever.
+    doneBy(Clock::now() + kForOutput, [] {
+        std::cout.flush();
+        std::fflush(nullptr);
+    });
+    std::_Exit(EXIT_FAILURE);
+}
+
+/// A log that nobody reads holds up whoever writes to it, and would hold up the standard streams' destructors, too.
+void logError(const char* format) {
+    const char* const function = __func__;
+    const bool logged = doneBy(Clock::now() + kForOutput,
+                               [function, format] { log::print(lgk::LogLevel::Error, function, __LINE__, format); });
+    if (!logged) {
+        endWithoutDestructors();
+    }
 }
 
 class Nowhere : public std::streambuf {
@@ -98,61 +166,78 @@ public:
 
 private:
     static void endTraffic();
-    static void endWithoutDestructors();
+    static bool endCallbacks(Clock::time_point deadline);
+    static bool endBus(Clock::time_point deadline, bool callbackRuns);
 
     BusSilence& mSilence;
     const pid_t mProcess;
 };
 
 void Guard::endTraffic() {
-    VehicleClientImpl* const core = coveredCore;
     const Clock::time_point deadline = Clock::now() + kPatience;
-    const bool callbackRuns = core != nullptr && !core->endCallbacks(deadline);
-    if (callbackRuns && !core->isInsideCallback()) {
-        QVN_LOG(Error, "[%s][%d]a callback of the application is still running; the process ends without it");
+    if (!Cores::instance().close(deadline)) {
+        logError("[%s][%d]a client is still being made or destroyed; the process ends without it");
+        endWithoutDestructors();
     }
-    if (FDB_CONTEXT->isSelf()) {
-        return;  // it cannot wait for itself, and runs nothing else any more
+    const bool callbackRuns = !endCallbacks(deadline);
+    if (!Cores::instance().doesBusRun() || FDB_CONTEXT->isSelf()) {
+        return;  // the bus's thread cannot wait for itself, and runs nothing else any more
     }
-    const bool ended = doneBy(std::max(deadline, Clock::now() + kLeastForTheBus), [core, callbackRuns] {
-        if (core != nullptr) {
-            core->leaveBus(callbackRuns);
-        }
-        FDB_CONTEXT->exit();
-        FDB_CONTEXT->join();
-    });
-    if (!ended) {
-        QVN_LOG(Error,
-                "[%s][%d]the bus does not come to rest; the process ends without it, what was on its way is lost");
+    if (!endBus(std::max(deadline, Clock::now() + kLeastForTheBus), callbackRuns)) {
+        logError("[%s][%d]the bus does not come to rest; the process ends without it, what was on its way is lost");
         endWithoutDestructors();
     }
 }
 
-void Guard::endWithoutDestructors() {
-    // A thread that reads or writes at this moment holds its stream's lock, perhaps for ever.
-    doneBy(Clock::now() + kForBufferedOutput, [] {
-        std::cout.flush();
-        std::fflush(nullptr);
+/// False when a callback still runs: the one that calls exit(), or one that takes too long.
+bool Guard::endCallbacks(Clock::time_point deadline) {
+    const std::vector<VehicleClientImpl*>& cores = Cores::instance().all();
+    const bool inside =
+        std::any_of(cores.begin(), cores.end(), [](VehicleClientImpl* core) { return core->isInsideCallback(); });
+    bool ended = true;
+    for (VehicleClientImpl* const core : cores) {
+        ended = core->endCallbacks(inside ? Clock::now() : deadline) && ended;
+    }
+    if (!ended && !inside) {
+        logError("[%s][%d]a callback of the application is still running; the process ends without it");
+    }
+    return ended;
+}
+
+bool Guard::endBus(Clock::time_point deadline, bool callbackRuns) {
+    return doneBy(deadline, [callbackRuns] {
+        for (VehicleClientImpl* const core : Cores::instance().all()) {
+            core->leaveBus(callbackRuns);
+        }
+        FDB_CONTEXT->exit();
+        FDB_CONTEXT->join();
+        std::fflush(stderr);  // as the end of the process will: it must not be held up by somebody who logs
     });
-    std::_Exit(EXIT_FAILURE);
 }
 
 }  // namespace
 
+ProcessEnd::CoreChange::CoreChange(VehicleClientImpl& core, Kind kind)
+    : mAllowed(Cores::instance().beginChange(core, kind == kMade)) {}
+
+ProcessEnd::CoreChange::~CoreChange() {
+    if (mAllowed) {
+        Cores::instance().endChange();
+    }
+}
+
 bool ProcessEnd::startBus() {
     static BusSilence silence;
     CFdbContext* const context = CFdbContext::getInstance();
+    // Before the context's thread runs: the process may end on another thread while this one is here.
+    static const Guard guard(silence);
     // A false from start() is no failure by itself: it may be running already.
-    const bool runs =
-        context->start(FDB_WORKER_ENABLE_FD_LOOP) || context->isSelf() || context->flush(kContextAnswerMilliseconds);
-    if (runs) {
-        static const Guard guard(silence);
+    if (!context->start(FDB_WORKER_ENABLE_FD_LOOP) && !context->isSelf() &&
+        !context->flush(kContextAnswerMilliseconds)) {
+        return false;
     }
-    return runs;
-}
-
-void ProcessEnd::cover(VehicleClientImpl& core) {
-    coveredCore = &core;
+    Cores::instance().busRuns();
+    return true;
 }
 
 }  // namespace vehicle

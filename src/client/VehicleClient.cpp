@@ -26,7 +26,6 @@ VehicleClient* VehicleClient::getInstance() {
         if (client == nullptr) {
             client = new VehicleClient;
             mVehicleClient = client;
-            ProcessEnd::cover(*client->mImpl);
         }
     }
     return client;
@@ -37,7 +36,19 @@ VehicleClient::VehicleClient() : mImpl(new VehicleClientImpl) {
     mImpl->init();
 }
 
-VehicleClient::~VehicleClient() = default;
+VehicleClient::~VehicleClient() {
+    {
+        const sync::MutexLock lock(gSingletonMutex);
+        VehicleClient* self = this;
+        mVehicleClient.compare_exchange_strong(self, nullptr);
+    }
+    const ProcessEnd::CoreChange destruction(*mImpl, ProcessEnd::CoreChange::kDestroyed);
+    if (destruction) {
+        mImpl.reset();
+    } else {
+        mImpl.release();  // NOLINT(bugprone-unused-return-value): its bus has ended, and cannot be taken leave of
+    }
+}
 
 bool VehicleClient::subscribe(PropertyChangedCallback changed, std::vector<int> properties, SetErrorCallback status) {
     return mImpl->subscribe(changed, std::move(properties), status);

@@ -56,6 +56,7 @@ void throwIfOutOfDescriptors() {
 VehicleClientImpl::VehicleClientImpl() : CBaseWorker("", 0, 0) {}
 
 VehicleClientImpl::~VehicleClientImpl() {
+    const ProcessEnd::CoreChange destruction(*this, ProcessEnd::CoreChange::kDestroyed);
     // Values may be flowing, and callbacks may set properties: they end first, so that none meets a half-destroyed
     // core.
     stop();
@@ -67,6 +68,11 @@ VehicleClientImpl::~VehicleClientImpl() {
 }
 
 void VehicleClientImpl::init() {
+    const ProcessEnd::CoreChange beginning(*this, ProcessEnd::CoreChange::kMade);
+    if (!beginning) {
+        QVN_LOG(Error, "[%s][%d]the process is ending, a vehicle client that is made now serves nothing!");
+        return;
+    }
     if (!ProcessEnd::startBus()) {
         fail(EAGAIN, "vehicle client: cannot start the FDBus context");
     }

@@ -1,6 +1,8 @@
 // An application that ends in one of many ways; its argument says how. See ways below.
 
 #include <common_base/fdbus.h>
+#include <fcntl.h>
+#include <pthread.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <vehicle/VehicleClient.h>
@@ -10,7 +12,10 @@
 #include <cstdio>
 #include <cstdlib>
 #include <future>
+#include <iostream>
 #include <map>
+#include <memory>
+#include <random>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -28,6 +33,7 @@ using Callback = void (*)(VehiclePropValue, PropertyType);
 
 std::promise<void> firstValue;
 std::promise<void> mainHasEnded;  // nobody fulfils it
+std::promise<int> childsStatus;
 std::atomic<int> valuesSeen{0};
 
 void setCommand() {
@@ -123,6 +129,78 @@ int leaveManySetsOnTheWay() {
     return kExitCode;
 }
 
+/// Returning from the callback in the child would leave it in the bus, on its parent's connection.
+void forkAndReturn(VehiclePropValue value, PropertyType type) {
+    static const pid_t child = fork();
+    tell(std::move(value), type);
+    if (child > 0 && valuesSeen == 2) {
+        int status = 0;
+        waitpid(child, &status, 0);
+        childsStatus.set_value(status);
+    }
+}
+
+int forkInACallback() {
+    subscribe(&forkAndReturn);
+    const int status = childsStatus.get_future().get();
+    return WIFEXITED(status) && WEXITSTATUS(status) == EXIT_FAILURE ? kExitCode : 1;
+}
+
+void endTheThread(VehiclePropValue value, PropertyType type) {
+    tell(std::move(value), type);
+    pthread_exit(nullptr);
+}
+
+/// Neither a client on the heap nor one that is deleted too late may be met by a callback, or end the bus twice.
+std::unique_ptr<VehicleClient> ownClient;
+struct NothingArrivesAfterMe {
+    ~NothingArrivesAfterMe() { alive = false; }
+    std::atomic<bool> alive{true};
+} nothingArrivesAfterMe;
+
+void tellWhileAlive(VehiclePropValue value, PropertyType type) {
+    if (!nothingArrivesAfterMe.alive) {
+        std::abort();
+    }
+    tell(std::move(value), type);
+}
+
+int haveAClientOfItsOwn() {
+    ownClient = std::make_unique<VehicleClient>();
+    ownClient->subscribe(&tellWhileAlive, {kDoor, kSpeed}, nullptr);
+    firstValue.get_future().wait();
+    return kExitCode;
+}
+
+/// Ends while another thread is anywhere between the beginning of getInstance and the first value.
+int exitBesideGetInstance() {
+    std::thread([] { subscribe(&tell); }).detach();
+    std::this_thread::sleep_for(std::chrono::microseconds(std::random_device()() % 3000));
+    return kExitCode;
+}
+
+/// The log's reader stands still: from the next line on, whoever writes one waits for ever. With QVN_LOG_LEVEL=3 that
+/// is every value.
+int leaveALogThatNobodyReads() {
+    subscribe(&tell);
+    int ends[2] = {};
+    if (pipe(ends) != 0 || fcntl(ends[1], F_SETFL, O_NONBLOCK) != 0) {
+        return 1;
+    }
+    while (write(ends[1], "x", 1) == 1) {
+    }
+    fcntl(ends[1], F_SETFL, 0);
+    dup2(ends[1], STDERR_FILENO);
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));  // a few values
+    return kExitCode;
+}
+
+int leaveBufferedOutput() {
+    subscribe(&tell);
+    std::cout << "no end of line";
+    return kExitCode;
+}
+
 /// Made before the client, so gone after it.
 struct SetterInADestructor {
     ~SetterInADestructor() {
@@ -149,6 +227,12 @@ const std::map<std::string, int (*)()> ways = {
     {"slow-callback", [] { return subscribe(&beSlow), kExitCode; }},
     {"callback-waits-for-main", [] { return subscribe(&waitForMain), kExitCode; }},
     {"fork-and-fail-to-exec", &forkAChildThatCannotExec},
+    {"fork-in-callback", &forkInACallback},
+    {"own-client", &haveAClientOfItsOwn},
+    {"exit-beside-get-instance", &exitBesideGetInstance},
+    {"end-thread-in-callback", [] { return subscribe(&endTheThread), kExitCode; }},
+    {"log-nobody-reads", &leaveALogThatNobodyReads},
+    {"buffered-output", &leaveBufferedOutput},
     {"many-sets", &leaveManySetsOnTheWay},
     {"set-in-destructor", &setInADestructor},
 };
