@@ -79,7 +79,7 @@ TEST_F(BroadcastReceptionTest, MessageStatusIsRoutedByItsValue) {
 }
 
 TEST_F(BroadcastReceptionTest, ValuesAreDroppedUntilCallbackAndTableAreThere) {
-    client = std::make_unique<T21CanServiceFdbusClient>("fdbus_can_service_client", &worker);
+    client = std::make_unique<TestClient>("fdbus_can_service_client", &worker);
     connectClient();
     server.signal(QVN_GET_BCM1_DrvDoorSts, "\x01");
     server.messageStatus(QVN_GET_BCM1, 1);

@@ -98,6 +98,20 @@ TEST_F(MessageStatusTest, EveryMessageReportsThePropertiesOfItsSignalsInListOrde
     }
 }
 
+TEST_F(MessageStatusTest, AnotherSubscriptionInsideACallbackGetsTheRestOfTheMessage) {
+    static std::vector<int> others;
+    others.clear();
+    makeClient();
+    client->registerErrSignalCallback(&Application::status, 2);
+    Application::onStatus = [this](const StatusChange&) {
+        client->registerErrSignalCallback([](int property, VehiclePropertyStatus) { others.push_back(property); }, 3);
+        client->registerErrSignalCallback(&Application::status, 1);  // an older one, that comes late
+    };
+    client->feedbackSignalStatus(QVN_GET_BCM1, VEHICLE_PROPERTY_STATUS_TIMEOUT);
+    EXPECT_EQ(Application::statuses.entries().size(), 1u);
+    EXPECT_EQ(others, (std::vector<int>{0x21400E22, 0x21400E21, 0x21400E23, 0x2140302E}));
+}
+
 TEST_F(MessageStatusTest, OtherCodesOrNobodyToTellLeaveOneLogLine) {
     recordTimeline();
     client->feedbackSignalStatus(0x02440001, VEHICLE_PROPERTY_STATUS_TIMEOUT);

@@ -130,4 +130,21 @@ TEST_F(OutOfMemoryTest, AFailedCopyComesOutAndUnlocks) {
     }
 }
 
+// The GPIO library's thread must not meet an exception.
+TEST_F(OutOfMemoryTest, AtAnEdgeOfTheReverseLineItCostsThatEdge) {
+    startCore();
+    core->subscribe(&Application::changed, {0x2140307A}, nullptr);
+    int failures = 0;
+    for (bool failed = true; failed; failures += failed ? 1 : 0) {
+        Application::changes.clear();
+        log_recorder::reset();
+        allocationsLeft = failures;
+        fake_gpio::interrupt();
+        failed = allocationsLeft == 0;
+        allocationsLeft = -1;
+    }
+    EXPECT_GT(failures, 5);
+    EXPECT_EQ(Application::changes.entries().size(), 1u) << "without a failure the value arrives";
+}
+
 }  // namespace

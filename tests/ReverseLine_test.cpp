@@ -79,6 +79,7 @@ TEST_F(ReverseLineTest, OnceOnlineTheLineIsLeftToCanEvenAfterTheServiceDied) {
     values.clear();
     fake_gpio::edge(0);
     server.unbind();
+    ASSERT_TRUE(client->waitForOffline());
     fake_gpio::edge(1);
     EXPECT_TRUE(values.entries().empty());
     EXPECT_EQ(texts("gpioIsrCallback"),

@@ -36,6 +36,21 @@ TEST(Tables, SchemaHasEveryCode) {
     }
 }
 
+TEST(Tables, ASearchStaysInItsTable) {
+    struct Row {
+        std::uint32_t code;
+    };
+    const struct {
+        Row table[2];
+        Row behind;
+    } memory = {{{1}, {3}}, {5}};
+    EXPECT_EQ(findByCode(memory.table, 1), &memory.table[0]);
+    EXPECT_EQ(findByCode(memory.table, 3), &memory.table[1]);
+    for (const std::uint32_t unknown : {0u, 2u, 4u, 5u}) {
+        EXPECT_EQ(findByCode(memory.table, unknown), nullptr) << unknown;
+    }
+}
+
 TEST(Tables, DecodingRules) {
     const std::map<std::string, ValueKind> kinds = {
         {"integer", ValueKind::Integer}, {"float", ValueKind::Float}, {"switch", ValueKind::Switch}};

@@ -12,6 +12,23 @@
 
 namespace qvn::test {
 
+/// A client whose offline notice can be waited for.
+class TestClient : public T21CanServiceFdbusClient {
+public:
+    using T21CanServiceFdbusClient::T21CanServiceFdbusClient;
+
+    bool waitForOffline() { return mOffline.waitForSize(1); }
+
+protected:
+    void onOffline(FdbSessionId_t session, bool isLast) override {
+        T21CanServiceFdbusClient::onOffline(session, isLast);
+        mOffline.add(session);
+    }
+
+private:
+    Journal<FdbSessionId_t> mOffline;
+};
+
 /// A CAN service client by itself, on a worker of its own, with a CAN service to talk to.
 class ClientTest : public LibraryTest {
 protected:
@@ -19,7 +36,7 @@ protected:
 
     /// With everything registered that the core would register, except for the status callback.
     void makeClient() {
-        client = std::make_unique<T21CanServiceFdbusClient>("fdbus_can_service_client", &worker);
+        client = std::make_unique<TestClient>("fdbus_can_service_client", &worker);
         client->registerSignalCallback([this](VehiclePropValue value, PropertyType type) {
             values.add({std::move(value), type});
         });
@@ -39,7 +56,7 @@ protected:
     CanServiceDouble server;
     CBaseWorker worker;
     Journal<Change> values;
-    std::unique_ptr<T21CanServiceFdbusClient> client;
+    std::unique_ptr<TestClient> client;
 };
 
 }  // namespace qvn::test

@@ -3,6 +3,7 @@
 #include <gpioport/gpioport_client.h>
 
 #include <atomic>
+#include <deque>
 #include <mutex>
 #include <thread>
 #include <utility>
@@ -20,7 +21,7 @@ std::mutex mutex;
 // Held while callbacks run: exit waits for them.
 std::mutex running;
 std::atomic<int> level{1};
-std::vector<Registration> registrations;
+std::deque<Registration> registrations;
 std::vector<std::string> journal;
 bool registrationFails = false;
 std::atomic<bool> fluttering{false};
@@ -47,20 +48,22 @@ void setLevel(int newLevel) {
     level = newLevel;
 }
 
+Registration* registrationAt(std::size_t index) {
+    const std::lock_guard<std::mutex> lock(mutex);
+    return index < registrations.size() ? &registrations[index] : nullptr;
+}
+
+void interrupt() {
+    const std::lock_guard<std::mutex> run(running);
+    for (std::size_t i = 0; const Registration* const found = registrationAt(i); ++i) {
+        const Registration target = *found;
+        target.callback(target.context);
+    }
+}
+
 void edge(int newLevel) {
     level = newLevel;
-    std::thread interrupt([] {
-        const std::lock_guard<std::mutex> run(running);
-        std::vector<Registration> targets;
-        {
-            const std::lock_guard<std::mutex> lock(mutex);
-            targets = registrations;
-        }
-        for (const Registration& target : targets) {
-            target.callback(target.context);
-        }
-    });
-    interrupt.join();
+    std::thread(&interrupt).join();
 }
 
 void flutter() {

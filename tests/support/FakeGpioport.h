@@ -17,6 +17,8 @@ void setLevel(int level);
 void flutter();
 /// Sets the level and runs the registered callbacks on a thread of their own, waiting for their end.
 void edge(int level);
+/// Runs the registered callbacks on the calling thread, without a change of the level.
+void interrupt();
 /// From now on a registration fails.
 void failRegistrations();
 /// Called by the next registration, before it takes effect.

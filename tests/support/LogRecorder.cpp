@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstring>
 #include <mutex>
+#include <new>
 
 #include "support/Journal.h"
 
@@ -68,7 +69,7 @@ void record(LogLine line) {
 
 }  // namespace qvn::test::log_recorder
 
-extern "C" __attribute__((visibility("default"))) int lgklog_print(int level, const char* format, ...) {
+extern "C" __attribute__((visibility("default"))) int lgklog_print(int level, const char* format, ...) try {
     constexpr char kPrefix[] = "[%s][%d]";
     if (std::strncmp(format, kPrefix, sizeof(kPrefix) - 1) != 0) {
         return 0;  // a line of the host platform
@@ -87,4 +88,6 @@ extern "C" __attribute__((visibility("default"))) int lgklog_print(int level, co
     const std::size_t prefix = std::string("[][]").size() + function.size() + std::to_string(line).size();
     qvn::test::log_recorder::record({level, function, line, format, std::string(text.data()).substr(prefix)});
     return length;
+} catch (const std::bad_alloc&) {
+    return -1;  // a test of a lack of memory; a log throws nothing
 }
