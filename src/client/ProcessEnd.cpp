@@ -101,9 +101,11 @@ bool doneBy(Clock::time_point deadline, std::function<void()> work) {
 }
 
 [[noreturn]] void endWithoutDestructors() {
-    // A thread that reads or writes at this moment holds its stream's lock, perhaps for ever.
+    // A thread that reads or writes at this moment holds its stream's lock, perhaps for ever: that of standard error,
+    // most likely.
     doneBy(Clock::now() + kForOutput, [] {
         std::cout.flush();
+        std::fflush(stdout);
         std::fflush(nullptr);
     });
     std::_Exit(EXIT_FAILURE);
@@ -141,7 +143,6 @@ public:
 
     void begin() {
         static Nowhere& nowhere = *new Nowhere;
-        std::cout.flush();
         mState = std::cout.rdstate();
         mOutput = std::cout.rdbuf(&nowhere);
     }
