@@ -30,6 +30,17 @@ TEST_F(VehicleClientTest, AllThreadsGetTheOneInstance) {
     EXPECT_EQ(VehicleClient::getInstance(), got[0]);
 }
 
+TEST_F(VehicleClientTest, AnInstanceThatIsDeletedDoesNotComeBack) {
+    CanServiceDouble server;
+    delete VehicleClient::getInstance();
+    VehicleClient client;  // another client of the process does not touch the instance
+    EXPECT_TRUE(VehicleClient::getInstance()->subscribe(&Application::changed, {0x21400E20}, nullptr));
+    EXPECT_NE(VehicleClient::getInstance(), &client);
+    ASSERT_TRUE(server.waitForSubscriptions(2));
+    server.signal(0x031902D0, "\x01");
+    EXPECT_TRUE(Application::changes.waitForSize(1));
+}
+
 TEST_F(VehicleClientTest, ForwardsToTheCore) {
     CanServiceDouble server;
     VehicleClient client;

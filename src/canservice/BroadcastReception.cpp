@@ -1,31 +1,31 @@
-#include <new>
 #include <utility>
 
 #include "canservice/CallApplication.h"
-#include "canservice/ForkGuard.h"
 #include "canservice/T21CanServiceFdbusClient.h"
 #include "ipc_common_soc/CanServiceWire.h"
 #include "log/Log.h"
 
 using namespace qvn::platform::vehicle;
 
-void T21CanServiceFdbusClient::onBroadcast(CBaseJob::Ptr& job) try {
-    const ForkGuard forkGuard;
-    const CallbackGate::Passage passage(gate);
-    const auto* const message = castToMessage<CFdbMessage*>(job);
-    if (!passage || message == nullptr) {
-        return;
-    }
-    QVN_LOG(Info, "[%s][%d]onBroadcast msg_code:%d.", message->code());
+void T21CanServiceFdbusClient::onBroadcast(CBaseJob::Ptr& job) {
+    onLibraryThread("a broadcast", [&] {
+        if (const auto* const message = castToMessage<CFdbMessage*>(job)) {
+            onBroadcast(*message);
+        }
+    });
+}
+
+void T21CanServiceFdbusClient::onBroadcast(const CFdbMessage& message) {
+    QVN_LOG(Info, "[%s][%d]onBroadcast msg_code:%d.", message.code());
 
     // A message status parses as a signal, too: its field is an unknown one there.
-    if (!qvn::wire::read(*message, broadcastSignal)) {
+    if (!qvn::wire::read(message, broadcastSignal)) {
         return;
     }
-    const qvn::tables::MessageRow* const row = qvn::tables::findMessage(static_cast<std::uint32_t>(message->code()));
+    const qvn::tables::MessageRow* const row = qvn::tables::findMessage(static_cast<std::uint32_t>(message.code()));
     if (row == nullptr) {
         VehicleClientProperty property;
-        if (!signalAdapter->signalAdapter(message->code(), broadcastSignal.raw_value(), signal_table_, property)) {
+        if (!signalAdapter->signalAdapter(message.code(), broadcastSignal.raw_value(), signal_table_, property)) {
             return;
         }
         if (const SignalCallback callback = currentSignalCallback()) {
@@ -35,17 +35,15 @@ void T21CanServiceFdbusClient::onBroadcast(CBaseJob::Ptr& job) try {
     }
 
     can_service::BroadcastMessageStatus messageStatus;
-    if (!qvn::wire::read(*message, messageStatus)) {
+    if (!qvn::wire::read(message, messageStatus)) {
         return;
     }
     QVN_LOG(Info, "[%s][%d]msg_status:%d", static_cast<int>(messageStatus.msg_status()));
     if (messageStatus.msg_status() == qvn::wire::kMessageTimedOut) {
-        feedbackSignalStatus(message->code(), VEHICLE_PROPERTY_STATUS_TIMEOUT, row);
+        feedbackSignalStatus(message.code(), VEHICLE_PROPERTY_STATUS_TIMEOUT, row);
         QVN_LOG(Error, "[%s][%d]can service dispatchs signals timeout!");
     } else if (messageStatus.msg_status() == qvn::wire::kMessageOk) {
-        feedbackSignalStatus(message->code(), VEHICLE_PROPERTY_STATUS_AVAILABLE, row);
+        feedbackSignalStatus(message.code(), VEHICLE_PROPERTY_STATUS_AVAILABLE, row);
         QVN_LOG(Info, "[%s][%d]can service dispatchs signals becomes ok!");
     }
-} catch (const std::bad_alloc&) {
-    QVN_LOG(Error, "[%s][%d]out of memory, a broadcast is lost!");
 }

@@ -3,10 +3,7 @@
 
 #include <exception>
 
-#ifdef __GLIBCXX__
-#include <cxxabi.h>
-#endif
-
+#include "canservice/ForcedUnwind.h"
 #include "log/Log.h"
 
 namespace qvn {
@@ -18,12 +15,8 @@ template <class Call>
 void callApplication(Call call) {
     try {
         call();
-#ifdef __GLIBCXX__
-    } catch (const abi::__forced_unwind&) {
-        // pthread_exit, or a cancellation: the process would end if it did not pass.
-        QVN_LOG(Error, "[%s][%d]a callback of the application ended its thread, which was the library's!");
+    } catch (const ForcedUnwind&) {
         throw;
-#endif
     } catch (const std::exception& error) {
         QVN_LOG(Error, "[%s][%d]a callback of the application threw: %s", error.what());
     } catch (...) {

@@ -52,3 +52,7 @@ void FdbusServiceManager::leaveBus(bool callbackRuns) {
 bool FdbusServiceManager::isInsideCallback() {
     return clientManager && clientManager->client().isInsideCallback();
 }
+
+bool FdbusServiceManager::hasLostThread() {
+    return clientManager && clientManager->client().hasLostThread();
+}

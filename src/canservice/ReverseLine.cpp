@@ -1,10 +1,8 @@
 #include <gpioport/gpioport_client.h>
 
-#include <new>
 #include <utility>
 
 #include "canservice/CallApplication.h"
-#include "canservice/ForkGuard.h"
 #include "canservice/T21CanServiceFdbusClient.h"
 #include "ipc_common_soc/ReverseLine.h"
 #include "log/Log.h"
@@ -79,11 +77,9 @@ void T21CanServiceFdbusClient::watchReverseLine() {
     }
 }
 
-void T21CanServiceFdbusClient::onInterrupt(void* context) try {
-    const ForkGuard forkGuard;
-    gpioIsrCallback(context);
-} catch (const std::bad_alloc&) {
-    QVN_LOG(Error, "[%s][%d]out of memory, an edge of the reverse line is lost!");
+void T21CanServiceFdbusClient::onInterrupt(void* context) {
+    static_cast<T21CanServiceFdbusClient*>(context)->onLibraryThread("an edge of the reverse line",
+                                                                     [&] { gpioIsrCallback(context); });
 }
 
 // The texts name neither this class nor always the level that was read; log analysis knows them this way.

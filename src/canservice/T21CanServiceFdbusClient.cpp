@@ -1,6 +1,7 @@
 #include "canservice/T21CanServiceFdbusClient.h"
 
 #include <gpioport/gpioport_client.h>
+#include <unistd.h>
 
 #include <utility>
 
@@ -40,7 +41,7 @@ bool T21CanServiceFdbusClient::endCallbacks(std::chrono::steady_clock::time_poin
 
 void T21CanServiceFdbusClient::leaveBus(bool callbackRuns) {
     endSending();
-    if (callbackRuns) {
+    if (callbackRuns || threadLost) {
         disconnect();
     } else if (!takenDown.exchange(true)) {
         prepareDestroy();

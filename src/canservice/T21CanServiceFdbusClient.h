@@ -63,6 +63,9 @@ public:
     void leaveBus(bool callbackRuns);
     /// Whether the calling thread is inside a callback.
     bool isInsideCallback() { return gate.isInside(); }
+    /// Whether a callback has ended its thread, with pthread_exit or a cancellation. Nothing can wait for that thread
+    /// any more: stop() must not be called, and the client not be destroyed.
+    bool hasLostThread() const { return threadLost; }
 
 protected:
     void onOnline(FdbSessionId_t session, bool isFirst) override;
@@ -72,6 +75,11 @@ protected:
     void onStatus(CBaseJob::Ptr& job, int32_t error, const char* text) override;
 
 private:
+    /// The outermost frame of this library on a thread of the bus or the GPIO library, whatever the application's
+    /// callback does to that thread. `task` is what to do, unless the gate is closed; `what` is lost when memory is
+    /// short.
+    void onLibraryThread(const char* what, const std::function<void()>& task);
+    void onBroadcast(const CFdbMessage& message);
     /// What the GPIO library calls.
     static void onInterrupt(void* context);
     static void gpioIsrCallback(void* context);
@@ -98,6 +106,7 @@ private:
     std::uint64_t subscriptionNumber QVN_GUARDED_BY(callbackMutex) = 0;
     CallbackGate gate;
     std::atomic<bool> takenDown{false};
+    std::atomic<bool> threadLost{false};
     // Held while a request is handed to the bus, which must not end meanwhile.
     qvn::sync::Mutex sendMutex;
     bool sendingEnded QVN_GUARDED_BY(sendMutex) = false;

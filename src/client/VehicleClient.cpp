@@ -1,5 +1,6 @@
 #include <vehicle/VehicleClient.h>
 
+#include <chrono>
 #include <utility>
 
 #include "client/ProcessEnd.h"
@@ -11,6 +12,8 @@ namespace platform {
 namespace vehicle {
 
 namespace {
+
+constexpr std::chrono::hours kForAsLongAsItTakes(24);
 
 sync::Mutex gSingletonMutex;
 
@@ -43,10 +46,11 @@ VehicleClient::~VehicleClient() {
         mVehicleClient.compare_exchange_strong(self, nullptr);
     }
     const ProcessEnd::CoreChange destruction(*mImpl, ProcessEnd::CoreChange::kDestroyed);
-    if (destruction) {
+    mImpl->endCallbacks(std::chrono::steady_clock::now() + kForAsLongAsItTakes);
+    if (destruction && !mImpl->hasLostThread()) {
         mImpl.reset();
     } else {
-        mImpl.release();  // NOLINT(bugprone-unused-return-value): its bus has ended, and cannot be taken leave of
+        mImpl.release();  // NOLINT(bugprone-unused-return-value): there is no bus, or no thread, to take leave of
     }
 }
 

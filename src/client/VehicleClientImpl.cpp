@@ -197,6 +197,10 @@ bool VehicleClientImpl::isInsideCallback() {
     return serviceManager && serviceManager->isInsideCallback();
 }
 
+bool VehicleClientImpl::hasLostThread() {
+    return serviceManager && serviceManager->hasLostThread();
+}
+
 }  // namespace vehicle
 }  // namespace platform
 }  // namespace qvn

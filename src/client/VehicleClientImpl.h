@@ -73,6 +73,7 @@ public:
     bool endCallbacks(std::chrono::steady_clock::time_point deadline);
     void leaveBus(bool callbackRuns);
     bool isInsideCallback();
+    bool hasLostThread();
 
 private:
     class CacheLock;

@@ -151,6 +151,17 @@ void endTheThread(VehiclePropValue value, PropertyType type) {
     pthread_exit(nullptr);
 }
 
+/// The rest of the library stays usable, for as long as the application needs it.
+int endTheThreadInACallback() {
+    VehicleClient client;
+    client.subscribe(&endTheThread, {kDoor, kSpeed}, nullptr);
+    firstValue.get_future().wait();
+    VehiclePropValue value;
+    bool served = client.getPropValue(kDoor, &value) && client.unsubscribe(nullptr, {});
+    setCommand();
+    return served ? kExitCode : 1;
+}
+
 /// Neither a client on the heap nor one that is deleted too late may be met by a callback, or end the bus twice.
 std::unique_ptr<VehicleClient> ownClient;
 struct NothingArrivesAfterMe {
@@ -227,7 +238,7 @@ const std::map<std::string, int (*)()> ways = {
     {"fork-in-callback", &forkInACallback},
     {"own-client", &haveAClientOfItsOwn},
     {"exit-beside-get-instance", &exitBesideGetInstance},
-    {"end-thread-in-callback", [] { return subscribe(&endTheThread), kExitCode; }},
+    {"end-thread-in-callback", &endTheThreadInACallback},
     {"log-nobody-reads", &leaveALogThatNobodyReads},
     {"many-sets", &leaveManySetsOnTheWay},
     {"set-in-destructor", &setInADestructor},
