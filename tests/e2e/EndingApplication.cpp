@@ -179,7 +179,7 @@ void tellWhileAlive(VehiclePropValue value, PropertyType type) {
 int haveAClientOfItsOwn() {
     ownClient = std::make_unique<VehicleClient>();
     ownClient->subscribe(&tellWhileAlive, {kDoor, kSpeed}, nullptr);
-    firstValue.get_future().wait();
+    subscribe(&tellWhileAlive);
     return kExitCode;
 }
 
@@ -190,8 +190,8 @@ int exitBesideGetInstance() {
     return kExitCode;
 }
 
-/// The log's reader stands still: from the next line on, whoever writes one waits for ever. With QVN_LOG_LEVEL=3 that
-/// is every value. What the application printed is not lost.
+/// The log's reader stands still: from the next line on, whoever writes one waits for ever. That is a thread of the
+/// application's own, and with QVN_LOG_LEVEL=3 every value, too. What the application printed is not lost.
 int leaveALogThatNobodyReads() {
     subscribe(&tell);
     std::ios_base::sync_with_stdio(false);
@@ -205,6 +205,7 @@ int leaveALogThatNobodyReads() {
     }
     fcntl(ends[1], F_SETFL, 0);
     dup2(ends[1], STDERR_FILENO);
+    std::thread(&setCommand).detach();
     std::this_thread::sleep_for(std::chrono::milliseconds(50));  // a few values
     return kExitCode;
 }
