@@ -85,10 +85,6 @@ void T21CanServiceFdbusClient::onInterrupt(void* context) {
 // The texts name neither this class nor always the level that was read; log analysis knows them this way.
 void T21CanServiceFdbusClient::gpioIsrCallback(void* context) {
     auto* const client = static_cast<T21CanServiceFdbusClient*>(context);
-    const CallbackGate::Passage passage(client->gate);
-    if (!passage) {
-        return;
-    }
     if (client->online) {
         QVN_LOG(Info, "[%s][%d]T22CanServiceFdbusClient online, gpioIsrCallback return!");
         return;

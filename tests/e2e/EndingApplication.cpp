@@ -36,9 +36,9 @@ std::promise<void> mainHasEnded;  // nobody fulfils it
 std::promise<int> childsStatus;
 std::atomic<int> valuesSeen{0};
 
-void setCommand() {
+bool setCommand() {
     std::vector<int> value = {1};
-    VehicleClient::getInstance()->setInt32Property(kCommand, value);
+    return VehicleClient::getInstance()->setInt32Property(kCommand, value);
 }
 
 void tell(VehiclePropValue, PropertyType) {
@@ -213,8 +213,8 @@ int leaveALogThatNobodyReads() {
 /// Made before the client, so gone after it.
 struct SetterInADestructor {
     ~SetterInADestructor() {
-        if (atTheEnd) {
-            setCommand();
+        if (atTheEnd && setCommand()) {
+            std::abort();  // there is no bus any more that could take it
         }
     }
     bool atTheEnd = false;
