@@ -16,6 +16,7 @@ namespace qvn::test {
 class TestClient : public T21CanServiceFdbusClient {
 public:
     using T21CanServiceFdbusClient::T21CanServiceFdbusClient;
+    ~TestClient() override { stop(); }
 
     bool waitForOffline() { return mOffline.waitForSize(1); }
 
