@@ -1,11 +1,15 @@
+#include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <host/DirectoryWatch.h>
 #include <host/RuntimeDir.h>
 #include <host/ServiceSocket.h>
+#include <sys/inotify.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
+#include <cstdint>
 #include <functional>
 #include <future>
 #include <memory>
@@ -145,6 +149,21 @@ TEST(ServiceSocket, IsHeldByTheProcessThatListens) {
     EXPECT_EQ(reasonNotToConnect(), std::errc::connection_refused);
 }
 
+/// Called when a test program asks for a watch, with the path.
+static std::function<void(const std::string&)> afterWatch;
+
+/// Stands before the system's own.
+extern "C" int inotify_add_watch(int fd, const char* path, std::uint32_t mask) {
+    static const auto system = reinterpret_cast<decltype(&inotify_add_watch)>(dlsym(RTLD_NEXT, "inotify_add_watch"));
+    const int watch = system(fd, path, mask);
+    const int error = errno;
+    if (afterWatch) {
+        afterWatch(path);
+    }
+    errno = error;
+    return watch;
+}
+
 namespace {
 
 /// A watch of the directory run/gpio on a loop with a thread.
@@ -207,6 +226,45 @@ TEST_F(DirectoryWatchTest, FollowsAPathThatIsMadeRemovedAndMadeAgain) {
         EXPECT_TRUE(notices([&] { writeFile(directory / "87", "0"); })) << round;
         EXPECT_TRUE(notices([&] { fs::remove_all(mHost.path()); })) << round;
     }
+}
+
+TEST_F(DirectoryWatchTest, FollowsAPathWhoseParentsAreMovedAndMadeAgain) {
+    fs::create_directories(directory);
+    start();
+    for (const fs::path& moved : {mHost.path(), mHost.root()}) {
+        const fs::path away = moved.string() + ".away";
+        EXPECT_TRUE(notices([&] { fs::rename(moved, away); })) << moved;
+        EXPECT_TRUE(notices([&] { fs::create_directories(directory); })) << moved;
+        EXPECT_TRUE(notices([&] { writeFile(directory / "87", "0"); })) << moved;
+        fs::remove_all(away);
+    }
+}
+
+TEST_F(DirectoryWatchTest, MissesNothingThatHappensWhileItBegins) {
+    afterWatch = [this](const std::string& path) {
+        if (path == directory) {
+            afterWatch = nullptr;
+            fs::create_directories(directory);
+        }
+    };
+    start();
+    EXPECT_TRUE(notices([&] { writeFile(directory / "87", "0"); }));
+}
+
+TEST_F(DirectoryWatchTest, FollowsAPathThatMovedAmongMoreEventsThanTheSystemKeeps) {
+    fs::create_directories(directory);
+    writeFile(directory / "a", "");
+    start();
+    EXPECT_TRUE(notices([&] {
+        onLoop([&] {
+            for (int i = 0; i < 20000; ++i) {
+                fs::rename(directory / (i % 2 == 0 ? "a" : "b"), directory / (i % 2 == 0 ? "b" : "a"));
+            }
+            fs::rename(mHost.path(), mHost.root() / "away");
+            fs::create_directories(directory);
+        });
+    }));
+    EXPECT_TRUE(notices([&] { writeFile(directory / "87", "0"); }));
 }
 
 TEST_F(DirectoryWatchTest, TakesASymbolicLinkForNoDirectory) {

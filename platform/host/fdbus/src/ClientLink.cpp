@@ -23,17 +23,30 @@ ClientLink::ClientLink(std::shared_ptr<qvn::host::EventLoop> loop, CFdbBaseObjec
 
 void ClientLink::connect(const std::string& service) {
     std::string error;
-    if (!qvn::host::ensureRuntimeDir(&error) || !qvn::host::serviceSocketPath(service, nullptr, &error)) {
-        lgklog_print(qvn::host::kLogFatal, "fdbus: cannot reach '%s': %s", service.c_str(), error.c_str());
+    const bool possible = qvn::host::serviceSocketPath(service, nullptr, &error);
+    if (!possible || !qvn::host::ensureRuntimeDir(&error)) {
+        lgklog_print(qvn::host::kLogFatal, "fdbus: cannot reach '%s': %s%s", service.c_str(), error.c_str(),
+                     possible ? "; trying again" : "");
+    }
+    if (!possible) {
         return;
     }
     mLoop->post(whileOwned([this, service] {
         dropConnection();
         mService = service;
         mWanted = true;
-        mWatch.start(qvn::host::runtimeDir(), whileOwned([this] { look(); }));
-        look();
+        watch();
     }));
+}
+
+/// Waits for the service, as soon as there is a runtime directory for it to be in.
+void ClientLink::watch() {
+    if (!qvn::host::ensureRuntimeDir(nullptr)) {
+        mRetry.later("", whileOwned([this] { watch(); }));  // the reason is in the log
+        return;
+    }
+    mWatch.start(qvn::host::runtimeDir(), whileOwned([this] { look(); }));
+    look();
 }
 
 void ClientLink::disconnect() {

@@ -42,6 +42,7 @@ private:
     void closeAll() override;
 
     // On the loop's thread.
+    void watch();
     void look();
     void retryLater(const char* what, const std::error_code& reason);
     void dropConnection();

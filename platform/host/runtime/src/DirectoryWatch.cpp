@@ -4,6 +4,7 @@
 #include <sys/inotify.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 
 #include "Path.h"
@@ -14,7 +15,12 @@ namespace {
 constexpr std::uint32_t kSelfGone = IN_DELETE_SELF | IN_MOVE_SELF | IN_UNMOUNT | IN_IGNORED;
 constexpr std::uint32_t kDirectoryMask = IN_CREATE | IN_CLOSE_WRITE | IN_MOVED_TO | IN_MOVED_FROM | IN_DELETE |
                                          IN_DELETE_SELF | IN_MOVE_SELF | IN_ONLYDIR | IN_DONT_FOLLOW;
-constexpr std::uint32_t kAncestorMask = IN_CREATE | IN_MOVED_TO | IN_DELETE_SELF | IN_MOVE_SELF | IN_ONLYDIR;
+constexpr std::uint32_t kAboveMask = IN_DELETE_SELF | IN_MOVE_SELF | IN_ONLYDIR;
+constexpr std::uint32_t kMissingMask = kAboveMask | IN_CREATE | IN_MOVED_TO;
+
+bool contains(const std::vector<int>& watches, int watch) {
+    return std::find(watches.begin(), watches.end(), watch) != watches.end();
+}
 
 }  // namespace
 
@@ -29,7 +35,7 @@ void DirectoryWatch::stop() {
     mRetry.stop();
     mInotify.close();
     mWatched.clear();
-    mWatch = -1;
+    mWatches.clear();
 }
 
 /// False when the system is short of something; then it is tried again.
@@ -61,32 +67,42 @@ std::error_code DirectoryWatch::open() {
     return error ? error : settle();
 }
 
-/// Watches the directory or, while it is missing, its nearest ancestor that exists. What appears between looking for
-/// it and watching its parent would be missed, so this looks again until the answer is the same twice.
+/// Watches the directory or, while it is missing, its nearest ancestor that exists, and whether one above that moves.
+/// What appears between looking for it and watching its parent would be missed, so this looks again until the answer is
+/// the same twice.
 std::error_code DirectoryWatch::settle() {
     for (;;) {
-        std::string candidate = mDirectory;
-        int watch = inotify_add_watch(mInotify.get(), candidate.c_str(), kDirectoryMask);
-        while (watch < 0 && candidate != parentOf(candidate)) {
-            candidate = parentOf(candidate);
-            watch = inotify_add_watch(mInotify.get(), candidate.c_str(), kAncestorMask);
+        std::string nearest = mDirectory;
+        std::vector<int> watches = {watchOne(nearest, kDirectoryMask)};
+        while (watches.back() < 0 && nearest != parentOf(nearest)) {
+            nearest = parentOf(nearest);
+            watches.back() = watchOne(nearest, kMissingMask);
         }
-        if (watch < 0) {
+        if (watches.back() < 0) {
             return lastError();
         }
-        const bool repeated = watch == mWatch && candidate == mWatched;
-        if (mWatch >= 0 && watch != mWatch) {
-            inotify_rm_watch(mInotify.get(), mWatch);
+        for (std::string above = parentOf(nearest); above != parentOf(above); above = parentOf(above)) {
+            watches.push_back(watchOne(above, kAboveMask));  // one that may not be read cannot be watched
         }
-        mWatch = watch;
-        mWatched = candidate;
-        if (repeated || candidate == mDirectory) {
+        const bool repeated = watches == mWatches && nearest == mWatched;
+        for (const int watch : mWatches) {
+            if (!contains(watches, watch)) {
+                inotify_rm_watch(mInotify.get(), watch);
+            }
+        }
+        mWatches = std::move(watches);
+        mWatched = std::move(nearest);
+        if (repeated) {
             return {};
         }
     }
 }
 
-/// Takes what waits in the descriptor. Whether the watch may have to move to another directory.
+int DirectoryWatch::watchOne(const std::string& directory, std::uint32_t mask) {
+    return inotify_add_watch(mInotify.get(), directory.c_str(), mask);
+}
+
+/// Takes what waits in the descriptor. Whether the watch may have to move to other directories.
 bool DirectoryWatch::takeEvents() {
     bool moves = false;
     alignas(inotify_event) char buffer[16 * (sizeof(inotify_event) + NAME_MAX + 1)];
@@ -95,8 +111,9 @@ bool DirectoryWatch::takeEvents() {
         for (ssize_t at = 0; at < size;) {
             const auto* event = reinterpret_cast<const inotify_event*>(buffer + at);
             at += static_cast<ssize_t>(sizeof(inotify_event) + event->len);
-            const bool concerns = event->wd == mWatch && (!isThere() || (event->mask & kSelfGone) != 0);
-            moves = moves || concerns || (event->mask & IN_Q_OVERFLOW) != 0;
+            const bool appears = !isThere() && event->wd == mWatches.front();
+            const bool goes = (event->mask & kSelfGone) != 0 && contains(mWatches, event->wd);
+            moves = moves || appears || goes || (event->mask & IN_Q_OVERFLOW) != 0;
         }
     }
     return moves;

@@ -21,7 +21,7 @@ void Timer::start(std::chrono::milliseconds delay, std::function<void()> action)
 }
 
 void Retry::later(const std::string& problem, std::function<void()> action) {
-    if (problem != mLogged) {
+    if (!problem.empty() && problem != mLogged) {
         lgklog_print(kLogError, "%s; trying again", problem.c_str());
         mLogged = problem;
     }

@@ -1,8 +1,10 @@
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <string>
 #include <system_error>
+#include <vector>
 
 #include "host/EventLoop.h"
 #include "host/LoopDescriptor.h"
@@ -13,7 +15,8 @@ namespace qvn::host {
 /// Calls back on a loop when something has changed in one directory: a file was made, closed after writing, moved in
 /// or out, or deleted, or the directory itself was removed or made.
 ///
-/// The watch follows the path: while the directory does not exist, or is a symbolic link, it waits for one to be made.
+/// The watch follows the path: while the directory does not exist, or is a symbolic link, it waits for one to be made;
+/// when one above it is moved or removed, likewise.
 /// While the system is short of descriptors or watches, it tries again, logs that once, and calls back when it watches.
 ///
 /// One thread at a time, as LoopDescriptor.
@@ -32,6 +35,7 @@ private:
     void retry(const std::error_code& error);
     std::error_code open();
     std::error_code settle();
+    int watchOne(const std::string& directory, std::uint32_t mask);
     bool isThere() const { return mWatched == mDirectory; }
     bool takeEvents();
     void await();
@@ -44,8 +48,8 @@ private:
     std::string mDirectory;
     std::function<void()> mChanged;
     LoopDescriptor mInotify;
-    std::string mWatched;  // the directory itself, or its nearest ancestor that exists
-    int mWatch = -1;
+    std::string mWatched;       // the directory itself, or its nearest ancestor that exists
+    std::vector<int> mWatches;  // of mWatched, and of each directory above it
 };
 
 }  // namespace qvn::host

@@ -32,7 +32,7 @@ public:
 
     explicit Retry(EventLoop& loop) : mTimer(loop) {}
 
-    /// Calls `action` after the pause. Logs the problem, but not the same one twice.
+    /// Calls `action` after the pause. Logs the problem, but not the same one twice, and none that is empty.
     void later(const std::string& problem, std::function<void()> action);
     /// It has worked: the log tells when the problem comes again.
     void succeeded() { mLogged.clear(); }
