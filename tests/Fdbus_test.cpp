@@ -4,6 +4,7 @@
 #include <dlfcn.h>
 #include <pthread.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <sys/un.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -157,7 +158,7 @@ protected:
         subscribe(list);
         state.add("online");
     }
-    void onOffline(FdbSessionId_t, bool) override { state.add("offline"); }
+    void onOffline(FdbSessionId_t, bool) override { state.add(connected() ? "connected" : "offline"); }
     void onBroadcast(CBaseJob::Ptr& job) override {
         const std::string payload = payloadOf(job);
         const auto* message = castToMessage<CFdbMessage*>(job);
@@ -351,8 +352,12 @@ TEST_F(FdbusTest, ClientComesBackWithTheService) {
     for (size_t round = 1; round <= 20; ++round) {
         Server server(&serverWorker, kUrl);
         ASSERT_EQ(2 * round, client.values(2 * round).size());
+        Text silent("silent");
+        client.invoke(6, silent);
+        server.received.waitForSize(1);
         round % 2 ? server.prepareDestroy() : server.unbind();
         ASSERT_EQ("offline", client.state.atLeast(2 * round).back());
+        ASSERT_EQ(Texts(round, "-2 the service went away"), client.replies.atLeast(round));
         EXPECT_TRUE(client.send(5, "lost", 4));
     }
     client.disconnect();
@@ -381,6 +386,45 @@ TEST_F(FdbusTest, NamesAndFoldersThatCannotBeUsed) {
     }
 }
 
+TEST_F(FdbusTest, AFolderThatIsMendedIsUsed) {
+    ASSERT_EQ(0, mkdir(mHost.path().c_str(), 0700));
+    ASSERT_EQ(0, chmod(mHost.path().c_str(), 0755));
+    Client client(&clientWorker, {}, nullptr);
+    const std::string log = logOf([&] {
+        client.connect(kUrl);
+        EXPECT_TRUE(qvn::test::isIdle());
+    });
+    EXPECT_EQ(1u, qvn::test::count(log, "run: chmod 700 " + mHost.path().string() + "; trying again")) << log;
+    ASSERT_EQ(0, chmod(mHost.path().c_str(), 0700));
+    Server server(&serverWorker, kUrl);
+    EXPECT_TRUE(client.state.waitForSize(1));
+}
+
+TEST_F(FdbusTest, ASocketThatIsReplacedIsMadeAgain) {
+    Server server(&serverWorker, kUrl);
+    const std::string path = socketPath();
+    std::filesystem::rename(path, path + ".kept");  // so that its number is not given to another
+    const int other = socket(AF_UNIX, SOCK_STREAM, 0);
+    sockaddr_un address = {};
+    address.sun_family = AF_UNIX;
+    std::memcpy(address.sun_path, (path + ".other").c_str(), path.size() + 7);
+    ASSERT_EQ(0, bind(other, reinterpret_cast<sockaddr*>(&address), sizeof(address)));
+    std::filesystem::rename(path + ".other", path);
+    Client client(&clientWorker);
+    EXPECT_EQ(2u, client.values(2).size());
+    close(other);
+}
+
+TEST_F(FdbusTest, AFrameAboveTheQueuesLimitReachesAnIdlePeer) {
+    setenv("QVN_HOST_QUEUE_MIB", "1", 1);  // read at the first frame of the process
+    Server server(&serverWorker, kUrl);
+    Client client(&clientWorker, {{1, nullptr}});
+    client.values(1);
+    EXPECT_TRUE(server.tell(1, kLarge + kLarge));
+    EXPECT_EQ(2 * kLarge.size(), client.values(2).back().size());
+    unsetenv("QVN_HOST_QUEUE_MIB");
+}
+
 std::string header(uint32_t length, uint16_t kind, uint16_t topic) {
     std::string bytes(16, '\0');
     std::memcpy(&bytes[0], &length, 4);
@@ -405,15 +449,19 @@ TEST_F(FdbusTest, MalformedFramesEndTheirSessionOnly) {
         {"half a frame, and away", header(100, 3, 0) + "half"},
     };
     for (const auto& [what, bytes] : frames) {
-        const int fd = socket(AF_UNIX, SOCK_STREAM, 0);
-        connectRaw(fd);
-        ASSERT_EQ(static_cast<ssize_t>(bytes.size()), write(fd, bytes.data(), bytes.size()));
-        if (bytes.find("half") != std::string::npos) {
-            shutdown(fd, SHUT_WR);
-        }
-        char byte;
-        EXPECT_LE(read(fd, &byte, 1), 0) << what << ": the session must end";
-        close(fd);
+        const bool half = bytes.find("half") != std::string::npos;
+        const std::string log = logOf([&, &what = what, &bytes = bytes] {
+            const int fd = socket(AF_UNIX, SOCK_STREAM, 0);
+            connectRaw(fd);
+            EXPECT_EQ(static_cast<ssize_t>(bytes.size()), write(fd, bytes.data(), bytes.size()));
+            if (half) {
+                shutdown(fd, SHUT_WR);
+            }
+            char byte;
+            EXPECT_LE(read(fd, &byte, 1), 0) << what << ": the session must end";
+            close(fd);
+        });
+        EXPECT_EQ(half ? 0u : 1u, qvn::test::count(log, "sent a malformed frame")) << what << log;
     }
     server.tell(1, "still here");
     EXPECT_EQ("still here", client.values(3).back());
@@ -522,6 +570,22 @@ TEST_F(FdbusTest, NoDescriptorStaysBehind) {
         use();
     }
     EXPECT_EQ(before, qvn::test::openDescriptors());
+
+    Server server(&serverWorker, kUrl);
+    const size_t withServer = qvn::test::openDescriptors();
+    for (size_t round = 1; round <= 50; ++round) {
+        Client(&clientWorker).values(2);
+        ASSERT_EQ(2 * round, server.sessions.atLeast(2 * round).size()) << "came and went";
+    }
+    EXPECT_EQ(withServer, qvn::test::openDescriptors());
+    Client client(&clientWorker);
+    client.values(2);
+    server.prepareDestroy();
+    client.prepareDestroy();
+    for (Worker* const worker : {&serverWorker, &clientWorker}) {
+        worker->sendSync(new Job([] {}));  // behind the reads that were ended
+    }
+    EXPECT_EQ(before, qvn::test::openDescriptors()) << "both are still there, but off the bus";
 }
 
 // What a child does not use itself must neither keep it from ending nor be disturbed by that.
