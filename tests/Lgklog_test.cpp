@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 #include <lgklog/lgklog.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -44,7 +45,7 @@ Lines stderrOf(const char* level, const char* file, const std::function<void()>&
     return linesOf(output);
 }
 
-/// Each line as its level's letter and its text, without time and thread; "?" and the line where it has another shape.
+/// Each line as its level and its text, without time and thread; "?" and the line where it has another shape.
 Lines messagesOf(const Lines& lines) {
     Lines messages;
     for (const std::string& line : lines) {
@@ -59,7 +60,7 @@ Lines messagesOf(const Lines& lines) {
 }  // namespace
 
 TEST(Lgklog, PrintsUpToTheLimit) {
-    const Lines all = {"C level 0", "E level 1", "W level 2", "I level 3", "D level 4", "T level 5"};
+    const Lines all = {"0 level 0", "1 level 1", "2 level 2", "3 level 3", "4 level 4", "5 level 5"};
     const struct {
         const char* limit;
         std::ptrdiff_t printed;
@@ -70,7 +71,7 @@ TEST(Lgklog, PrintsUpToTheLimit) {
         Lines expected(all.begin(), all.begin() + c.printed);
         if (c.refused != nullptr) {
             expected.insert(expected.begin(),
-                            "W QVN_LOG_LEVEL is \"" + std::string(c.refused) + "\", expected 0 to 5; using 1");
+                            "2 QVN_LOG_LEVEL is \"" + std::string(c.refused) + "\", expected 0 to 5; using 1");
         }
         const Lines lines = stderrOf(c.limit, nullptr, [] {
             for (int level = 0; level <= 5; ++level) {
@@ -95,8 +96,8 @@ TEST(Lgklog, PrintsOneLineAMessageAndReturnsItsLength) {
         EXPECT_EQ(lgklog_print(1, "%s", buffer.c_str()), 512);
         lgklog_print(-3, "more severe than 0");
     });
-    EXPECT_EQ(messagesOf(lines), (Lines{"E [dispatch][92]with newline 7", "E ", "E without newline", "E two lines",
-                                        "E 100% {} {0} %s", "E " + longText, "E " + buffer, "C more severe than 0"}));
+    EXPECT_EQ(messagesOf(lines), (Lines{"1 [dispatch][92]with newline 7", "1 ", "1 without newline", "1 two lines",
+                                        "1 100% {} {0} %s", "1 " + longText, "1 " + buffer, "0 more severe than 0"}));
 }
 
 TEST(Lgklog, AppendsToTheFileOrGoesOnWithStderr) {
@@ -105,13 +106,17 @@ TEST(Lgklog, AppendsToTheFileOrGoesOnWithStderr) {
     for (int run = 0; run < 2; ++run) {
         EXPECT_EQ(stderrOf(nullptr, file.c_str(), [run] { lgklog_print(1, "run %d", run); }), Lines{});
     }
-    EXPECT_EQ(messagesOf(linesOf(file)), (Lines{"E run 0", "E run 1"}));
+    EXPECT_EQ(messagesOf(linesOf(file)), (Lines{"1 run 0", "1 run 1"}));
 
-    const Lines messages = messagesOf(stderrOf(nullptr, "/proc/self/qvn/log", [] { lgklog_print(1, "still here"); }));
-    ASSERT_EQ(messages.size(), 2U);
-    EXPECT_EQ(messages[0].rfind("W QVN_LOG_FILE: ", 0), 0U) << messages[0];
-    EXPECT_NE(messages[0].find("/proc/self/qvn/log"), std::string::npos) << messages[0];
-    EXPECT_EQ(messages[1], "E still here");
+    const std::string fifo = (host.root() / "fifo").string();
+    ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
+    for (const std::string& unusable : {fifo, std::string("/proc/self/qvn/log")}) {
+        const Lines messages = messagesOf(stderrOf(nullptr, unusable.c_str(), [] { lgklog_print(1, "still here"); }));
+        ASSERT_EQ(messages.size(), 2U);
+        EXPECT_EQ(messages[0].rfind("2 QVN_LOG_FILE: ", 0), 0U) << messages[0];
+        EXPECT_NE(messages[0].find(unusable), std::string::npos) << messages[0];
+        EXPECT_EQ(messages[1], "1 still here");
+    }
 }
 
 TEST(Lgklog, KeepsLinesOfSeveralThreadsApart) {
@@ -128,5 +133,5 @@ TEST(Lgklog, KeepsLinesOfSeveralThreadsApart) {
             thread.join();
         }
     });
-    EXPECT_EQ(messagesOf(lines), Lines(400, "E a line of some length"));
+    EXPECT_EQ(messagesOf(lines), Lines(400, "1 a line of some length"));
 }

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 #include <psis/psis_client.h>
+#include <sys/stat.h>
 
 #include <cstdint>
 #include <string>
@@ -106,7 +107,10 @@ TEST_F(Psis, RefusesABrokenFileWithOneLineThatNamesThePlace) {
         refuses(useConfig(c.json), c.complaint);
     }
     refuses(useFile(mHost.root() / "missing.json"), "No such file or directory; expected a readable JSON file");
-    refuses(useFile(mHost.root()), "Is a directory; expected a readable JSON file");
+    refuses(useFile(mHost.root()), "not a file; expected a readable JSON file");
+    const std::filesystem::path fifo = mHost.root() / "fifo";
+    ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
+    refuses(useFile(fifo), "not a file; expected a readable JSON file");
 }
 
 TEST_F(Psis, MayBeReadWhileAnotherThreadInitialises) {

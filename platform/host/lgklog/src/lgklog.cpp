@@ -1,6 +1,7 @@
 #include "lgklog/lgklog.h"
 
 #include <spdlog/logger.h>
+#include <spdlog/pattern_formatter.h>
 #include <spdlog/sinks/basic_file_sink.h>
 #include <spdlog/sinks/stdout_sinks.h>
 
@@ -8,8 +9,12 @@
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
+#include <ctime>
+#include <filesystem>
 #include <memory>
+#include <stdexcept>
 #include <string>
+#include <utility>
 
 namespace {
 
@@ -23,6 +28,15 @@ spdlog::level::level_enum severityOf(int level) {
                                                                 spdlog::level::debug,    spdlog::level::trace};
     return kSeverities[std::clamp(level, kMostSevere, kMostDetailed)];
 }
+
+/// The level as QVN_LOG_LEVEL has it. A letter would call start-up notices errors, since both have level 1.
+class LevelDigit : public spdlog::custom_flag_formatter {
+public:
+    void format(const spdlog::details::log_msg& message, const std::tm&, spdlog::memory_buf_t& line) override {
+        line.push_back(static_cast<char>('0' + spdlog::level::critical - message.level));
+    }
+    std::unique_ptr<spdlog::custom_flag_formatter> clone() const override { return std::make_unique<LevelDigit>(); }
+};
 
 class Log {
 public:
@@ -38,7 +52,9 @@ public:
 private:
     static std::unique_ptr<spdlog::logger> makeLogger(spdlog::sink_ptr sink) {
         auto logger = std::make_unique<spdlog::logger>("lgklog", std::move(sink));
-        logger->set_pattern("%Y-%m-%d %H:%M:%S.%e %L %P/%t %v");
+        auto formatter = std::make_unique<spdlog::pattern_formatter>();
+        formatter->add_flag<LevelDigit>('*').set_pattern("%Y-%m-%d %H:%M:%S.%e %* %P/%t %v");
+        logger->set_formatter(std::move(formatter));
         logger->set_level(spdlog::level::trace);
         logger->flush_on(spdlog::level::trace);
         return logger;
@@ -49,6 +65,10 @@ private:
             return;
         }
         try {
+            // Opening a FIFO would wait for a reader, which may never come.
+            if (std::filesystem::is_fifo(path)) {
+                throw std::invalid_argument(std::string(path) + " is a FIFO, not a file");
+            }
             mLogger = makeLogger(std::make_shared<spdlog::sinks::basic_file_sink_mt>(path));
         } catch (const std::exception& problem) {
             write(spdlog::level::warn, std::string("QVN_LOG_FILE: ") + problem.what() + "; logging to stderr");

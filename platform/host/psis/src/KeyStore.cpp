@@ -1,5 +1,7 @@
 #include "KeyStore.h"
 
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
@@ -77,14 +79,17 @@ bool loadKeyStore(KeyStore* store, std::string* error) {
     const bool isNamed = named != nullptr && *named != '\0';
     const std::string path = isNamed ? std::string(named) : runtimeDir() + "/vehicle.json";
 
-    errno = 0;
-    std::ifstream file(path, std::ios::binary);
-    if (!file.is_open() && errno == ENOENT && !isNamed) {
+    struct stat status = {};
+    const bool exists = ::stat(path.c_str(), &status) == 0;
+    if (!exists && errno == ENOENT && !isNamed) {
         *store = kBuiltInStore;
         return true;
     }
-    file.peek();  // a folder can be opened, but not read
-    if (!file.is_open() || file.bad()) {
+    if (exists && !S_ISREG(status.st_mode)) {
+        return fail(error, path + ": not a file; expected a readable JSON file");  // a FIFO may have no writer
+    }
+    std::ifstream file(path, std::ios::binary);
+    if (!file.is_open()) {
         return fail(error, path + ": " + std::strerror(errno) + "; expected a readable JSON file");
     }
     std::ostringstream text;
