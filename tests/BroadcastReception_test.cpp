@@ -1,3 +1,5 @@
+#include <malloc.h>
+
 #include "support/ClientTest.h"
 
 namespace {
@@ -42,6 +44,21 @@ TEST_F(BroadcastReceptionTest, AShortValueDoesNotKeepBytesOfTheOneBefore) {
     ASSERT_TRUE(values.waitForSize(2));
     EXPECT_EQ(values.entries()[0].value.value.int32Values, std::vector<int>{258});
     EXPECT_EQ(values.entries()[1].value.value.int32Values, std::vector<int>{0});
+}
+
+TEST_F(BroadcastReceptionTest, TheMemoryOfAHugeValueIsNotKept) {
+    const auto inUse = [] {
+        const auto memory = mallinfo2();  // a sanitizer's allocator shows nothing here
+        return static_cast<std::ptrdiff_t>(memory.uordblks + memory.hblkhd);
+    };
+    makeClient();
+    connectClient();
+    settle();
+    const std::ptrdiff_t before = inUse();
+    server.signal(QVN_GET_BCM1_DrvDoorSts, std::string(15 << 20, '\1'));
+    log_recorder::reset();
+    settle();
+    EXPECT_LT(inUse() - before, 1 << 20);
 }
 
 TEST_F(BroadcastReceptionTest, UnusablePayloadsAreDropped) {

@@ -7,10 +7,20 @@
 
 using namespace qvn::platform::vehicle;
 
+namespace {
+
+/// A signal has 8 bytes at most; what a broadcast of more than this has taken is not kept for the next.
+constexpr int kKeptBytes = 1024;
+
+}  // namespace
+
 void T21CanServiceFdbusClient::onBroadcast(CBaseJob::Ptr& job) {
     onLibraryThread("a broadcast", [&] {
         if (const auto* const message = castToMessage<CFdbMessage*>(job)) {
             onBroadcast(*message);
+            if (message->getPayloadSize() > kKeptBytes) {
+                can_service::BroadcastSignal().Swap(&broadcastSignal);
+            }
         }
     });
 }
