@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <new>
 #include <string>
 #include <system_error>
 
@@ -181,7 +182,13 @@ std::shared_ptr<EventLoop> GpioPort::makeLoop() {
 
 void GpioPort::serve() {
     // Nothing tells when a line that cannot be read now can be read again.
-    if (sample()) {
+    bool complete = false;
+    try {
+        complete = sample();
+    } catch (const std::bad_alloc&) {
+        lgklog_print(kLogError, "gpioport: out of memory; the lines are read again");
+    }
+    if (complete) {
         mNextSample->stop();
     } else {
         mNextSample->start(Retry::kPause, [this] { serve(); });

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <new>
 
 #include "Path.h"
 
@@ -125,8 +126,12 @@ void DirectoryWatch::await() {
 
 void DirectoryWatch::onReadable() {
     const bool wasThere = isThere();
-    const std::error_code error = takeEvents() ? settle() : std::error_code();
-    error ? retry(error) : await();
+    try {
+        const std::error_code error = takeEvents() ? settle() : std::error_code();
+        error ? retry(error) : await();
+    } catch (const std::bad_alloc&) {
+        retry(std::make_error_code(std::errc::not_enough_memory));
+    }
     if (wasThere || isThere()) {
         report();
     }

@@ -6,11 +6,13 @@
 #include <asio/steady_timer.hpp>
 
 #include <chrono>
+#include <new>
 #include <system_error>
 #include <utility>
 #include <vector>
 
 #include "LoopContext.h"
+#include "host/Log.h"
 
 namespace qvn::host {
 
@@ -83,12 +85,24 @@ void EventLoop::startThread(const std::string& name) {
 
 void EventLoop::run() {
     mThreadId = std::this_thread::get_id();
-    mContext->io.run();
+    while (!runHandlers()) {
+    }
     mThreadId = std::thread::id();
 
     const MutexLock lock(mMutex);
     mRunning = false;
     runTasksLocked();
+}
+
+/// False when a handler has met a lack of memory; the others are still to be run.
+bool EventLoop::runHandlers() {
+    try {
+        mContext->io.run();
+        return true;
+    } catch (const std::bad_alloc&) {
+        lgklog_print(kLogError, "host: out of memory, something that has arrived is lost");
+        return false;
+    }
 }
 
 void EventLoop::stop() {

@@ -63,6 +63,7 @@ private:
 
     void startThread(const std::string& name) QVN_REQUIRES(mMutex);
     void run();
+    bool runHandlers();
     void runTasksLocked() QVN_REQUIRES(mMutex);
 
     const std::unique_ptr<LoopContext> mContext;
