@@ -1,16 +1,21 @@
 # A GoogleTest program that uses qvn::testing::TestVehicle:
-#   qvn_add_vehicle_test(NAME name SOURCES file... [LIBS target...])
+#   qvn_add_vehicle_test(NAME name SOURCES file... [LIBS target...] [TIMEOUT seconds])
 # Every test case becomes a test of its own for ctest, in a process of its own: the vehicle client lives as long as its
-# process. Call enable_testing() before.
+# process. One that takes longer than TIMEOUT, 60 s by default, fails; before that the TestVehicle tells which of the
+# application's callbacks may be hanging. Call enable_testing() before.
 include(GoogleTest)
 
 function(qvn_add_vehicle_test)
-    cmake_parse_arguments(PARSE_ARGV 0 arg "" "NAME" "SOURCES;LIBS")
+    cmake_parse_arguments(PARSE_ARGV 0 arg "" "NAME;TIMEOUT" "SOURCES;LIBS")
     if(NOT arg_NAME OR NOT arg_SOURCES OR arg_UNPARSED_ARGUMENTS)
-        message(FATAL_ERROR "Expected qvn_add_vehicle_test(NAME name SOURCES file... [LIBS target...])")
+        message(FATAL_ERROR "Expected qvn_add_vehicle_test(NAME name SOURCES file... [LIBS target...] [TIMEOUT seconds])")
+    endif()
+    if(NOT arg_TIMEOUT)
+        set(arg_TIMEOUT 60)
     endif()
     find_package(GTest REQUIRED)
     add_executable(${arg_NAME} ${arg_SOURCES})
     target_link_libraries(${arg_NAME} PRIVATE ${arg_LIBS} qvn::vehicleclient_testing GTest::gtest_main)
-    gtest_discover_tests(${arg_NAME} DISCOVERY_TIMEOUT 60)
+    gtest_discover_tests(${arg_NAME} DISCOVERY_TIMEOUT 60
+        PROPERTIES TIMEOUT ${arg_TIMEOUT} ENVIRONMENT QVN_TEST_TIMEOUT=${arg_TIMEOUT})
 endfunction()

@@ -333,6 +333,22 @@ TEST_F(FdbusTest, SendInvokeReplyAndStatus) {
     EXPECT_EQ((Texts{"plain", "raw", "", "ask", "refuse", "silent", "ask"}), server.received.atLeast(7));
 }
 
+TEST_F(FdbusTest, WhatIsSentJustAfterConnectReachesAServiceThatIsThere) {
+    Server server(&serverWorker, kUrl);
+    std::promise<void> release;
+    clientWorker.sendAsync(new Job([released = release.get_future().share()] { released.wait(); }));
+    Client client(&clientWorker);
+    Texts expected;
+    for (int i = 0; i < 1000; ++i) {
+        expected.push_back(std::to_string(i));
+        client.send(5, expected.back().data(), static_cast<int>(expected.back().size()));
+        if (i == 500) {
+            release.set_value();
+        }
+    }
+    EXPECT_EQ(expected, server.received.atLeast(expected.size()));
+}
+
 TEST_F(FdbusTest, AClientAnswersARequestWhenItHasHandledWhatCameBefore) {
     Server server(&serverWorker, kUrl);
     Client client(&clientWorker);
@@ -571,21 +587,24 @@ TEST_F(FdbusTest, NoDescriptorStaysBehind) {
     }
     EXPECT_EQ(before, qvn::test::openDescriptors());
 
+    const auto openNow = [this] {
+        for (Worker* const worker : {&serverWorker, &clientWorker}) {
+            worker->sendSync(new Job([] {}));  // behind the reads that were ended
+        }
+        return qvn::test::openDescriptors();
+    };
     Server server(&serverWorker, kUrl);
-    const size_t withServer = qvn::test::openDescriptors();
+    const size_t withServer = openNow();
     for (size_t round = 1; round <= 50; ++round) {
         Client(&clientWorker).values(2);
         ASSERT_EQ(2 * round, server.sessions.atLeast(2 * round).size()) << "came and went";
     }
-    EXPECT_EQ(withServer, qvn::test::openDescriptors());
+    EXPECT_EQ(withServer, openNow());
     Client client(&clientWorker);
     client.values(2);
     server.prepareDestroy();
     client.prepareDestroy();
-    for (Worker* const worker : {&serverWorker, &clientWorker}) {
-        worker->sendSync(new Job([] {}));  // behind the reads that were ended
-    }
-    EXPECT_EQ(before, qvn::test::openDescriptors()) << "both are still there, but off the bus";
+    EXPECT_EQ(before, openNow()) << "both are still there, but off the bus";
 }
 
 // What a child does not use itself must neither keep it from ending nor be disturbed by that.

@@ -1,14 +1,19 @@
+#include <common_base/fdbus.h>
 #include <gtest/gtest.h>
 #include <vehicle/PropertyIds.h>
 #include <vehicle/VehicleClient.h>
 #include <vehicle_testing/TestVehicle.h>
 
+#include <atomic>
+#include <chrono>
 #include <cstdlib>
 #include <filesystem>
+#include <future>
 #include <mutex>
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -28,6 +33,7 @@ public:
         if (value.prop == ids::HAP_FD2_CarMdlTrsprcySts) {
             VehicleClient::getInstance()->setInt32Property(ids::HUT6_CarMdlDispCmd, value.value.int32Values);
         }
+        std::this_thread::sleep_for(slowness.load());
         const double number =
             type == PROPERTY_TYPE_FLOAT ? static_cast<double>(value.value.floatValues[0]) : value.value.int32Values[0];
         const std::lock_guard<std::mutex> lock(mutex);
@@ -52,12 +58,16 @@ public:
         return std::exchange(states, {});
     }
 
+    /// How long a callback takes: what does not wait for it is seen.
+    static std::atomic<std::chrono::milliseconds> slowness;
+
 private:
     static std::mutex mutex;
     static std::vector<double> values;
     static std::vector<VehiclePropertyStatus> states;
 };
 
+std::atomic<std::chrono::milliseconds> Application::slowness{std::chrono::milliseconds(0)};
 std::vector<double> Application::values;
 std::vector<VehiclePropertyStatus> Application::states;
 std::mutex Application::mutex;
@@ -115,6 +125,7 @@ TEST(TestVehicle, TheReverseLineIsHeardUntilTheServiceIsReached) {
     TestVehicle vehicle;
     vehicle.serviceDown();
     Application::start({ids::BCM8_PASWorkCmd});
+    Application::slowness = std::chrono::milliseconds(20);
     for (const bool engaged : {true, false, true, false, true}) {
         vehicle.reverse(engaged);
         vehicle.settle();
@@ -146,8 +157,9 @@ TEST(TestVehicle, SetsOfTheApplicationAreSeen) {
 TEST(TestVehicle, TheServiceGoesDownAndComesBackWithTheValuesOfThen) {
     TestVehicle vehicle;
     Application::start({ids::ESP_FD2_VehSpd});
+    Application::slowness = std::chrono::milliseconds(20);
     vehicle.settle();
-    for (int round = 1; round <= 10; ++round) {
+    for (int round = 1; round <= 5; ++round) {
         vehicle.set("ESP_FD2_VehSpd", 4.5);
         vehicle.serviceDown();
         EXPECT_EQ(Values{4.5}, Application::takeValues()) << "what was sent before has arrived";
@@ -160,6 +172,84 @@ TEST(TestVehicle, TheServiceGoesDownAndComesBackWithTheValuesOfThen) {
     }
 }
 
+TEST(TestVehicle, SettleCoversASetThatWasMadeBeforeTheClientHadConnected) {
+    TestVehicle vehicle;
+    std::vector<int> on{1};
+    EXPECT_TRUE(VehicleClient::getInstance()->setInt32Property(ids::HUT6_CarMdlDispCmd, on));
+    vehicle.settle(TestVehicle::Duration::max());
+    EXPECT_EQ(1, vehicle.lastSet("HUT6_CarMdlDispCmd"));
+    EXPECT_EQ(1, vehicle.waitForSet("HUT6_CarMdlDispCmd", TestVehicle::Duration::max()));
+}
+
+TEST(TestVehicle, MustBeMadeBeforeTheClient) {
+    VehicleClient::getInstance();
+    EXPECT_NE(std::string::npos, errorOf([] { TestVehicle(); }).find("make the TestVehicle first"));
+}
+
+TEST(TestVehicle, TheDevelopersOwnVariantStaysOutside) {
+    ::setenv("QVN_HOST_CONFIG", "/nonexistent/vehicle.json", 1);
+    TestVehicle vehicle;
+    Application::start({ids::ESP_FD2_VehSpd});
+    vehicle.set("ESP_FD2_VehSpd", 4.5);
+    vehicle.settle();
+    EXPECT_EQ(Values{4.5}, Application::takeValues());
+}
+
+TEST(TestVehicle, ACallbackThatHangsIsNamed) {
+    static std::promise<void> release;
+    ::setenv("QVN_TEST_TIMEOUT", "1", 1);
+    TestVehicle vehicle;
+    VehicleClient::getInstance()->subscribe(
+        [](VehiclePropValue value, PropertyType) {
+            if (value.prop == ids::DCT5_TGS_LEVER) {
+                release.get_future().wait();
+            }
+        },
+        {ids::DCT5_TGS_LEVER, ids::ESP_FD2_VehSpd}, nullptr);
+    vehicle.set("ESP_FD2_VehSpd", 4.5);
+    vehicle.settle();
+    ::testing::internal::CaptureStderr();
+    vehicle.set("DCT5_TGS_LEVER", 2);
+    EXPECT_EQ(
+        "a callback of the application has not returned for DCT5_TGS_LEVER after 1500 ms; look for what it waits for",
+        errorOf([&] { vehicle.settle(TestVehicle::Duration(1500)); }));
+    EXPECT_NE(std::string::npos,
+              ::testing::internal::GetCapturedStderr().find(
+                  "not ended after 0 s; a callback of the application has not returned for DCT5_TGS_LEVER"));
+    release.set_value();
+    vehicle.settle();
+}
+
+/// A client that comes and goes.
+class BareClient : public CBaseClient {
+public:
+    explicit BareClient(CBaseWorker* worker) : CBaseClient("bare", worker) { connect("svc://fdbus_can_service"); }
+    ~BareClient() override { prepareDestroy(); }
+
+protected:
+    void onOnline(FdbSessionId_t, bool) override {
+        CFdbMsgSubscribeList list;
+        addNotifyItem(list, 0x01384CD0, nullptr);
+        subscribe(list);
+    }
+};
+
+TEST(TestVehicle, AClientThatLeavesIsNotWaitedFor) {
+    TestVehicle vehicle;
+    CBaseWorker worker;
+    worker.start();
+    Application::start({ids::ESP_FD2_VehSpd});
+    {
+        BareClient leaving(&worker);
+        vehicle.settle();
+    }
+    vehicle.set("ESP_FD2_VehSpd", 4.5);
+    vehicle.settle();
+    EXPECT_EQ(Values{4.5}, Application::takeValues());
+    worker.exit();
+    worker.join();
+}
+
 TEST(TestVehicle, SaysWhatIsWrong) {
     std::optional<TestVehicle> vehicle(std::in_place);
     const std::filesystem::path directory = std::getenv("QVN_HOST_DIR");
@@ -169,6 +259,8 @@ TEST(TestVehicle, SaysWhatIsWrong) {
               errorOf([&] { vehicle->set("DCT5_TGS_LEVER", 256); }));
     EXPECT_EQ("unknown message 'HAP_FD33'; did you mean HAP_FD3, HAP_FD1 or HAP_FD2?",
               errorOf([&] { vehicle->timeOut("HAP_FD33"); }));
+    EXPECT_EQ("signal ESP_FD2_VehSpd: 20971520 bytes are more than the bus carries; expected at most 15728640",
+              errorOf([&] { vehicle->setRaw("ESP_FD2_VehSpd", std::vector<std::uint8_t>(20 << 20)); }));
     EXPECT_EQ("unknown settable signal 'ESP_FD2_VehSpd'", errorOf([&] { vehicle->lastSet("ESP_FD2_VehSpd"); }));
     EXPECT_EQ(0u,
               errorOf([&] { vehicle->settle(TestVehicle::Duration(10)); }).find("no client has connected after 10 ms"));

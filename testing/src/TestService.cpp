@@ -59,7 +59,11 @@ private:
 };
 
 TestService::TestService() : mWorker("test-service") {
-    FDB_CONTEXT->start();
+    if (!FDB_CONTEXT->start()) {
+        throw std::runtime_error(
+            "the bus is in use already: something has called VehicleClient::getInstance() before the TestVehicle was "
+            "made; make the TestVehicle first, as a member of the fixture");
+    }
     mWorker.start();
 }
 
@@ -88,20 +92,23 @@ void TestService::goDown() {
     mUnanswered.clear();
 }
 
-void TestService::putSignal(std::uint32_t code, const std::string& raw) {
+void TestService::putSignal(const std::string& name, std::uint32_t code, const std::string& raw) {
     const MutexLock lock(mMutex);
     mValues[code] = raw;
-    publish(code, wire::signalMessage(raw));
+    publish(name, code, wire::signalMessage(raw));
 }
 
-void TestService::putMessageStatus(std::uint32_t code, std::uint32_t status) {
+void TestService::putMessageStatus(const std::string& name, std::uint32_t code, std::uint32_t status) {
     const MutexLock lock(mMutex);
     mStatuses[code] = status;
-    publish(code, wire::statusMessage(status));
+    publish(name, code, wire::statusMessage(status));
 }
 
 template <class Message>
-void TestService::publish(std::uint32_t code, const Message& message) {
+void TestService::publish(const std::string& name, std::uint32_t code, const Message& message) {
+    if (std::find(mUnhandled.begin(), mUnhandled.end(), name) == mUnhandled.end()) {
+        mUnhandled.push_back(name);
+    }
     if (mServer && !mUnanswered.empty()) {  // a client that is still to be answered gets the value then
         CFdbProtoMsgBuilder builder(message);
         mServer->broadcast(static_cast<FdbMsgCode_t>(code), builder);
@@ -134,10 +141,23 @@ bool TestService::waitUntilHandled(Deadline deadline) {
         ++unanswered;
         mServer->invoke(session, 0, builder);
     }
-    return mChanged.wait_until(lock.native(), deadline, [this]() QVN_REQUIRES(mMutex) {
+    const bool handled = mChanged.wait_until(lock.native(), deadline, [this]() QVN_REQUIRES(mMutex) {
         return std::all_of(mUnanswered.begin(), mUnanswered.end(),
                            [](const auto& client) { return client.second == 0; });
     });
+    if (handled) {
+        mUnhandled.clear();
+    }
+    return handled;
+}
+
+std::string TestService::unhandled() {
+    const MutexLock lock(mMutex);
+    std::string names;
+    for (const std::string& name : mUnhandled) {
+        names += (names.empty() ? "" : ", ") + name;
+    }
+    return names;
 }
 
 std::optional<std::string> TestService::lastSet(std::uint32_t code) {

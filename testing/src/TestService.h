@@ -32,14 +32,17 @@ public:
     void goDown();
     bool isUp() const { return mServer != nullptr; }
 
-    void putSignal(std::uint32_t code, const std::string& raw);
-    void putMessageStatus(std::uint32_t code, std::uint32_t status);
+    /// @param name for the report of a callback that does not return
+    void putSignal(const std::string& name, std::uint32_t code, const std::string& raw);
+    void putMessageStatus(const std::string& name, std::uint32_t code, std::uint32_t status);
 
     /// Waits until a client has subscribed since the service came up.
     bool waitForClient(Deadline deadline);
     /// Waits until every client that has subscribed has handled all that it was sent. Clients that go meanwhile do not
     /// count.
     bool waitUntilHandled(Deadline deadline);
+    /// What clients were sent since they had last handled everything: "ESP_FD2_VehSpd, HAP_FD3".
+    std::string unhandled();
 
     std::optional<std::string> lastSet(std::uint32_t code);
     /// Each set once, in order.
@@ -54,7 +57,7 @@ private:
     };
 
     template <class Message>
-    void publish(std::uint32_t code, const Message& message) QVN_REQUIRES(mMutex);
+    void publish(const std::string& name, std::uint32_t code, const Message& message) QVN_REQUIRES(mMutex);
     void answer(CFdbMessage& subscription, std::uint32_t code) QVN_REQUIRES(mMutex);
 
     CBaseWorker mWorker;
@@ -66,6 +69,7 @@ private:
     std::map<std::uint32_t, std::string> mValues QVN_GUARDED_BY(mMutex);
     std::map<std::uint32_t, std::uint32_t> mStatuses QVN_GUARDED_BY(mMutex);
     std::map<std::uint32_t, Sets> mSets QVN_GUARDED_BY(mMutex);
+    std::vector<std::string> mUnhandled QVN_GUARDED_BY(mMutex);        // names, each once
     std::map<FdbSessionId_t, int> mUnanswered QVN_GUARDED_BY(mMutex);  // requests to each client that has subscribed
 };
 

@@ -1,5 +1,6 @@
 #include "vehicle_testing/TestVehicle.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <cstdlib>
@@ -10,6 +11,7 @@
 
 #include "MarkerLine.h"
 #include "TestService.h"
+#include "Watchdog.h"
 #include "desk/BadInput.h"
 #include "desk/DeskPlatform.h"
 #include "desk/PhysicalValue.h"
@@ -24,6 +26,9 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 using tools::NameKind;
+
+/// A frame of the bus has 16 MiB at most, and some of it is the message around the bytes.
+constexpr std::size_t kMostBytes = std::size_t{15} * 1024 * 1024;
 
 /// The runtime directory, for as long as this lives.
 class RuntimeDir {
@@ -64,6 +69,11 @@ const tables::SetRow& settable(const std::string& signal) {
     return *row;
 }
 
+/// No test waits longer than a day, and the clock takes no more than some centuries.
+Clock::time_point deadlineAfter(TestVehicle::Duration patience) {
+    return Clock::now() + std::min<TestVehicle::Duration>(patience, std::chrono::hours(24));
+}
+
 std::optional<int> decoded(const tables::SetRow& row, const std::optional<std::string>& raw) {
     return raw ? tools::decodeSet(row, *raw) : std::nullopt;
 }
@@ -79,6 +89,7 @@ public:
         }
         MarkerLine::instance().watch();
         mService.goUp();
+        mWatchdog.emplace([this] { return whatHangs(); });
     }
 
     TestService& service() { return mService; }
@@ -92,7 +103,7 @@ public:
     }
 
     void settle(Duration patience) {
-        const Clock::time_point deadline = Clock::now() + patience;
+        const Clock::time_point deadline = deadlineAfter(patience);
         if (mLineMoved && !MarkerLine::instance().waitUntilHandled(deadline)) {
             throw std::runtime_error("a callback for the reverse line has not returned" + after(patience));
         }
@@ -106,17 +117,21 @@ public:
                                      "TestVehicle is made");
         }
         if (!mService.waitUntilHandled(deadline)) {
-            throw std::runtime_error("the application's callbacks have not returned" + after(patience) +
-                                     "; look for what they wait for");
+            throw std::runtime_error(whatHangs() + after(patience) + "; look for what it waits for");
         }
     }
 
 private:
+    std::string whatHangs() {
+        const std::string names = mService.unhandled();
+        return "a callback of the application has not returned" + (names.empty() ? "" : " for " + names);
+    }
     static std::string after(Duration patience) { return " after " + std::to_string(patience.count()) + " ms"; }
 
     RuntimeDir mDirectory;
     TestService mService;
     bool mLineMoved = false;  // since the last settle()
+    std::optional<Watchdog> mWatchdog;
 };
 
 TestVehicle::TestVehicle() {
@@ -133,22 +148,28 @@ void TestVehicle::set(const std::string& signal, double value) {
         throw std::runtime_error("signal " + signal + " has no rule for its value; use setRaw()");
     }
     try {
-        mImpl->service().putSignal(code, tools::encodePhysical(*rule, value));
+        mImpl->service().putSignal(signal, code, tools::encodePhysical(*rule, value));
     } catch (const tools::BadInput& error) {
         throw std::runtime_error("signal " + signal + ": " + error.what());
     }
 }
 
 void TestVehicle::setRaw(const std::string& signal, const std::vector<std::uint8_t>& bytes) {
-    mImpl->service().putSignal(tools::findCode(NameKind::Received, signal), std::string(bytes.begin(), bytes.end()));
+    const std::uint32_t code = tools::findCode(NameKind::Received, signal);
+    if (bytes.size() > kMostBytes) {
+        throw std::runtime_error("signal " + signal + ": " + std::to_string(bytes.size()) +
+                                 " bytes are more than the bus carries; expected at most " +
+                                 std::to_string(kMostBytes));
+    }
+    mImpl->service().putSignal(signal, code, std::string(bytes.begin(), bytes.end()));
 }
 
 void TestVehicle::timeOut(const std::string& message) {
-    mImpl->service().putMessageStatus(tools::findCode(NameKind::Message, message), wire::kMessageTimedOut);
+    mImpl->service().putMessageStatus(message, tools::findCode(NameKind::Message, message), wire::kMessageTimedOut);
 }
 
 void TestVehicle::recover(const std::string& message) {
-    mImpl->service().putMessageStatus(tools::findCode(NameKind::Message, message), wire::kMessageOk);
+    mImpl->service().putMessageStatus(message, tools::findCode(NameKind::Message, message), wire::kMessageOk);
 }
 
 void TestVehicle::reverse(bool engaged) {
@@ -177,7 +198,7 @@ std::optional<int> TestVehicle::lastSet(const std::string& signal) {
 
 std::optional<int> TestVehicle::waitForSet(const std::string& signal, Duration patience) {
     const tables::SetRow& row = settable(signal);
-    return decoded(row, mImpl->service().nextSet(row.code, Clock::now() + patience));
+    return decoded(row, mImpl->service().nextSet(row.code, deadlineAfter(patience)));
 }
 
 }  // namespace qvn::testing

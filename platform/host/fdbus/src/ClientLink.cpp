@@ -31,12 +31,26 @@ void ClientLink::connect(const std::string& service) {
     if (!possible) {
         return;
     }
+    holdSendsBack();
     mLoop->post(whileOwned([this, service] {
         dropConnection();
         mService = service;
         mWanted = true;
         watch();
+        letSendsGo();
     }));
+}
+
+/// A service that is there is not to miss what is sent between connect() and the loop's turn to connect: as long as
+/// something is under way that comes before it, a send takes the way over the loop, too.
+void ClientLink::holdSendsBack() {
+    const qvn::sync::MutexLock lock(mMutex);
+    ++mBeforeSends;
+}
+
+void ClientLink::letSendsGo() {
+    const qvn::sync::MutexLock lock(mMutex);
+    --mBeforeSends;
 }
 
 /// Waits for the service, as soon as there is a runtime directory for it to be in.
@@ -176,7 +190,22 @@ bool ClientLink::send(FrameBuilder& frame) {
     if (!contextRuns()) {
         return false;
     }
-    if (const std::shared_ptr<Connection> connection = current()) {
+    std::shared_ptr<Connection> connection;
+    {
+        const qvn::sync::MutexLock lock(mMutex);
+        if (mBeforeSends != 0) {
+            ++mBeforeSends;
+            mLoop->post(whileOwned([this, late = std::string(frame.bytes())] {
+                if (const std::shared_ptr<Connection> made = current()) {
+                    made->send(late);
+                }
+                letSendsGo();
+            }));
+            return true;
+        }
+        connection = mConnection;
+    }
+    if (connection) {
         connection->send(frame.bytes());
     }
     return true;

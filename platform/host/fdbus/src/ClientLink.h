@@ -49,6 +49,8 @@ private:
     void awaitReply(uint32_t serial, FdbMsgCode_t code, int32_t timeout);
     void failRequest(uint32_t serial, int32_t error, const char* text);
 
+    void holdSendsBack();
+    void letSendsGo();
     std::shared_ptr<Connection> current();
 
     std::string mService;
@@ -65,6 +67,7 @@ private:
 
     qvn::sync::Mutex mMutex;
     std::shared_ptr<Connection> mConnection QVN_GUARDED_BY(mMutex);
+    int mBeforeSends QVN_GUARDED_BY(mMutex) = 0;  // tasks on their way to the loop that come before the next send
 };
 
 }  // namespace fdb
