@@ -2,6 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+
+#include "vehiclectl/Periods.h"
+
 namespace qvn::tools {
 namespace {
 
@@ -114,6 +118,26 @@ TEST_F(WatchViewTest, TheRateIsThatOfTheLastValues) {
     EXPECT_NEAR(of("EPB1_EPBSts").arrivals.rate(11 * kSecond), 10.0, 0.01);
     EXPECT_NEAR(of("EPB1_EPBSts").arrivals.rate(13 * kSecond), 1.0, 0.01) << "it has stopped";
     EXPECT_EQ(of("EPB1_EPBSts").arrivals.rate(17 * kSecond), 0.0);
+}
+
+TEST_F(WatchViewTest, AnOlderValueDoesNotReplaceANewerOne) {
+    value("EPB1_EPBSts", 2, 5);
+    value("EPB1_EPBSts", 1, 4);  // was there before the subscription
+    EXPECT_EQ(valueText(of("EPB1_EPBSts")).substr(0, 1), "2");
+    EXPECT_EQ(ageText(of("EPB1_EPBSts"), 6 * kSecond), ">1.0 s");
+}
+
+TEST(PeriodsTest, AreMeasuredBetweenValues) {
+    Periods periods;
+    for (const long at : {1000L, 1010L, 1030L, 1030L, 1060L}) {  // the same time twice is no period
+        periods.add(at * 1'000'000);
+    }
+    EXPECT_EQ(periods.count(), 3);
+    EXPECT_DOUBLE_EQ(periods.mean(), 20);
+    EXPECT_DOUBLE_EQ(periods.rate(), 50);
+    EXPECT_EQ(periods.shortest(), 10);
+    EXPECT_EQ(periods.longest(), 30);
+    EXPECT_NEAR(periods.deviation(), std::sqrt(200.0 / 3), 1e-9);
 }
 
 }  // namespace

@@ -1,7 +1,9 @@
 #include "desk/Output.h"
 
+#include <limits.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <cstdarg>
@@ -18,8 +20,15 @@ namespace qvn::tools {
 namespace {
 
 constexpr std::size_t kMostWaiting = std::size_t{256} * 1024;  // bytes; a pipe of the system holds 64 KiB more
-constexpr std::size_t kChunk = 4096;
 constexpr std::chrono::milliseconds kHurriedWait(500);
+
+/// How many bytes to write at once: as many whole lines as a pipe takes or leaves as one, so that no line is cut when
+/// the process ends while its reader has stopped.
+std::size_t wholeLines(const std::string& text, std::size_t begin) {
+    const std::size_t most = std::min<std::size_t>(text.size() - begin, PIPE_BUF);
+    const std::size_t end = text.rfind('\n', begin + most - 1);
+    return end == std::string::npos || end < begin ? most : end + 1 - begin;
+}
 
 }  // namespace
 
@@ -104,7 +113,7 @@ std::string Output::Writer::next() {
         const sync::MutexLock lock(mutex_);
         std::string text;
         inHand_ = 0;
-        while (!closed_ && !waiting_.empty() && text.size() < kChunk) {
+        while (!closed_ && !waiting_.empty() && (text.empty() || text.size() + waiting_.front().size() <= PIPE_BUF)) {
             bytes_ -= waiting_.front().size();
             text += waiting_.front();
             waiting_.pop_front();
@@ -132,7 +141,7 @@ bool Output::Writer::awaitText() {
 
 bool Output::Writer::writeAll(const std::string& text) {
     for (std::size_t done = 0; done < text.size();) {
-        const ssize_t count = ::write(STDOUT_FILENO, text.data() + done, text.size() - done);
+        const ssize_t count = ::write(STDOUT_FILENO, text.data() + done, wholeLines(text, done));
         if (count >= 0) {
             done += static_cast<std::size_t>(count);
         } else if (errno == EAGAIN) {

@@ -1,49 +1,15 @@
-#include <algorithm>
-#include <cmath>
 #include <map>
 #include <nlohmann/json.hpp>
 #include <set>
 
 #include "desk/ExitCode.h"
 #include "desk/Json.h"
-#include "desk/MonotonicTime.h"
 #include "vehiclectl/Commands.h"
+#include "vehiclectl/Periods.h"
 #include "vehiclectl/Waiting.h"
 
 namespace qvn::tools {
 namespace {
-
-constexpr double kMillisecond = 1e6;  // ns
-
-/// The periods between the values of one property, in ms.
-class Periods {
-public:
-    void add(long at) {
-        if (last_ != 0 && at > last_) {
-            const double period = static_cast<double>(at - last_) / kMillisecond;
-            shortest_ = count_ == 0 ? period : std::min(shortest_, period);
-            longest_ = std::max(longest_, period);
-            ++count_;
-            // Welford's way to a variance in one pass.
-            const double distance = period - mean_;
-            mean_ += distance / count_;
-            squares_ += distance * (period - mean_);
-        }
-        last_ = at;
-    }
-
-    int count() const { return count_; }
-    double rate() const { return 1e3 / mean_; }
-    double mean() const { return mean_; }
-    double shortest() const { return shortest_; }
-    double longest() const { return longest_; }
-    double deviation() const { return std::sqrt(squares_ / count_); }
-
-private:
-    long last_ = 0;
-    int count_ = 0;
-    double mean_ = 0.0, squares_ = 0.0, shortest_ = 0.0, longest_ = 0.0;
-};
 
 void print(Output& output, const PropertyInfo& property, const Periods& periods, bool json) {
     if (json) {
@@ -71,6 +37,7 @@ int hzCommand(const MeasureOptions& options, const StopSignals& stop, Output& ou
         return kFailed;
     }
     std::set<int> known;  // of these the current value has come, which is no sign of a period
+    const Clock::time_point start = Clock::now();
     followFor(options.duration, stop, [&](const Update& update) {
         if (update.kind == Update::Kind::Value && update.origin == Update::Origin::Service) {
             if (!known.insert(update.property).second) {
@@ -92,8 +59,8 @@ int hzCommand(const MeasureOptions& options, const StopSignals& stop, Output& ou
         }
     }
     if (silent > 0) {
-        std::fprintf(stderr, "%zu of %zu properties came less than twice in %g s\n", silent, wanted.size(),
-                     options.duration);
+        const double seconds = std::chrono::duration<double>(Clock::now() - start).count();
+        std::fprintf(stderr, "%zu of %zu properties came less than twice in %.1f s\n", silent, wanted.size(), seconds);
     }
     return silent == wanted.size() ? kTimedOut : kDone;
 }

@@ -1,15 +1,11 @@
 #include <poll.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <cstdio>
-#include <cstring>
-#include <memory>
-#include <stdexcept>
+#include <optional>
+#include <utility>
 
-#include "desk/BadInput.h"
 #include "desk/ExitCode.h"
 #include "desk/MonotonicTime.h"
 #include "desk/PollUntil.h"
@@ -17,12 +13,16 @@
 #include "desk/Text.h"
 #include "vehiclectl/BusTap.h"
 #include "vehiclectl/Commands.h"
+#include "vehiclectl/TraceFile.h"
 #include "vehiclectl/Waiting.h"
 
 namespace qvn::tools {
 namespace {
 
 constexpr std::chrono::milliseconds kProgressInterval(500);
+
+/// A service that is there has been reached by then.
+constexpr std::chrono::milliseconds kTimeToConnect(300);
 
 /// The codes of the signals that feed the properties, and of their messages.
 std::vector<std::uint32_t> codesOf(const std::vector<const PropertyInfo*>& properties) {
@@ -73,58 +73,45 @@ std::string lineOf(const TapEvent& event, long start) {
 /// Where the trace goes: a file of its own, or standard output.
 class Destination {
 public:
-    Destination(const RecordOptions& options, Output& output) : name_(options.file), output_(output) {
-        if (name_ == "-") {
-            return;
-        }
-        // "x": the file must not be there yet, whoever made it.
-        file_.reset(std::fopen(name_.c_str(), options.force ? "we" : "wxe"));
-        if (!file_) {
-            throw BadInput(errno == EEXIST ? name_ + " is there already; --force replaces it"
-                                           : "cannot write " + name_ + ": " + std::strerror(errno));
+    Destination(const RecordOptions& options, Output& output, const std::string& firstLine) : output_(output) {
+        if (options.file != "-") {
+            file_.emplace(options.file, options.force, firstLine);
+        } else {
+            add(firstLine);
         }
     }
 
-    /// @throws std::runtime_error when the file takes no more
-    void write(const std::string& line) {
+    void add(const std::string& line) {
         bytes_ += line.size();
-        if (!file_) {
-            output_.write(line);
-        } else if (std::fwrite(line.data(), 1, line.size(), file_.get()) != line.size()) {
-            fail();
-        }
+        file_ ? void(waiting_ += line) : output_.write(line);
     }
-    /// What was written so far is in the file then, in whole lines.
+    /// What was added so far is in the file then.
+    /// @throws std::runtime_error when the file takes no more
     void flush() {
-        if (file_ && std::fflush(file_.get()) != 0) {
-            fail();
+        if (file_) {
+            file_->append(std::exchange(waiting_, {}));
         }
     }
-    std::size_t bytes() const { return bytes_; }
+    std::size_t bytes() const { return file_ ? file_->bytes() : bytes_; }
 
 private:
-    struct Closer {
-        void operator()(std::FILE* file) const { std::fclose(file); }
-    };
-
-    [[noreturn]] void fail() const {
-        throw std::runtime_error("cannot write " + name_ + ": " + std::strerror(errno) + "; it ends before this");
-    }
-
-    const std::string name_;
     Output& output_;
-    std::unique_ptr<std::FILE, Closer> file_;
+    std::optional<TraceFile> file_;
+    std::string waiting_;
     std::size_t bytes_ = 0;
 };
 
 /// One `record` from its start to its summary.
 class Recording {
 public:
-    Recording(const RecordOptions& options, Output& output)
-        : options_(options), output_(output), to_(options, output) {}
+    Recording(const RecordOptions& options, Output& output, long start)
+        : options_(options),
+          output_(output),
+          start_(start),
+          to_(options, output, "# recorded by vehiclectl; times are seconds since its start\n") {}
 
     void run(BusTap& tap, const StopSignals& stop) {
-        to_.write("# recorded by vehiclectl; times are seconds since its start\n");
+        begin(tap, stop);
         const std::optional<Clock::time_point> end =
             options_.duration ? std::optional(inSeconds(*options_.duration)) : std::nullopt;
         while (!complete() && (!end || Clock::now() < *end)) {
@@ -138,7 +125,6 @@ public:
             showProgress();
         }
         write(tap.take());
-        to_.flush();
     }
 
     void printSummary() const {
@@ -150,15 +136,37 @@ private:
     bool complete() const { return options_.count && events_ >= *options_.count; }
     double seconds() const { return static_cast<double>(monotonicNow() - start_) / kNanosecondsPerSecond; }
 
+    /// A recording begins with the state of the service: who plays it has one, and what it does not say stays.
+    void begin(BusTap& tap, const StopSignals& stop) {
+        const Clock::time_point end = Clock::now() + kTimeToConnect;
+        std::vector<TapEvent> events = tap.take();
+        const auto isUp = [&events] {
+            return std::any_of(events.begin(), events.end(),
+                               [](const TapEvent& event) { return event.kind == TapEvent::Kind::ServiceUp; });
+        };
+        for (int ready = 1; !isUp() && ready > 0;) {
+            pollfd fds[] = {{tap.fd(), POLLIN, 0}, {stop.fd(), POLLIN, 0}};
+            ready = pollUntil(fds, std::size(fds), end);
+            ready = fds[1].revents != 0 ? 0 : ready;
+            const std::vector<TapEvent> more = tap.take();
+            events.insert(events.end(), more.begin(), more.end());
+        }
+        if (!isUp()) {
+            events.insert(events.begin(), TapEvent{start_, TapEvent::Kind::ServiceDown, 0, {}});
+        }
+        write(events);
+    }
+
     void write(const std::vector<TapEvent>& events) {
         for (const TapEvent& event : events) {
             if (complete()) {
-                return;
+                break;
             }
             cameUp_ = cameUp_ || event.kind == TapEvent::Kind::ServiceUp;
-            to_.write(lineOf(event, start_));
+            to_.add(lineOf(event, start_));
             ++events_;
         }
+        to_.flush();
     }
 
     void showProgress() {
@@ -166,7 +174,6 @@ private:
         if (now < nextProgress_ || isatty(STDERR_FILENO) == 0 || options_.file == "-") {
             return;
         }
-        to_.flush();
         std::fprintf(stderr, "\r%.1f s  %ld events  %zu bytes%s", seconds(), events_, to_.bytes(),
                      cameUp_ ? "" : "  (waiting for the CAN service)");
         shown_ = true;
@@ -175,7 +182,7 @@ private:
 
     const RecordOptions& options_;
     Output& output_;
-    const long start_ = monotonicNow();
+    const long start_;
     Destination to_;
     Clock::time_point nextProgress_;
     long events_ = 0;
@@ -187,11 +194,12 @@ private:
 
 int recordCommand(const RecordOptions& options, const StopSignals& stop, Output& output) {
     const std::vector<std::uint32_t> codes = codesOf(receivedProperties(options.properties));
-    Recording recording(options, output);
     if (!prepareService()) {
         return kFailed;
     }
+    const long start = monotonicNow();
     BusTap tap(codes);
+    Recording recording(options, output, start);
     recording.run(tap, stop);
     output.drain();
     recording.printSummary();

@@ -1,0 +1,94 @@
+#include "desk/Output.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <string>
+
+#include "support/Resources.h"
+
+namespace qvn::tools {
+namespace {
+
+/// Standard output as a pipe that is read when the test wants to.
+class OutputTest : public testing::Test {
+protected:
+    OutputTest() {
+        EXPECT_EQ(pipe(ends_), 0);
+        dup2(ends_[1], STDOUT_FILENO);
+        close(ends_[1]);
+    }
+    ~OutputTest() override {
+        restore();
+        close(usual_);
+        close(ends_[0]);
+    }
+    /// Before the test says anything itself.
+    void restore() const { dup2(usual_, STDOUT_FILENO); }
+    /// What waits in the pipe.
+    std::string read() const {
+        std::string text(1 << 20, 0);
+        fcntl(ends_[0], F_SETFL, O_NONBLOCK);
+        std::size_t size = 0;
+        for (ssize_t got = 0; (got = ::read(ends_[0], &text[size], text.size() - size)) > 0;) {
+            size += static_cast<std::size_t>(got);
+        }
+        text.resize(size);
+        return text;
+    }
+
+    StopSignals stop;
+
+private:
+    int ends_[2] = {};
+    const int usual_ = dup(STDOUT_FILENO);
+};
+
+TEST_F(OutputTest, CountsWhatAStoppedReaderDoesNotGetAndCutsNoLine) {
+    constexpr int kLines = 2000;  // more than a pipe holds
+    std::fflush(stdout);
+    pid_t child = -1;
+    int status = -1;
+    const std::string complaint = test::logOf([&] {
+        child = fork();
+        if (child != 0) {
+            waitpid(child, &status, 0);
+            return;
+        }
+        // A process of its own, so that the thread that hangs in a write ends.
+        std::string text;
+        Output output(stop);
+        for (int i = 0; i < kLines; ++i) {
+            output.write(std::string(99, 'x') + "\n");
+        }
+        output.hurry();
+        output.finish(&text);
+        std::fputs(text.c_str(), stderr);
+        _exit(0);
+    });
+    const std::string text = read();
+    restore();
+    EXPECT_EQ(status, 0);
+    const auto shown = std::count(text.begin(), text.end(), '\n');
+    EXPECT_GT(shown, 0);
+    EXPECT_EQ(text.size(), static_cast<std::size_t>(shown) * 100) << "whole lines";
+    EXPECT_EQ(complaint,
+              "standard output was not read in time; " + std::to_string(kLines - shown) + " lines were left out");
+}
+
+TEST_F(OutputTest, RestsWhenEverythingHasBeenWritten) {
+    Output output(stop);
+    output.write(std::string(10000, 'x') + "\nend\n");
+    output.drain();
+    const std::string text = read();
+    restore();
+    EXPECT_EQ(text, std::string(10000, 'x') + "\nend\n");
+    EXPECT_TRUE(test::isIdle());
+}
+
+}  // namespace
+}  // namespace qvn::tools
