@@ -22,6 +22,12 @@ TEST_F(BadInput, IsToldInOneLine) {
     } cases[] = {
         {"vehiclectl wach", 2, "unknown command 'wach'; did you mean watch?"},
         {"vehiclectl get --jsno", 2, "unknown option '--jsno'; did you mean --json?"},
+        {"vehiclectl --json list", 2,
+         "'--json' belongs to a command; expected it after that, as in 'vehiclectl COMMAND --json'; see 'vehiclectl "
+         "list "
+         "--help'"},
+        {"vehiclectl get ESP_FD2_VehSpd --timeout 1 --timeout 2", 2,
+         "--timeout may be given only once; see 'vehiclectl get --help'"},
         {"vehiclectl doctor now", 2, "'now' is not expected here; see 'vehiclectl doctor --help'"},
         {"vehiclectl watch --duration", 2, "--duration needs a value; see 'vehiclectl watch --help'"},
         {"vehiclectl watch --count 1.5", 2,
@@ -92,6 +98,9 @@ TEST_F(BadInput, HelpManualPageAndCompletionNameTheSameOptions) {
                                                          {"vehiclectl get ESP_FD2_VehSpdV", "ESP_FD2_VehSpdVld"},
                                                          {"vehiclectl get HUT6_CarMdlD", ""},
                                                          {"vehiclectl set HUT6_CarMdlD", "HUT6_CarMdlDispCmd"},
+                                                         {"vehiclectl record a.trace BCM1_Trunk", "BCM1_TrunkSts"},
+                                                         {"vehiclectl set A 1 --wait-for BCM1_Trunk", "BCM1_TrunkSts"},
+                                                         {"vehiclectl set A 1 --wait-for BCM1_DrvDoorSts = op", "open"},
                                                          {"can-service-sim --exit", "--exit-at-end"}};
     for (const auto& [line, completed] : cases) {
         const std::string words(line);

@@ -17,7 +17,7 @@ namespace qvn::e2e {
 namespace {
 
 constexpr int kTraffic = 300;  // values a round
-constexpr int kMaxRounds = 200;
+constexpr int kMaxRounds = 20;
 
 using Restart = DeskTest;
 

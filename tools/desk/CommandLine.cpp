@@ -39,6 +39,10 @@ std::string unexpected(const CLI::App& app, const CLI::App& command, const std::
         const std::vector<std::string> more = optionsOf(command);
         options.insert(options.end(), more.begin(), more.end());
         const std::string name = argument.substr(0, argument.find('='));
+        if (std::find(options.begin(), options.end(), name) != options.end()) {
+            return tools::quoted(name) + " belongs to a command; expected it after that, as in '" + app.get_name() +
+                   " COMMAND " + name + "'";
+        }
         return "unknown option " + tools::quoted(name) + suggestionText(name, options);
     }
     const std::vector<std::string> commands = commandsOf(app);
@@ -60,7 +64,8 @@ std::string complaint(const CLI::App& app, const CLI::App& command, const CLI::P
     }
     const std::string text = error.what();
     if (dynamic_cast<const CLI::ArgumentMismatch*>(&error) != nullptr) {
-        return text.substr(0, text.find(':')) + " needs a value";
+        const bool many = text.find("At Most") != std::string::npos;
+        return text.substr(0, text.find(':')) + (many ? " may be given only once" : " needs a value");
     }
     return text;
 }
