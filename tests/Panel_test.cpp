@@ -3,9 +3,11 @@
 #include <string>
 #include <thread>
 
+#include "can-service-sim/panel/EventLog.h"
 #include "can-service-sim/panel/IpAddress.h"
 #include "can-service-sim/panel/PageStream.h"
 #include "can-service-sim/panel/RequestGuard.h"
+#include "can-service-sim/panel/SampleHistory.h"
 
 namespace qvn::tools {
 namespace {
@@ -89,6 +91,43 @@ TEST(PageStream, GivesUpAPageThatTakesNothing) {
     EXPECT_LT(put, 1000);
     std::vector<PageStream::Text> texts;
     EXPECT_FALSE(page.take(&texts));
+}
+
+TEST(EventLog, KeepsSetsWhateverElseHappens) {
+    EventLog log;
+    const char* const ofSets[] = {"set", "ignored set", "answer", "no answer"};
+    for (const char* const kind : ofSets) {
+        log.add({{"event", kind}});
+    }
+    for (int i = 0; i < 1000; ++i) {
+        log.add({{"event", "message"}});
+    }
+    Json events = log.since(0);
+    ASSERT_EQ(events.size(), 304U);
+    EXPECT_EQ(events.at(3), (Json{{"event", "no answer"}, {"n", 4}}));
+    EXPECT_EQ(events.at(4)["n"], 705);
+    for (int i = 0; i < 1000; ++i) {
+        log.add({{"event", "set"}});
+    }
+    EXPECT_EQ(log.since(0).size(), 600U);
+    EXPECT_EQ(log.since(2002).size(), 2U);
+    EXPECT_EQ(log.last(), 2004U);
+}
+
+TEST(SampleHistory, IsTheLastMinuteOfWhatMoved) {
+    SampleHistory history(3);
+    EXPECT_EQ(history.size(), 0U);
+    for (int second = 0; second < 61; ++second) {
+        history.add([&](std::size_t signal) {
+            return signal == 1 ? Json(second) : signal == 2 ? Json(second < 1) : Json();
+        });
+    }
+    EXPECT_EQ(history.size(), 60U);
+    const Json moved = history.moved();
+    ASSERT_EQ(moved.size(), 1U) << "the third has been the same for a minute";
+    EXPECT_EQ(moved[0][0], 1);
+    EXPECT_EQ(moved[0][1].front(), 1);
+    EXPECT_EQ(moved[0][1].back(), 60);
 }
 
 }  // namespace

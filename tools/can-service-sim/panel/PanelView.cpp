@@ -1,9 +1,6 @@
 #include "can-service-sim/panel/PanelView.h"
 
-#include <algorithm>
 #include <cmath>
-#include <functional>
-#include <iterator>
 #include <map>
 #include <utility>
 
@@ -15,9 +12,6 @@
 
 namespace qvn::tools {
 namespace {
-
-constexpr std::size_t kSamples = 60;
-constexpr std::size_t kMostLogged = 300;
 
 long long unixMilliseconds(std::chrono::system_clock::time_point time) {
     return std::chrono::duration_cast<std::chrono::milliseconds>(time.time_since_epoch()).count();
@@ -87,8 +81,9 @@ Json PanelView::everything() {
     addValues(state, true);
     addMessages(state, true);
     addVehicleState(state, true);
-    addHistory(state);
-    state["log"] = log(0);
+    state["samples"] = history_.size();
+    state["history"] = history_.moved();
+    state["log"] = log_.since(0);
     return state;
 }
 
@@ -97,8 +92,8 @@ Json PanelView::changes() {
     addValues(state, false);
     addMessages(state, false);
     addVehicleState(state, false);
-    if (toldEvents_ < logged_) {
-        state["log"] = log(std::exchange(toldEvents_, logged_));
+    if (toldEvents_ < log_.last()) {
+        state["log"] = log_.since(std::exchange(toldEvents_, log_.last()));
     }
     return state;
 }
@@ -106,26 +101,15 @@ Json PanelView::changes() {
 void PanelView::note(const Json& event) {
     Json entry = event;
     entry["t"] = rounded(elapsed(Clock::now()));
-    entry["n"] = ++logged_;
-    // A trace that is played again and again must not push sets out.
-    const std::string kind = event["event"];
-    const bool ofSet = kind == "set" || kind == "ignored set" || kind == "answer" || kind == "no answer";
-    std::deque<Json>& log = ofSet ? sets_ : others_;
-    log.push_back(std::move(entry));
-    if (log.size() > kMostLogged) {
-        log.pop_front();
-    }
+    log_.add(std::move(entry));
 }
 
 void PanelView::sample() {
-    for (std::size_t place = 0; place < history_.size(); ++place) {
+    history_.add([this](std::size_t place) {
         const tables::DecodingRow& row = tables::kDecodingRules[place];
         const std::optional<CanService::Value> value = player_.service().signal(row.code);
-        history_[place].push_back(value ? valueOf(row, value->raw) : Json());
-        if (history_[place].size() > kSamples) {
-            history_[place].pop_front();
-        }
-    }
+        return value ? valueOf(row, value->raw) : Json();
+    });
 }
 
 double PanelView::elapsed(Clock::time_point time) const {
@@ -195,27 +179,6 @@ void PanelView::addVehicleState(Json& state, bool all) {
     if (!all) {
         toldState_ = std::move(now);
     }
-}
-
-void PanelView::addHistory(Json& state) const {
-    state["samples"] = history_.front().size();
-    Json& history = state["history"] = Json::array();
-    for (std::size_t place = 0; place < history_.size(); ++place) {
-        const std::deque<Json>& samples = history_[place];
-        if (std::adjacent_find(samples.begin(), samples.end(), std::not_equal_to<>()) != samples.end()) {
-            history.push_back({place, samples});
-        }
-    }
-}
-
-/// The events after that number.
-Json PanelView::log(std::size_t since) const {
-    Json events = Json::array();
-    for (const std::deque<Json>* const log : {&sets_, &others_}) {
-        std::copy_if(log->begin(), log->end(), std::back_inserter(events),
-                     [&](const Json& event) { return event["n"] > since; });
-    }
-    return events;
 }
 
 }  // namespace qvn::tools

@@ -2,13 +2,13 @@
 
 #include <chrono>
 #include <cstdint>
-#include <deque>
-#include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "can-service-sim/Player.h"
+#include "can-service-sim/panel/EventLog.h"
+#include "can-service-sim/panel/SampleHistory.h"
 #include "desk/Json.h"
 #include "desk/PollUntil.h"
 
@@ -51,8 +51,6 @@ private:
     void addValues(Json& state, bool all);
     void addMessages(Json& state, bool all);
     void addVehicleState(Json& state, bool all);
-    void addHistory(Json& state) const;
-    Json log(std::size_t since) const;
 
     const Player& player_;
     const std::string serviceName_;
@@ -63,10 +61,8 @@ private:
     std::vector<bool> toldTimeOuts_;
     Json toldState_;
     std::size_t toldEvents_ = 0;
-    std::vector<std::deque<Json>> history_;  // by signal
-    std::deque<Json> sets_;                  // with their answers
-    std::deque<Json> others_;                // of the journal's events
-    std::size_t logged_ = 0;
+    SampleHistory history_;
+    EventLog log_;
 };
 
 }  // namespace qvn::tools

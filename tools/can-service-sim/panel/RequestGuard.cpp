@@ -26,10 +26,10 @@ std::string refusal(const RequestOrigin& request, const std::string& ownHostName
     const std::string name = hostName(request.host);
     const bool own = isAddress(name) || sameName(name, "localhost") || sameName(name, ownHostName);
     if (name.empty() || !own) {
-        return "the host " + quoted(name) + " is none of this machine's; use an IP address or localhost";
+        return "the host " + tools::quoted(name) + " is none of this machine's; use an IP address or localhost";
     }
     if (!request.origin.empty() && !sameName(request.origin, "http://" + request.host)) {
-        return "a page of " + quoted(request.origin) + " asks; only the panel's own page may";
+        return "a page of " + tools::quoted(request.origin) + " asks; only the panel's own page may";
     }
     const std::string& site = request.fetchSite;
     if (!site.empty() && site != "same-origin" && site != "none") {

@@ -1,0 +1,32 @@
+#include "can-service-sim/panel/SampleHistory.h"
+
+#include <algorithm>
+
+namespace qvn::tools {
+namespace {
+
+constexpr std::size_t kSamples = 60;
+
+}  // namespace
+
+void SampleHistory::add(const std::function<Json(std::size_t signal)>& valueOf) {
+    for (std::size_t signal = 0; signal < samples_.size(); ++signal) {
+        samples_[signal].push_back(valueOf(signal));
+        if (samples_[signal].size() > kSamples) {
+            samples_[signal].pop_front();
+        }
+    }
+}
+
+Json SampleHistory::moved() const {
+    Json all = Json::array();
+    for (std::size_t signal = 0; signal < samples_.size(); ++signal) {
+        const std::deque<Json>& samples = samples_[signal];
+        if (std::adjacent_find(samples.begin(), samples.end(), std::not_equal_to<>()) != samples.end()) {
+            all.push_back({signal, samples});
+        }
+    }
+    return all;
+}
+
+}  // namespace qvn::tools
