@@ -9,6 +9,21 @@ qvn_add_test(NAME tools_test
     LIBS qvn_can_service_sim qvn_vehiclectl
     LABELS tools)
 
+# The modules of the panel's page that need no browser, and the syntax of all.
+find_program(QVN_NODE NAMES node nodejs)
+if(QVN_NODE)
+    set(page_folder "${PROJECT_SOURCE_DIR}/tools/can-service-sim/panel/page")
+    add_test(NAME PanelPage.Modules COMMAND "${QVN_NODE}" --test connection.test.js layout.test.js model.test.js
+        WORKING_DIRECTORY "${CMAKE_CURRENT_SOURCE_DIR}/page")
+    add_test(NAME PanelPage.Syntax
+        COMMAND sh -c "for file in '${page_folder}'/*.js; do '${QVN_NODE}' --check \"$file\" || exit 1; done")
+    set_property(TEST PanelPage.Syntax PROPERTY LABELS tools)
+else()
+    add_test(NAME PanelPage.Modules COMMAND sh -c "echo 'there is no node here'; exit 77")
+    set_property(TEST PanelPage.Modules PROPERTY SKIP_RETURN_CODE 77)
+endif()
+set_property(TEST PanelPage.Modules PROPERTY LABELS tools)
+
 # What scripts/generate makes must be as it would make it now.
 set(generator "${CMAKE_CROSSCOMPILING_EMULATOR} $<TARGET_FILE:property-ids>")
 add_test(NAME PropertyIds.HeaderIsCurrent

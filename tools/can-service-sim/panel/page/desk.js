@@ -1,7 +1,8 @@
 // What stands around the vehicle: service, reverse line, clients, messages and the trace.
 
 import { make, markFault, setText } from "./elements.js";
-import { Latest, send, turnMessage } from "./lines.js";
+import { Latest } from "./latest.js";
+import { send, turnMessage } from "./lines.js";
 import { durationText } from "./model.js";
 
 const element = (selector) => document.querySelector(selector);
@@ -17,7 +18,7 @@ function isOver({ position, length }) {
 export class DeskView {
   #model;
   #chips;
-  #seek = new Latest();
+  #seek = new Latest(send);
   #dragging = false;
 
   constructor(model) {

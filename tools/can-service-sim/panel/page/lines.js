@@ -30,23 +30,3 @@ export async function send(line) {
 export function turnMessage(message) {
   send(`${message.name}!${message.timedOut ? "ok" : "timeout"}`);
 }
-
-/** Sends lines of something that moves on (a slider, a drag): the newest one, when the one before has arrived. */
-export class Latest {
-  #waiting = null;
-  #busy = false;
-
-  async send(line) {
-    this.#waiting = line;
-    if (this.#busy) {
-      return;
-    }
-    this.#busy = true;
-    while (this.#waiting !== null) {
-      const next = this.#waiting;
-      this.#waiting = null;
-      await send(next);
-    }
-    this.#busy = false;
-  }
-}

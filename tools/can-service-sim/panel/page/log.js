@@ -1,7 +1,7 @@
 // What clients set, and what the rules answered; on demand everything that happened.
 
 import { make } from "./elements.js";
-import { isOfSet } from "./model.js";
+import { entries, textOf } from "./events.js";
 
 const MOST = 200;
 
@@ -20,14 +20,8 @@ export class LogView {
     if (!changed.log) {
       return;
     }
-    const answers = new Map();
-    for (const event of this.#model.log) {
-      if (isAnswer(event)) {
-        answers.set(event.set, [...(answers.get(event.set) ?? []), event]);
-      }
-    }
-    const shown = this.#model.log.filter((event) => !isAnswer(event) && (isOfSet(event) || this.#all.checked));
-    this.#list.replaceChildren(...shown.slice(-MOST).reverse().map((event) => this.#entry(event, answers.get(event.set) ?? [])));
+    const shown = entries(this.#model.log, { all: this.#all.checked, most: MOST });
+    this.#list.replaceChildren(...shown.map(({ event, answers }) => this.#entry(event, answers)));
     document.querySelector("#log .hint").hidden = shown.length > 0;
   }
 
@@ -48,24 +42,5 @@ export class LogView {
       told.push(make("p", { class: "none" }, waiting === 1 ? "an answer is to follow" : `${waiting} answers are to follow`));
     }
     return make("li", { class: "set" }, time, make("b", {}, `${event.signal} = ${event.value}`), ` (${event.raw})`, ...told);
-  }
-}
-
-function isAnswer({ event }) {
-  return event === "answer" || event === "no answer";
-}
-
-function textOf(event) {
-  switch (event.event) {
-    case "message":
-      return `${event.message} ${event.ok ? "is received again" : "timed out"}`;
-    case "reverse":
-      return `reverse ${event.engaged ? "engaged" : "released"}`;
-    case "service":
-      return `service ${event.up ? "up" : "down"}`;
-    case "fault":
-      return `${event.of} ${event.fault}${event.seconds === undefined ? "" : ` ${event.seconds} s`}`;
-    default:
-      return event.text;
   }
 }

@@ -1,22 +1,29 @@
 // Connects the page to the simulator, and keeps it connected.
 
+import { Connection } from "./connection.js";
 import { DeskView } from "./desk.js";
 import { setText } from "./elements.js";
 import { send } from "./lines.js";
 import { LogView } from "./log.js";
-import { Model } from "./model.js";
+import { Model, sameSimulator } from "./model.js";
 import { SignalsView } from "./signals.js";
 import { VehicleView } from "./vehicle.js";
 
-const RETRY_MS = 500;
-const SILENCE_MS = 5000; // the simulator says something each second
+const LOOK_MS = 500;
 
-let stream = null;
 let model = null;
 let views = [];
 let desk = null;
 let signals = null;
-let lastHeard = 0;
+
+const connection = new Connection({
+  open: () => new EventSource("events"),
+  isHidden: () => document.hidden,
+  now: () => performance.now(),
+  onVehicle: takeVehicle,
+  onState: takeState,
+  onOnline: showOnline,
+});
 
 function showOnline(online) {
   document.body.classList.toggle("offline", !online);
@@ -27,11 +34,12 @@ function showOnline(online) {
 
 function takeVehicle(vehicle) {
   if (model && model.vehicle.version !== vehicle.version) {
+    connection.close();
     location.reload(); // this page belongs to another version of the simulator
     return;
   }
-  if (model?.vehicle.started === vehicle.started) {
-    return; // the same simulator: what a person is about to do here goes on
+  if (model && sameSimulator(model.vehicle, vehicle)) {
+    return; // what a person is about to do here goes on
   }
   model = new Model(vehicle);
   desk = new DeskView(model);
@@ -40,51 +48,21 @@ function takeVehicle(vehicle) {
 }
 
 function takeState(state) {
-  lastHeard = performance.now();
   const changed = model.take(state);
   for (const view of views) {
     view.render(changed);
   }
-  showOnline(true);
-}
-
-function connect() {
-  stream = new EventSource("events");
-  lastHeard = performance.now();
-  stream.addEventListener("vehicle", (event) => takeVehicle(JSON.parse(event.data)));
-  stream.addEventListener("state", (event) => takeState(JSON.parse(event.data)));
-  stream.onerror = () => {
-    disconnect();
-    setTimeout(reconnect, RETRY_MS);
-  };
-}
-
-function disconnect() {
-  stream?.close();
-  stream = null;
-  showOnline(false);
-}
-
-function reconnect() {
-  if (!stream && !document.hidden) {
-    connect();
-  }
 }
 
 function eachSecond() {
-  if (stream && performance.now() - lastHeard > SILENCE_MS) {
-    disconnect();
-  }
-  reconnect();
-  if (model && stream) {
+  if (model && connection.isOpen()) {
     model.sample();
     signals.renderTime();
-    desk.renderClients();
+    desk.renderTime();
   }
 }
 
-// A browser has few connections to a host: a page that nobody looks at gives its own back.
-document.addEventListener("visibilitychange", () => (document.hidden ? disconnect() : reconnect()));
+document.addEventListener("visibilitychange", () => connection.look());
 
 document.addEventListener("keydown", (event) => {
   if (event.repeat || event.ctrlKey || event.metaKey || event.altKey || event.target.matches("input, select, textarea, dialog *")) {
@@ -113,5 +91,6 @@ document.querySelector("#line").onsubmit = async (event) => {
   }
 };
 
-connect();
+connection.look();
+setInterval(() => connection.look(), LOOK_MS);
 setInterval(eachSecond, 1000);

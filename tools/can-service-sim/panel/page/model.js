@@ -1,6 +1,8 @@
 // The vehicle as the simulator tells it: names, present values, the last minute.
 
-const SAMPLES = 60;
+import { isOfSet } from "./events.js";
+
+export const SAMPLES = 60; // of each signal, one a second
 const MOST_EVENTS = 300; // of sets with their answers, and of everything else
 
 export class Model {
@@ -91,9 +93,9 @@ export class Model {
   }
 }
 
-/** Whether an event of the log is a set, or an answer to one. */
-export function isOfSet({ event }) {
-  return ["set", "ignored set", "answer", "no answer"].includes(event);
+/** Whether two descriptions are of one simulator that has not been started anew. */
+export function sameSimulator(one, other) {
+  return one.started === other.started;
 }
 
 /** The value as people read it: "2 R", "4.5 km/h". */

@@ -1,7 +1,10 @@
 // The list of all signals: found by words, shown with age and course, turned by a slider, buttons or a number.
 
+import { namedValues, sliderBounds } from "./bounds.js";
+import { coursePoints, extremes, hasMoved } from "./course.js";
 import { make, markFault, setText } from "./elements.js";
-import { Latest, send, turnMessage } from "./lines.js";
+import { Latest } from "./latest.js";
+import { send, turnMessage } from "./lines.js";
 import { durationText, valueText } from "./model.js";
 
 const COURSE = { width: 90, height: 24 };
@@ -44,14 +47,12 @@ export class SignalsView {
       }
     }
     if (changed.messages) {
-      for (const { message, element } of this.#groups) {
-        element.classList.toggle("stale", message?.timedOut ?? false);
-      }
+      this.#groups.forEach((group) => this.#renderGroup(group));
     }
     if (changed.state.has("faults")) {
       const { faults } = this.#model.state;
       this.#rows.forEach(({ signal, button }) => markFault(button, faults[signal.name]));
-      this.#groups.forEach(({ message, element }) => markFault(element.querySelector("h3"), faults[message?.name]));
+      this.#groups.forEach(({ message, heading }) => markFault(heading, faults[message?.name]));
     }
   }
 
@@ -84,15 +85,15 @@ export class SignalsView {
 
   #addGroup(message, signals, watcher) {
     const heading = make("h3", {}, message?.name ?? "without a message");
-    if (message) {
-      heading.append(make("button", { class: "plain turn", onclick: () => turnMessage(message) }));
-    }
-    const element = make("section", { class: "group" }, heading);
+    const state = make("small", { class: "state" });
+    const turn = make("button", { class: "turn", onclick: () => turnMessage(message) });
+    const element = make("section", { class: "group" }, make("header", {}, heading, ...(message ? [state, turn] : [])));
     const rows = signals.map((signal) => this.#addRow(signal, watcher));
     element.append(...rows.map((row) => row.element));
     this.#list.append(element);
-    this.#groups.push({ message, element, rows });
-    element.classList.toggle("stale", message?.timedOut ?? false);
+    const group = { message, element, heading, state, turn, rows };
+    this.#groups.push(group);
+    this.#renderGroup(group);
   }
 
   #addRow(signal, watcher) {
@@ -124,6 +125,14 @@ export class SignalsView {
     } else {
       this.#visible.delete(place);
     }
+  }
+
+  /** What its message is like, and beside it what the button does. */
+  #renderGroup({ message, element, state, turn }) {
+    const timedOut = message?.timedOut ?? false;
+    element.classList.toggle("stale", timedOut);
+    setText(state, timedOut ? "timed out" : "");
+    setText(turn, timedOut ? "receive it again" : "let it time out");
   }
 
   #renderRow(row) {
@@ -182,40 +191,26 @@ export class SignalsView {
   }
 }
 
-function hasMoved(signal) {
-  return signal.history.some((value) => value !== signal.value);
-}
-
-/** Draws the last minute, from the left to the right, between the lowest and the highest value of it. */
+/** Draws the last minute. */
 function drawCourse({ signal, course }) {
   const context = course.getContext("2d");
-  const { width, height } = COURSE;
   context.setTransform(devicePixelRatio, 0, 0, devicePixelRatio, 0, 0);
-  context.clearRect(0, 0, width, height);
-  const values = signal.history;
-  const numbers = values.filter((value) => value !== null);
-  const low = Math.min(...numbers);
-  const high = Math.max(...numbers);
+  context.clearRect(0, 0, COURSE.width, COURSE.height);
   context.strokeStyle = getComputedStyle(course).color;
   context.lineWidth = 1.5;
   context.beginPath();
-  values.forEach((value, index) => {
-    if (value === null) {
-      return;
-    }
-    const follows = index > 0 && values[index - 1] !== null;
-    const x = width - 2 - ((values.length - 1 - index) * (width - 4)) / 59;
-    const y = high > low ? height - 3 - ((value - low) / (high - low)) * (height - 6) : height - 3;
-    context[follows ? "lineTo" : "moveTo"](x, y);
-  });
+  for (const { x, y, joined } of coursePoints(signal.history, COURSE)) {
+    context[joined ? "lineTo" : "moveTo"](x, y);
+  }
   context.stroke();
-  course.title = numbers.length === 0 ? "the last minute" : `the last minute: ${low} to ${high}`;
+  const { low, high } = extremes(signal.history);
+  course.title = low === undefined ? "the last minute" : `the last minute: ${low} to ${high}`;
 }
 
 /** What turns one signal. */
 class Editor {
   #signal;
-  #latest = new Latest();
+  #latest = new Latest(send);
   #number;
   #slider;
   #buttons;
@@ -223,10 +218,7 @@ class Editor {
 
   constructor(signal) {
     this.#signal = signal;
-    const [low, high] = signal.range ?? [0, Math.min(signal.most, signal.names.size > 0 ? Math.max(...signal.names.keys(), 3) : signal.most)];
-    const step = signal.kind.startsWith("float") ? signal.step : 1;
-    const bounds = { min: low, max: high, step };
-    this.#slider = make("input", { type: "range", ...bounds, "aria-label": `${signal.name}, slider` });
+    this.#slider = make("input", { type: "range", ...sliderBounds(signal), "aria-label": `${signal.name}, slider` });
     this.#slider.oninput = () => {
       this.#turned.add(this.#slider);
       this.#latest.send(`${signal.name}=${this.#slider.value}`);
@@ -239,7 +231,7 @@ class Editor {
         this.#set(this.#number.value);
       }
     };
-    this.#buttons = [...signal.names].map(([number, name]) =>
+    this.#buttons = namedValues(signal).map(([number, name]) =>
       make("button", { "data-value": number, onclick: () => this.#set(number) }, name));
     const command = (name, title) => make("button", { class: "plain", title, onclick: () => send(`${signal.name}!${name}`) }, name);
     this.element = make("div", { class: "editor" },

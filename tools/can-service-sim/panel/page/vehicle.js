@@ -1,41 +1,13 @@
-// The vehicle from above. The drawing's unit is about a centimetre; the front is at the top.
+// The vehicle from above, with what is read beside it.
 
 import { draw, make, setText } from "./elements.js";
-import { Latest, send } from "./lines.js";
+import { Latest } from "./latest.js";
+import {
+  CAMERAS, CENTRE, coursePath, DOORS, isInReverse, LAMPS, levelAfterClick, levelAfterKey, LEVELS, nextGear, SENSORS, steered, WHEELS, ZONES,
+} from "./layout.js";
+import { send } from "./lines.js";
 import { valueText } from "./model.js";
 
-const CENTRE = 200;
-const LEVELS = 7; // of obstacles; 1 is the nearest, 0 is none
-const STEERING_RATIO = 16; // of the steering wheel's angle to the front wheels'
-
-// The fans of the park sensors, front and rear: eight sectors each, from left to right.
-const FAN = { front: 236, rear: 408, inner: 104, step: 13, sector: 20 };
-const FAN_SIGNALS = ["LCornrAr1", "LCornrAr2", "LMidlAr1", "LMidlAr2", "RMidlAr2", "RMidlAr1", "RCornrAr2", "RCornrAr1"];
-const SIDE = { inner: 86, step: 12, from: 247, height: 30 };
-
-const DOORS = [
-  { signal: "BCM1_DrvDoorSts", label: "driver's door", x: 131, y: 258, length: 66, turn: 58 },
-  { signal: "BCM1_LRDoorSts", label: "rear left door", x: 131, y: 330, length: 58, turn: 58 },
-  { signal: "BCM1_PassengerDoorSts", label: "passenger's door", x: 269, y: 258, length: 66, turn: -58 },
-  { signal: "BCM1_RRDoorSts", label: "rear right door", x: 269, y: 330, length: 58, turn: -58 },
-];
-const WHEELS = [
-  { signal: "ABS1_FLWheelSpd", x: 129, y: 226, front: true },
-  { signal: "ABS1_FRWheelSpd", x: 271, y: 226, front: true },
-  { signal: "ABS2_RLWheelSpd", x: 129, y: 420 },
-  { signal: "ABS2_RRWheelSpd", x: 271, y: 420 },
-];
-const CAMERAS = [
-  { signal: "HAP_FD2_FrntCamInpFailSts", label: "front camera", x: 200, y: 172 },
-  { signal: "HAP_FD2_RearCamInpFailSts", label: "rear camera", x: 200, y: 474 },
-  { signal: "HAP_FD2_LeCamInpFailSts", label: "left camera", x: 119, y: 268 },
-  { signal: "HAP_FD2_RiCamInpFailSts", label: "right camera", x: 281, y: 268 },
-];
-const SENSORS = [
-  ["FPAS_FLCornr", 139, 178], ["FPAS_FLMiddl", 178, 164], ["FPAS_FRMiddl", 222, 164], ["FPAS_FRCornr", 261, 178],
-  ["RPAS_RLCornr", 139, 470], ["RPAS_RLMiddl", 178, 482], ["RPAS_RRMiddl", 222, 482], ["RPAS_RRCornr", 261, 470],
-  ["APS_FLSide", 126, 204], ["APS_FRSide", 274, 204], ["APS_RLSide", 126, 446], ["APS_RRSide", 274, 446],
-];
 const READOUTS = [
   ["power", "PEPS2_SysPowerMod"], ["parking brake", "EPB1_EPBSts"], ["parking command", "BCM8_PASWorkCmd"],
   ["parking status", "HAP_FD1_APS_WorkSts"], ["view", "HAP_FD2_AVM_CurrSts"], ["sound, front", "HAP_FD3_FPAS_SoundIndcn"],
@@ -54,8 +26,7 @@ export class VehicleView {
     this.#model = model;
     this.#select = select;
     this.#svg.replaceChildren();
-    this.#drawFans();
-    this.#drawSides();
+    ZONES.forEach((zone) => this.#drawZone(zone));
     this.#drawPath();
     this.#drawLights();
     this.#drawWheels();
@@ -85,13 +56,13 @@ export class VehicleView {
   }
 
   #renderSignal(name) {
-    const value = this.#model.value(name);
-    if (this.#rendered.get(name) === value) {
+    const told = this.#model.byName.get(name)?.value; // null is another than 0, which it is drawn as
+    if (this.#rendered.has(name) && this.#rendered.get(name) === told) {
       return; // most of what is told is told again
     }
-    this.#rendered.set(name, value);
+    this.#rendered.set(name, told);
     for (const update of this.#updates.get(name) ?? []) {
-      update(value, this.#model.isTimedOut(name));
+      update(this.#model.value(name), this.#model.isTimedOut(name));
     }
   }
 
@@ -136,57 +107,32 @@ export class VehicleView {
     return this.#button(element, name, label, () => send(`${name}=${this.#model.value(name) === 0 ? 1 : 0}`), update);
   }
 
-  #drawFans() {
-    for (const [end, prefix, y, up] of [["front", "HAP_FD3_FPAS_ObjF", FAN.front, 1], ["rear", "HAP_FD3_RPAS_ObjR", FAN.rear, -1]]) {
-      FAN_SIGNALS.forEach((signal, index) => {
-        const angle = (index - 4) * FAN.sector;
-        const ring = (inner, outer) => sectorPath(y, up, angle + 1, angle + FAN.sector - 1, inner, outer);
-        const levelAt = (point) => (Math.hypot(point.x - CENTRE, point.y - y) - FAN.inner) / FAN.step;
-        this.#drawZone(prefix + signal, `obstacle, ${end}`, ring, FAN, levelAt);
-      });
-    }
-  }
-
-  #drawSides() {
-    for (const [name, label, side] of [["Le", "left", -1], ["Ri", "right", 1]]) {
-      for (let area = 1; area <= 5; ++area) {
-        const top = SIDE.from + (area - 1) * (SIDE.height + 2);
-        const ring = (inner, outer) => `M${CENTRE + side * inner} ${top}h${side * (outer - inner)}v${SIDE.height}h${-side * (outer - inner)}z`;
-        const levelAt = (point) => (Math.abs(point.x - CENTRE) - SIDE.inner) / SIDE.step;
-        this.#drawZone(`HAP_FD3_APS_Obj${name}SideAr${area}`, `obstacle, ${label} side`, ring, SIDE, levelAt);
-      }
-    }
-  }
-
-  /** A zone in which an obstacle can be put by a click, a drag or keys; ring(inner, outer) is the path of a part of it. */
-  #drawZone(name, label, ring, { inner, step }, levelAt) {
-    const outer = inner + LEVELS * step;
+  /** A zone in which an obstacle can be put by a click, a drag or keys. */
+  #drawZone({ signal, label, ring, levelAt }) {
     const obstacle = draw("path", { class: "obstacle" });
     const shadow = draw("path", { class: "shadow" });
-    const zone = draw("g", { class: "zone" }, draw("path", { class: "field", d: ring(inner, outer) }), shadow, obstacle);
+    const zone = draw("g", { class: "zone" }, draw("path", { class: "field", d: ring(1, LEVELS + 1) }), shadow, obstacle);
     let level = 0; // the one that was told or, before that comes back, sent
-    const latest = new Latest();
+    const latest = new Latest(send);
     const put = (wanted) => {
-      level = Math.min(LEVELS, Math.max(0, wanted));
-      latest.send(`${name}=${level}`);
+      level = wanted;
+      latest.send(`${signal}=${level}`);
     };
     zone.setAttribute("role", "slider");
     zone.setAttribute("aria-valuemin", 0);
     zone.setAttribute("aria-valuemax", LEVELS);
-    this.#part(zone, name, label, (value) => {
+    this.#part(zone, signal, label, (value) => {
       level = Math.min(value, LEVELS);
       zone.dataset.level = level;
       zone.setAttribute("aria-valuenow", level);
-      obstacle.setAttribute("d", level === 0 ? "" : ring(inner + (level - 1) * step, inner + level * step));
-      shadow.setAttribute("d", level === 0 ? "" : ring(inner + level * step, outer));
+      obstacle.setAttribute("d", level === 0 ? "" : ring(level, level + 1));
+      shadow.setAttribute("d", level === 0 ? "" : ring(level + 1, LEVELS + 1));
     });
-    const levelUnder = (event) => {
-      const point = new DOMPoint(event.clientX, event.clientY).matrixTransform(this.#svg.getScreenCTM().inverse());
-      return Math.min(LEVELS, Math.max(1, Math.ceil(levelAt(point))));
-    };
+    const levelUnder = (event) =>
+      levelAt(new DOMPoint(event.clientX, event.clientY).matrixTransform(this.#svg.getScreenCTM().inverse()));
     zone.addEventListener("pointerdown", (event) => {
       if (event.button === 0) {
-        put(levelUnder(event) === level ? 0 : levelUnder(event));
+        put(levelAfterClick(level, levelUnder(event)));
         zone.setPointerCapture(event.pointerId);
         zone.dataset.dragged = levelUnder(event);
       }
@@ -198,7 +144,7 @@ export class VehicleView {
       }
     });
     zone.addEventListener("keydown", (event) => {
-      const wanted = { ArrowUp: level + 1, ArrowDown: level - 1, Enter: level === 0 ? 1 : 0, Delete: 0 }[event.key];
+      const wanted = levelAfterKey(level, event.key);
       if (wanted !== undefined) {
         event.preventDefault();
         put(wanted);
@@ -209,29 +155,17 @@ export class VehicleView {
 
   /** Where the vehicle rolls while reverse is engaged, by the steering angle. */
   #drawPath() {
-    const paths = [-62, 62].map((x) => ({ x, line: draw("path", { class: "course" }) }));
+    const paths = [CENTRE - 62, CENTRE + 62].map((x) => ({ x, line: draw("path", { class: "course" }) }));
     this.#svg.append(...paths.map(({ line }) => line));
     const update = () => {
-      const bend = (this.#frontWheels() / 35) * 90;
       for (const { x, line } of paths) {
-        const from = CENTRE + x;
-        line.setAttribute("d", `M${from} 492C${from} 530 ${from + bend * 0.3} 565 ${from + bend} 608`);
-        line.classList.toggle("on", this.#isInReverse());
+        line.setAttribute("d", coursePath(x, steered(this.#model)));
+        line.classList.toggle("on", isInReverse(this.#model));
       }
     };
     for (const name of ["DCT5_TGS_LEVER", "CSA2_SteerWheelAng", "CSA2_SteerWheelAngSign"]) {
       this.#follow(name, update);
     }
-  }
-
-  #isInReverse() {
-    return this.#model.value("DCT5_TGS_LEVER") === 2 && !this.#model.isTimedOut("DCT5_TGS_LEVER");
-  }
-
-  /** Degrees; to the right is positive. */
-  #frontWheels() {
-    const side = this.#model.value("CSA2_SteerWheelAngSign") === 0 ? -1 : 1;
-    return side * Math.min(35, this.#model.value("CSA2_SteerWheelAng") / STEERING_RATIO);
   }
 
   #drawLights() {
@@ -258,7 +192,7 @@ export class VehicleView {
       };
       this.#svg.append(speed, this.#button(wheel, signal, "wheel speed", () => this.#select(signal), show));
       if (front) {
-        const steer = () => tyre.setAttribute("transform", `rotate(${this.#frontWheels()})`);
+        const steer = () => tyre.setAttribute("transform", `rotate(${steered(this.#model)})`);
         this.#follow("CSA2_SteerWheelAng", (value, timedOut) => (steer(), tyre.classList.toggle("stale", timedOut)));
         this.#follow("CSA2_SteerWheelAngSign", steer);
       }
@@ -289,23 +223,20 @@ export class VehicleView {
       draw("path", { class: "mirror", d: "M130 262L112 270Q110 278 116 278L131 272z" }),
       draw("path", { class: "mirror", d: "M270 262L288 270Q290 278 284 278L269 272z" }),
     );
-    const lamp = (x, y, kind, name, label, act) => {
-      const shape = draw("rect", { class: `lamp ${kind}`, x: x - 11, y: y - 5, width: 22, height: 10, rx: 5, transform: `rotate(${(x < CENTRE) === (y < 320) ? -24 : 24} ${x} ${y})` });
-      this.#svg.append(act(shape, name, label));
-    };
-    const toggled = (shape, name, label) => this.#toggle(shape, name, label);
-    for (const [x, side, label] of [[-1, "L", "left"], [1, "R", "right"]]) {
-      lamp(CENTRE + x * 46, 174, "head", "BCM3_LasHdLmpSts", "head lamps", toggled);
-      for (const y of [194, 446]) {
-        lamp(CENTRE + x * 63, y, "turn", `R_PBox1_${side}TurnLmpSts_R_Pbox`, `${label} turn lamps`, toggled);
-      }
-      const white = draw("rect", { class: "lamp white", x: CENTRE + x * 40 - 10, y: 470, width: 20, height: 7, rx: 3 });
-      this.#follow("DCT5_TGS_LEVER", () => white.classList.toggle("on", this.#isInReverse()));
+    for (const { signal, label, kind, x, y } of LAMPS) {
+      const slant = (x < CENTRE) === (y < 320) ? -24 : 24;
+      const shape = draw("rect", { class: `lamp ${kind}`, x: x - 11, y: y - 5, width: 22, height: 10, rx: 5, transform: `rotate(${slant} ${x} ${y})` });
+      this.#svg.append(this.#toggle(shape, signal, label));
+    }
+    for (const x of [CENTRE - 40, CENTRE + 40]) {
+      const white = draw("rect", { class: "lamp white", x: x - 10, y: 470, width: 20, height: 7, rx: 3 });
+      this.#follow("DCT5_TGS_LEVER", () => white.classList.toggle("on", isInReverse(this.#model)));
       this.#svg.append(white);
     }
+    const lever = this.#model.byName.get("DCT5_TGS_LEVER");
     const cluster = draw("g", {}, draw("rect", { class: "roof", x: 156, y: 296, width: 88, height: 104, rx: 14 }), gear);
-    this.#svg.append(this.#button(cluster, "DCT5_TGS_LEVER", "gear lever", () => this.#nextGear(), (value) =>
-      setText(gear, this.#model.byName.get("DCT5_TGS_LEVER").names.get(value) ?? `${value}`)));
+    this.#svg.append(this.#button(cluster, "DCT5_TGS_LEVER", "gear lever", () => send(`DCT5_TGS_LEVER=${nextGear(lever)}`), (value) =>
+      setText(gear, lever.names.get(value) ?? `${value}`)));
     const readout = draw("g", {}, draw("rect", { class: "touch", x: 160, y: 348, width: 80, height: 48 }), speed, unit);
     this.#svg.append(this.#button(readout, "ESP_FD2_VehSpd", "speed", () => this.#select("ESP_FD2_VehSpd"), (value) => {
       setText(speed, value.toFixed(1));
@@ -313,20 +244,14 @@ export class VehicleView {
     }));
   }
 
-  /** Of the positions that have names, the one behind the present one. */
-  #nextGear() {
-    const named = [...this.#model.byName.get("DCT5_TGS_LEVER").names.keys()];
-    send(`DCT5_TGS_LEVER=${named[(named.indexOf(this.#model.value("DCT5_TGS_LEVER")) + 1) % named.length]}`);
-  }
-
   #drawSpots() {
     for (const { signal, label, x, y } of CAMERAS) {
       const camera = draw("g", { class: "camera" }, draw("circle", { cx: x, cy: y, r: 6 }), draw("circle", { class: "lens", cx: x, cy: y, r: 2.5 }));
       this.#svg.append(this.#toggle(camera, signal, label));
     }
-    for (const [sensor, x, y] of SENSORS) {
+    for (const { signal, x, y } of SENSORS) {
       const spot = draw("circle", { class: "sensor", cx: x, cy: y, r: 4 });
-      this.#svg.append(this.#toggle(spot, `HAP_FD3_${sensor}SnsrFailSts`, "park sensor"));
+      this.#svg.append(this.#toggle(spot, signal, "park sensor"));
     }
   }
 
@@ -365,14 +290,4 @@ export class VehicleView {
       box.classList.toggle("stale", timedOut);
     });
   }
-}
-
-/** A part of a ring around an end of the vehicle; degrees from straight on, to the right. */
-function sectorPath(centreY, up, from, to, inner, outer) {
-  const at = (degrees, radius) => {
-    const angle = (degrees * Math.PI) / 180;
-    return `${(CENTRE + radius * Math.sin(angle)).toFixed(2)} ${(centreY - up * radius * Math.cos(angle)).toFixed(2)}`;
-  };
-  const [there, back] = up > 0 ? [1, 0] : [0, 1];
-  return `M${at(from, inner)}A${inner} ${inner} 0 0 ${there} ${at(to, inner)}L${at(to, outer)}A${outer} ${outer} 0 0 ${back} ${at(from, outer)}z`;
 }
