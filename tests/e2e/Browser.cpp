@@ -45,12 +45,19 @@ bool Browser::isInstalled() {
 Browser::Browser(const Desk& desk) {
     const std::string sandbox = geteuid() == 0 ? " --no-sandbox" : "";
     process_ = desk.start(kCommand + desk.directory() + "/browser" + sandbox + kStreams);
-    const std::string target = call("Target.createTarget", {{"url", "about:blank"}})["targetId"];
-    session_ = call("Target.attachToTarget", {{"targetId", target}, {"flatten", true}})["sessionId"];
-    resize(1500, 1000);
 }
 
 void Browser::open(const std::string& url) {
+    const std::string before = std::exchange(target_, "");
+    session_.clear();
+    target_ = call("Target.createTarget", {{"url", "about:blank"}})["targetId"];
+    if (!before.empty()) {
+        call("Target.closeTarget", {{"targetId", before}});
+    }
+    session_ = call("Target.attachToTarget", {{"targetId", target_}, {"flatten", true}})["sessionId"];
+    call("Runtime.enable");
+    call("Log.enable");
+    resize(1500, 1000);
     call("Page.navigate", {{"url", url}});
 }
 
@@ -72,8 +79,33 @@ bool Browser::waitFor(const std::string& expression) {
 }
 
 void Browser::click(const std::string& selector) {
-    evaluate("document.querySelector(" + json(selector).dump() +
-             ").dispatchEvent(new MouseEvent('click', {bubbles: true}))");
+    const json place = evaluate("{ const element = document.querySelector(" + json(selector).dump() +
+                                "); element.scrollIntoView({block: 'center'}); const box = "
+                                "element.getBoundingClientRect(); "
+                                "({x: box.x + box.width / 2, y: box.y + box.height / 2}) }");
+    for (const char* const type : {"mousePressed", "mouseReleased"}) {
+        call("Input.dispatchMouseEvent",
+             {{"type", type}, {"x", place["x"]}, {"y", place["y"]}, {"button", "left"}, {"clickCount", 1}});
+    }
+}
+
+void Browser::press(const std::string& key) {
+    json event = {{"type", "keyDown"}, {"key", key}};
+    if (key.size() == 1) {
+        event["text"] = key;
+    }
+    call("Input.dispatchKeyEvent", event);
+    call("Input.dispatchKeyEvent", {{"type", "keyUp"}, {"key", key}});
+}
+
+void Browser::enter(const std::string& selector, const std::string& value) {
+    evaluate("{ const input = document.querySelector(" + json(selector).dump() + "); input.value = " +
+             json(value).dump() + "; input.dispatchEvent(new Event('input', {bubbles: true})); }");
+}
+
+std::string Browser::takeErrors() {
+    evaluate("0");  // what it has told before is read with the answer
+    return std::exchange(errors_, "");
 }
 
 void Browser::resize(int width, int height) {
@@ -90,7 +122,20 @@ void Browser::screenshot(const std::string& file) {
     std::ofstream(file, std::ios::binary) << decodeBase64(call("Page.captureScreenshot")["data"]);
 }
 
-/// Messages end with a zero; those of the browser's own accord are passed over.
+void Browser::note(const json& event) {
+    const std::string method = event.value("method", "");
+    const json parameters = event.value("params", json());
+    if (method == "Runtime.exceptionThrown") {
+        const json& details = parameters["exceptionDetails"];
+        errors_ += details.value("exception", details).value("description", details.dump()) + "\n";
+    } else if (method == "Log.entryAdded" && parameters["entry"]["level"] == "error") {
+        errors_ += parameters["entry"].value("text", "") + " " + parameters["entry"].value("url", "") + "\n";
+    } else if (method == "Runtime.consoleAPICalled" && parameters["type"] == "error") {
+        errors_ += parameters["args"].dump() + "\n";
+    }
+}
+
+/// Messages end with a zero.
 json Browser::call(const std::string& method, json parameters) {
     json request = {{"id", ++calls_}, {"method", method}, {"params", std::move(parameters)}};
     if (!session_.empty()) {
@@ -105,6 +150,8 @@ json Browser::call(const std::string& method, json parameters) {
             taken_ = end + 1;
             if (message.value("id", 0) == calls_) {
                 answer = std::move(message);
+            } else if (message.value("sessionId", "") == session_) {
+                note(message);  // pages before are none of the present one's
             }
         }
         return answer.has_value();

@@ -21,4 +21,8 @@ inline std::string panelUrl(Process& simulator) {
     return url;
 }
 
+inline std::string portOf(const std::string& url) {
+    return url.substr(url.rfind(':') + 1);
+}
+
 }  // namespace qvn::e2e

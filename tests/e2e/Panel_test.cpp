@@ -9,7 +9,6 @@
 #include <thread>
 #include <utility>
 
-#include "e2e/Browser.h"
 #include "e2e/Desk.h"
 #include "e2e/PanelPage.h"
 #include "e2e/RawSocket.h"
@@ -19,128 +18,6 @@ namespace qvn::e2e {
 namespace {
 
 using Panel = DeskTest;
-
-std::string portOf(const std::string& url) {
-    return url.substr(url.rfind(':') + 1);
-}
-
-class PanelInBrowser : public DeskTest {
-protected:
-    void SetUp() override {
-        if (!Browser::isInstalled()) {
-            GTEST_SKIP() << "there is no chromium here";
-        }
-        browser = std::make_unique<Browser>(desk);
-    }
-
-    /// Opens the panel of a simulator and waits until it shows the vehicle.
-    void open(Process& simulator) {
-        browser->open(panelUrl(simulator));
-        EXPECT_TRUE(browser->waitFor("!document.body.classList.contains('offline')"));
-    }
-
-    static std::string has(const std::string& selector) { return "document.querySelector(\"" + selector + "\")"; }
-
-    std::unique_ptr<Browser> browser;
-};
-
-TEST_F(PanelInBrowser, WhatIsTurnedReachesAnApplication) {
-    const auto simulator = desk.simulator("- --panel 0");
-    const auto application = desk.watch("BCM1_DrvDoorSts ESP_FD2_VehSpd HAP_FD3_RPAS_ObjRLMidlAr1");
-    open(*simulator);
-    browser->click("#car [data-signal=BCM1_DrvDoorSts]");
-    EXPECT_TRUE(application->waitForOutput(shown("BCM1_DrvDoorSts", "1 open")));
-    EXPECT_TRUE(browser->waitFor(has("#car [data-signal=BCM1_DrvDoorSts].on")));
-
-    browser->click("#signals [data-signal=ESP_FD2_VehSpd] .name");
-    browser->evaluate(
-        "{ const slider = document.querySelector('.editor input[type=range]'); slider.value = 4.5; "
-        "slider.oninput(); }");
-    EXPECT_TRUE(application->waitForOutput(shown("ESP_FD2_VehSpd", "4.5 km/h")));
-    EXPECT_TRUE(browser->waitFor(has("#signals [data-signal=ESP_FD2_VehSpd] .value") + ".textContent === '4.5 km/h'"));
-
-    browser->evaluate(
-        "{ const number = document.querySelector('.editor input[type=number]'); number.value = 9; "
-        "number.oninput(); }");
-    simulator->write("ESP_FD2_VehSpd=2.25 every 0.02\n");
-    EXPECT_TRUE(browser->waitFor(has("#signals [data-signal=ESP_FD2_VehSpd] .value") + ".textContent === '2.25 km/h'"));
-    EXPECT_TRUE(browser->waitFor(has(".editor input[type=range]") + ".value >= 2"));
-    EXPECT_EQ(browser->evaluate(has(".editor input[type=number]") + ".value"), "9") << "what a person types stays";
-    browser->evaluate("[...document.querySelectorAll('.editor button')].find((b) => b.textContent === 'set').click()");
-    EXPECT_TRUE(application->waitForOutput(shown("ESP_FD2_VehSpd", "9 km/h")));
-
-    browser->evaluate(has("[data-signal=HAP_FD3_RPAS_ObjRLMidlAr1]") +
-                      ".dispatchEvent(new KeyboardEvent('keydown', {key: 'ArrowUp', bubbles: true}))");
-    EXPECT_TRUE(application->waitForOutput(shown("HAP_FD3_RPAS_ObjRLMidlAr1", "1")));
-    EXPECT_TRUE(browser->waitFor(has("[data-signal=HAP_FD3_RPAS_ObjRLMidlAr1][data-level='1']")));
-
-    browser->click("#reverse");
-    EXPECT_TRUE(simulator->waitForOutput("reverse engaged"));
-    EXPECT_TRUE(browser->waitFor(has("#reverse[aria-checked=true]")));
-    EXPECT_TRUE(browser->waitFor(has("#clients summary") + ".textContent.includes('client')"));
-}
-
-TEST_F(PanelInBrowser, ShowsASetWithWhatTheRulesAnswer) {
-    const auto simulator = desk.simulator("--panel 0");
-    open(*simulator);
-    EXPECT_EQ(desk.run("vehiclectl set HUT6_CarMdlDispCmd 1").exitCode, 0);
-    EXPECT_EQ(desk.run("vehiclectl set HUT32_XLvl 3").exitCode, 0);
-    EXPECT_TRUE(browser->waitFor("document.querySelectorAll('#log li.set').length === 2"));
-    EXPECT_TRUE(browser->waitFor(has("#log li.set:last-child") + ".textContent.includes('HAP_FD2_CarMdlDispSts = 1')"));
-    const std::string log = browser->evaluate(has("#log ol") + ".innerText");
-    EXPECT_NE(log.find("HUT6_CarMdlDispCmd = 1"), std::string::npos) << log;
-    EXPECT_NE(log.find("HUT32_XLvl = 3"), std::string::npos) << log;
-    EXPECT_NE(log.find("no rule answers it"), std::string::npos) << log;
-}
-
-TEST_F(PanelInBrowser, ATimeOutGreysWhatTheMessageCarries) {
-    const auto simulator = desk.simulator("- --panel 0");
-    const auto application = desk.watch("HAP_FD3_RPAS_ObjRLMidlAr1");
-    open(*simulator);
-    browser->click(".chip[data-message=HAP_FD3]");
-    EXPECT_TRUE(application->waitForOutput("timed out"));
-    EXPECT_TRUE(browser->waitFor(has(".chip.stale[data-message=HAP_FD3]")));
-    EXPECT_TRUE(browser->waitFor(has(".group.stale [data-signal=HAP_FD3_RPAS_ObjRLMidlAr1]")));
-    EXPECT_TRUE(browser->waitFor(has("#car .stale[data-signal=HAP_FD3_RPAS_ObjRLMidlAr1]")));
-    EXPECT_EQ(browser->evaluate("document.querySelectorAll('.chip.stale').length"), 1);
-    browser->click(".chip[data-message=HAP_FD3]");
-    EXPECT_TRUE(browser->waitFor("!" + has(".stale")));
-    EXPECT_TRUE(simulator->waitForOutput("HAP_FD3 ok"));
-    simulator->write("EPB1!silence\nESP_FD2_VehSpd!freeze\n");
-    EXPECT_TRUE(browser->waitFor(has(".chip[data-message=EPB1][data-fault=silent]")));
-    EXPECT_TRUE(browser->waitFor(has("[data-signal=ESP_FD2_VehSpd] .name[data-fault=frozen]")));
-}
-
-TEST_F(PanelInBrowser, ConnectsAgainWhenTheSimulatorIsBack) {
-    std::string port;
-    {
-        const auto simulator = desk.simulator("--panel 0");
-        open(*simulator);
-        port = portOf(panelUrl(*simulator));
-    }
-    EXPECT_TRUE(browser->waitFor("document.body.classList.contains('offline')"));
-    const auto simulator = desk.simulator("- --panel " + port);
-    simulator->write("DCT5_TGS_LEVER=R\n");
-    EXPECT_TRUE(browser->waitFor("!document.body.classList.contains('offline') && " + has("#car .gear") +
-                                 ".textContent === 'R'"));
-}
-
-TEST_F(PanelInBrowser, PlaysPausesAndMovesInATrace) {
-    const std::string trace = desk.file("a.trace", "(0) DCT5_TGS_LEVER=P\n(500) DCT5_TGS_LEVER=R\n(1000) reverse=0\n");
-    const auto simulator = desk.simulator("--panel 0 --play " + trace);
-    open(*simulator);
-    browser->click("#play");
-    EXPECT_TRUE(browser->waitFor(has("#play.paused")));
-    browser->evaluate(
-        "{ const slider = document.querySelector('#position'); slider.value = 600; slider.oninput(); "
-        "slider.onchange(); }");
-    EXPECT_TRUE(browser->waitFor(has("#car .gear") + ".textContent === 'R'"));
-    EXPECT_TRUE(browser->waitFor(has("#time") + ".textContent === '600.0 of 1000.0 s'"));
-    browser->evaluate(
-        "{ const form = document.querySelector('#line'); form.elements.line.value = 'speed fast'; "
-        "form.requestSubmit(); }");
-    EXPECT_TRUE(browser->waitFor(has("#toast:not([hidden])") + ".textContent.startsWith(\"'fast' is no number\")"));
-}
 
 /// What the panel of a simulator answers.
 class PanelOverHttp : public DeskTest {
