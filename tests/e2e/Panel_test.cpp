@@ -4,6 +4,7 @@
 #include <sys/socket.h>
 
 #include <atomic>
+#include <chrono>
 #include <functional>
 #include <string>
 #include <thread>
@@ -35,6 +36,34 @@ protected:
         return RawSocket(fd);
     }
 
+    /// An open page, as the server sees it; what it has been told is `told`.
+    struct Page {
+        RawSocket socket;
+        std::string told;
+
+        bool waitFor(const std::string& text, std::size_t times = 1) {
+            const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(kDeadlineSeconds);
+            for (;;) {
+                std::size_t found = 0;
+                for (std::size_t at = 0; (at = told.find(text, at)) != std::string::npos; ++at) {
+                    ++found;
+                }
+                const std::string more = found < times ? socket.read() : "";
+                if (more.empty() || std::chrono::steady_clock::now() > end) {
+                    return found >= times;
+                }
+                told += more;
+            }
+        }
+    };
+
+    Page openPage() {
+        Page page{connected(), ""};
+        page.socket.write("GET /events HTTP/1.1\r\nHost: 127.0.0.1\r\n\r\n");
+        EXPECT_TRUE(page.waitFor("event: state"));
+        return page;
+    }
+
     std::string post(const std::string& line) {
         const auto result = http.Post("/line", line, "text/plain");
         return result ? std::to_string(result->status) + " " + result->body : httplib::to_string(result.error());
@@ -58,9 +87,13 @@ TEST_F(PanelOverHttp, ServesItsPageAndNothingElse) {
 TEST_F(PanelOverHttp, RefusesOtherSites) {
     const httplib::Headers headers[] = {
         {{"Host", "evil.example"}}, {{"Origin", "http://evil.example"}}, {{"Sec-Fetch-Site", "cross-site"}}};
-    for (const httplib::Headers& of : headers) {
+    for (httplib::Headers of : headers) {
+        of.emplace("Sec-Fetch-Mode", "navigate");
         EXPECT_EQ(http.Post("/line", of, "service=down", "text/plain")->status, 403) << of.begin()->first;
-        EXPECT_EQ(http.Get("/events", of)->status, 403) << of.begin()->first;
+        int status = 0;
+        const auto take = [&](const httplib::Response& response) { return (status = response.status) == 0; };
+        http.Get("/events", of, take, [](const char*, std::size_t) { return false; });
+        ASSERT_EQ(status, 403) << of.begin()->first;
     }
     EXPECT_EQ(http.Get("/", {{"Sec-Fetch-Site", "cross-site"}, {"Sec-Fetch-Mode", "navigate"}})->status, 200)
         << "a link to the panel";
@@ -106,7 +139,47 @@ TEST_F(PanelOverHttp, EndsAtOnceWhateverIsOpen) {
     }
 }
 
+TEST_F(PanelOverHttp, TellsEveryPageEverything) {
+    Page first = openPage();
+    // The second page is told all of it at once, before the first is told what has changed.
+    const std::pair<std::string, std::string> cases[] = {{"ESP_FD2_VehSpd=4.5", ",4.5,"},
+                                                         {"ESP_FD2!timeout", ",true]]"},
+                                                         {"reverse=1", "\"event\":\"reverse\""},
+                                                         {"reverse=0", "\"reverse\":false"}};
+    for (const auto& [line, told] : cases) {
+        const std::size_t before = first.told.size();
+        EXPECT_EQ(post(line), "200 ");
+        EXPECT_TRUE(openPage().waitFor(told)) << line;
+        first.told.erase(0, before);
+        EXPECT_TRUE(first.waitFor(told)) << line;
+    }
+}
+
+TEST_F(PanelOverHttp, HoldsAnIdlePageAndNoRequestThatDrips) {
+    const RawSocket drips = connected();
+    Page page = openPage();
+    std::size_t heartbeats = 1;
+    while (drips.write("G") && heartbeats < 20) {
+        ASSERT_TRUE(page.waitFor("event: state", ++heartbeats)) << "a page must hear of the simulator";
+    }
+    EXPECT_LT(heartbeats, 20U);
+    double last = 0.0;
+    for (std::size_t at = 0; (at = page.told.find("\"t\":", at)) != std::string::npos; ++at) {
+        const double time = std::stod(page.told.substr(at + 4));
+        EXPECT_TRUE(last == 0.0 || time - last < 5.0) << "a page gives a silent stream up";
+        last = time;
+    }
+}
+
 TEST_F(PanelOverHttp, TakesNoEndlessRequest) {
+    const RawSocket large = connected();
+    std::string complete = "GET / HTTP/1.1\r\nHost: 127.0.0.1\r\n";
+    while (complete.size() < 20'000) {
+        complete += "X-Filler: " + std::string(100, 'x') + "\r\n";
+    }
+    large.write(complete + "\r\n");
+    EXPECT_EQ(large.read().find("200"), std::string::npos) << "larger than 16 KiB";
+
     const std::string endless[] = {
         std::string(200'000, 'x'),
         "GET / HTTP/1.1\r\n" + std::string(200'000, 'x'),
@@ -173,6 +246,12 @@ TEST_F(Panel, SaysWhereItIsAndWhyNot) {
     EXPECT_EQ(second.exitCode, 1);
     EXPECT_NE(second.errors.find("Address already in use; name another port with --panel PORT"), std::string::npos)
         << second.errors;
+    for (const std::string port : {"70000", "65536", "-1", "0x10", "8480x"}) {
+        const auto wrong = desk.run("can-service-sim --panel=" + port);
+        EXPECT_EQ(wrong.exitCode, 2) << port;
+        EXPECT_NE(wrong.errors.find("'" + port + "' is no port; expected a number from 0 to 65535"), std::string::npos)
+            << wrong.errors;
+    }
     const auto open = desk.simulator("--name third --panel 0 --panel-address 0.0.0.0");
     EXPECT_FALSE(panelUrl(*open).empty());
     open->signal(SIGTERM);
