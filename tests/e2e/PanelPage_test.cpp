@@ -88,6 +88,9 @@ TEST_F(PanelInBrowser, PartsOfTheVehicleAreTurnedWhereTheyAre) {
     browser->click(part("BCM1_TrunkSts"));
     EXPECT_TRUE(browser->waitFor(has(part("BCM1_TrunkSts") + ".on")));
 
+    browser->click(part("BCM3_LasHdLmpSts"));
+    EXPECT_TRUE(browser->waitFor(count("#car .beam.on") + " === 2"));
+
     const std::string zone = part("HAP_FD3_RPAS_ObjRLMidlAr2");
     const auto isAt = [&](const std::string& level) { return has(zone + "[data-level='" + level + "']"); };
     browser->click(zone);
@@ -119,6 +122,10 @@ TEST_F(PanelInBrowser, WheelsTurnToTheSideOfTheSteeringWheel) {
                                      " line.getPointAtLength(0).x)(" + has("#car .course.on") + ")"))
             << "the course in reverse";
     }
+    simulator->write("ABS1_FLWheelSpd=7\n");
+    EXPECT_TRUE(
+        browser->waitFor("[...document.querySelectorAll('.wheel-speed')].map((of) => of.textContent).join() === "
+                         "'7,,,'"));
 }
 
 TEST_F(PanelInBrowser, EverySignalIsTurnedInTheList) {
@@ -134,6 +141,9 @@ TEST_F(PanelInBrowser, EverySignalIsTurnedInTheList) {
         EXPECT_TRUE(application->waitForOutput(shown("ESP_FD2_VehSpd", value + " km/h")));
         EXPECT_TRUE(browser->waitFor(textOf(speed + " .value") + " === '" + value + " km/h'"));
     }
+    simulator->write("ESP_FD2_VehSpd=13.5\n");
+    EXPECT_TRUE(browser->waitFor(textOf(speed + " .value") + " === '13.5 km/h'"));
+    EXPECT_EQ(browser->evaluate(has(".editor input[type=range]") + ".value"), "9") << "it is held";
     browser->evaluate(has(".editor input[type=range]") + ".onchange()");
 
     browser->enter(".editor input[type=number]", "18");
@@ -147,6 +157,10 @@ TEST_F(PanelInBrowser, EverySignalIsTurnedInTheList) {
     browser->evaluate(has(".editor input[type=number]") + ".focus()");
     browser->press("Enter");
     EXPECT_TRUE(application->waitForOutput(shown("ESP_FD2_VehSpd", "18 km/h")));
+    simulator->write("ESP_FD2_VehSpd=4.5\n");
+    EXPECT_TRUE(browser->waitFor(has(".editor input[type=number]") + ".value === '4.5'")) << "it has been set";
+    browser->click(speed + " .name");
+    EXPECT_EQ(browser->evaluate(count(".editor")), 0);
 }
 
 TEST_F(PanelInBrowser, KeysDoWhatTheHelpSays) {
@@ -208,6 +222,8 @@ TEST_F(PanelInBrowser, ATimeOutGreysWhatTheMessageCarries) {
     EXPECT_TRUE(browser->waitFor(has(".group.stale [data-signal=HAP_FD3_RPAS_ObjRLMidlAr1]")));
     EXPECT_TRUE(browser->waitFor(has("#car .stale[data-signal=HAP_FD3_RPAS_ObjRLMidlAr1]")));
     EXPECT_EQ(browser->evaluate(count(".chip.stale")), 1);
+    EXPECT_EQ(browser->evaluate(has(part("HAP_FD3_RPAS_ObjRLMidlAr1")) + ".getAttribute('aria-label')"),
+              "obstacle, rear: 0, timed out\nHAP_FD3_RPAS_ObjRLMidlAr1");
     EXPECT_EQ(browser->evaluate(has(".group.stale header") + ".innerText.replace(/\\s+/g, ' ')"),
               "HAP_FD3 timed out receive it again");
     browser->click(".group.stale .turn");
@@ -226,6 +242,10 @@ TEST_F(PanelInBrowser, PlaysPausesAndMovesInATrace) {
     browser->evaluate(has("#position") + ".onchange()");
     EXPECT_TRUE(browser->waitFor(textOf("#car .gear") + " === 'R'"));
     EXPECT_TRUE(browser->waitFor(textOf("#time") + " === '600.0 of 1000.0 s'"));
+    simulator->write("seek 1000\n");
+    EXPECT_TRUE(browser->waitFor(has("#position") + ".value === '1000'")) << "nobody holds it";
+    browser->click("#play");
+    EXPECT_TRUE(browser->waitFor(textOf("#car .gear") + " === 'P'")) << "from the beginning again";
     EXPECT_EQ(browser->takeErrors(), "");
     browser->enter("#line input", "speed fast");
     browser->click("#line button");
