@@ -157,6 +157,73 @@ TEST(Dbc, MultiplexedSignalsAreInTheirFramesOnly) {
     }
 }
 
+TEST(Dbc, LeavesOutWhatIsWrongAboutSignalsThatNobodyWants) {
+    const std::string text =
+        "// written by hand\n"
+        "BO_ 1 Good: 8 X // the first\n SG_ Speed : 0|8@1+ (1,0) [0|1] \"\" X\n"
+        " SG_ Huge : 0|1600@1+ (1,0) [0|1] \"\" X\n SG_ Bare m : 0|8@1+ (1,0) [0|1] \"\" X\n"
+        " SG_ Last : 8|8@1+ (1,0) [0|1] \"\" X\n"
+        "BO_ 5000 FarId: 8 X\n SG_ A : 0|8@1+ (1,0) [0|1] \"\" X\n SG_ B : 0|8@1+ (1,0) [0|1] \"\" X\n"
+        "BO_ 6000 FarToo: 8 X\n"
+        "BO_ 1 Twice: 8 X\n SG_ Again : 0|8@1+ (1,0) [0|1] \"\" X\n"
+        "BO_ 2 NoRoot: 8 X\n SG_ Part m1 : 0|8@1+ (1,0) [0|1] \"\" X\n SG_ Whole : 0|8@1+ (1,0) [0|1] \"\" X\n"
+        "CM_ \"C:\\path\\\";\n"
+        "VAL_ 1 Last 0 \"zero\" one ;\n"
+        "VAL_ 2 Whole 18446744073709551615 \"most\" 1 \"one\"\n"
+        "BA_ \"GenMsgCycleTime\" BO_ 1 20;\n";
+    const auto read = [&text](const std::string& wanted) {
+        std::istringstream input(text);
+        return readDatabase(input, "a.dbc", [wanted](std::string_view name) { return name == wanted; });
+    };
+    const Database database = read("Speed");
+    std::string names;
+    for (const Message& message : database.messages) {
+        names += message.name + ":";
+        for (const Signal& signal : message.signals) {
+            names += " " + signal.name;
+        }
+        names += "\n";
+    }
+    EXPECT_EQ(names, "Good: Speed Last\nNoRoot: Whole\n");
+    EXPECT_EQ(database.messages[0].cycleTime, 0.02);
+    EXPECT_EQ(database.messages[1].signals[0].values, (std::map<std::int64_t, std::string>{{-1, "most"}, {1, "one"}}));
+    std::string leftOut;
+    for (const std::string& line : database.leftOut) {
+        leftOut += line + "\n";
+    }
+    for (const char* const line :
+         {"a.dbc:4: expected a number of bits from 1 to 64 instead of '1600' in the signal BO_ 1 Huge; left out\n",
+          "a.dbc:5: expected ':', M, or m with a number instead of 'm' in the signal BO_ 1 Bare; left out\n",
+          "a.dbc:7: expected an id up to 2047, or an extended one with bit 31 instead of '5000' in the message BO_ "
+          "5000; "
+          "left out, as are 1 more like it\n",
+          "a.dbc:11: there are two messages BO_ 1; expected one; left out\n",
+          "a.dbc:13: the message NoRoot has multiplexed signals such as Part; expected a signal with M that selects "
+          "them; left out\n",
+          "a.dbc:17: expected a whole number instead of 'one' in the section VAL_; left out\n",
+          "a.dbc:18: expected ';' at the end of the section; left out\n"}) {
+        EXPECT_NE(leftOut.find(line), std::string::npos) << line << leftOut;
+    }
+    for (const char* const wanted : {"Huge", "Bare", "B", "Again", "Part", "Last"}) {
+        EXPECT_THROW(read(wanted), SyntaxError) << wanted;
+    }
+}
+
+TEST(Dbc, TakesTheRootOfMultiplexingWhereverItStands) {
+    const Message message =
+        withSignals("SG_ B m3M : 8|8@1+ (1,0) [0|0] \"\" X\nSG_ Page M : 0|8@1+ (1,0) [0|0] \"\" X\n");
+    EXPECT_EQ(message.signals[0].selection->multiplexor, 1U);
+    EXPECT_FALSE(message.signals[1].selection);
+}
+
+TEST(Dbc, ACycleTimeOfZeroIsNone) {
+    const auto messages =
+        read("BO_ 1 A: 8 X\nBO_ 2 B: 8 X\nBA_DEF_DEF_ \"GenMsgCycleTime\" 100;\nBA_ \"GenMsgCycleTime\" BO_ 1 0;\n")
+            .messages;
+    EXPECT_EQ(messages.at(0).cycleTime, std::nullopt);
+    EXPECT_EQ(messages.at(1).cycleTime, 0.1);
+}
+
 TEST(Dbc, NamesTheLineAndTheWordThatIsWrong) {
     const std::string message = "BO_ 291 ESP: 8 ECU\n";
     const std::pair<std::string, const char*> cases[] = {
@@ -174,19 +241,20 @@ TEST(Dbc, NamesTheLineAndTheWordThatIsWrong) {
          "1: the message ESP has multiplexed signals such as A; expected a signal with M that selects them"},
         {message + " SG_ A : 0|8@1+ (1,0) [0|1] \"\" X\n SG_ A :",
          "3: expected a name that no other signal of the message has instead of 'A' in the message BO_ 291"},
-        {message + message, "2: there are two messages BO_ 291; expected one"},
-        {"BO_ 5000 ESP: 8 ECU",
+        {message + message + " SG_ A : 0|8@1+ (1,0) [0|1] \"\" X", "2: there are two messages BO_ 291; expected one"},
+        {"BO_ 5000 ESP: 8 ECU\n SG_ A",
          "1: expected an id up to 2047, or an extended one with bit 31 instead of '5000' in the message BO_ 5000"},
         {message + " SG_ A",
          "2: expected ':', M, or m with a number instead of the end of the file in the signal BO_ 291 A"},
-        {"BO_ 291 ESP 8", "1: expected ':' instead of '8' in the message BO_ 291"},
-        {"BO_ 291", "1: expected a name instead of the end of the file in the message BO_ 291"},
+        {"BO_ 291 ESP 8\n SG_ A", "1: expected ':' instead of '8' in the message BO_ 291"},
         {"\nSG_ Speed", "2: expected a message BO_ before its signals instead of 'Speed' in the section SG_"},
         {"CM_ \"\n\n\";\nCM_ \"\n;", "4: the text that begins here has no end; expected another '\"'"},
         {"BA_ \"GenMsgCycleTime\" BO_ 291 -5;",
          "1: expected a cycle time in milliseconds instead of '-5' in the section BA_"},
         {message + " SG_ A : 0|16@1+ (1,0) [0|1] \"\" X\nSIG_VALTYPE_ 291 A : 1;",
          "3: expected the type of a signal of 16 bits instead of '1' in the section SIG_VALTYPE_"},
+        {message + " SG_ A : 0|64@1+ (1,0) [0|1] \"\" X\nSIG_VALTYPE_ 291 A : 1;",
+         "3: expected the type of a signal of 64 bits instead of '1' in the section SIG_VALTYPE_"},
         {"\x7F"
          "ELF",
          "1: expected a keyword such as BO_ instead of '?ELF' at the beginning of a section"},

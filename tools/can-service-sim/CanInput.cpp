@@ -33,6 +33,7 @@ void CanInput::read() {
 
 void CanInput::readDatabase() {
     dbc::Database database = readDatabaseFile(database_);
+    warnings_ = std::move(database.leftOut);
     addNotes(SignalNotes::instance(), database);
     decoder_ = std::make_unique<CanDecoder>(std::move(database));
     if (decoder_->knownSignals() == 0) {
@@ -61,6 +62,9 @@ void CanInput::describe(const Journal& journal) const {
     journal.note(database_ + ": " + std::to_string(decoder_->messages()) + " messages, " +
                  std::to_string(decoder_->signals()) + " signals; " + std::to_string(decoder_->knownSignals()) +
                  " of them known to the schema");
+    for (const std::string& warning : warnings_) {
+        journal.note(warning);
+    }
     for (const std::string& unknown : decoder_->unknownSignals()) {
         journal.detail("unknown to the schema: " + unknown);
     }

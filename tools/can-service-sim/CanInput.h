@@ -41,6 +41,7 @@ private:
     std::string interface_;
     std::string database_;
     std::unique_ptr<CanDecoder> decoder_;
+    std::vector<std::string> warnings_;
     std::vector<TraceEvent> trace_;
     std::size_t framesInLog_ = 0;
     std::size_t framesKnown_ = 0;

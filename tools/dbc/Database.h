@@ -54,6 +54,7 @@ struct Message {
 
 struct Database {
     std::vector<Message> messages;
+    std::vector<std::string> leftOut;  ///< sentences: "NAME:LINE: ..."
 };
 
 }  // namespace qvn::dbc

@@ -5,6 +5,9 @@
 #include <string>
 #include <utility>
 
+#include "dbc/Reader.h"
+#include "dbc/Sections.h"
+
 namespace qvn::dbc {
 namespace {
 
@@ -78,29 +81,70 @@ void readSignal(Syntax& syntax, Message& message, std::uint32_t fileId) {
     message.signals.push_back(std::move(signal));
 }
 
-/// Unless a later section says more, one multiplexor selects all multiplexed signals.
-void resolveMultiplexing(const Syntax& syntax, Message& message, int line) {
-    const auto isRoot = [](const Signal& signal) { return signal.multiplexor && !signal.selection; };
-    const auto root = std::find_if(message.signals.begin(), message.signals.end(), isRoot);
-    for (Signal& signal : message.signals) {
-        if (!signal.selection) {
-            continue;
+/// Passes over the rest of a signal; false when the message ends there.
+bool skipSignal(Syntax& syntax) {
+    while (!syntax.atEnd() && !(syntax.peek().startsLine && isSectionBegin(syntax.peek()))) {
+        syntax.take();
+    }
+    return syntax.takeIf("SG_");
+}
+
+void readSignals(Syntax& syntax, const IsWanted& isWanted, Message& message, std::uint32_t fileId) {
+    const std::string place = "in the message BO_ " + std::to_string(fileId);
+    for (bool more = syntax.takeIf("SG_"); more;) {
+        const Token name = syntax.peek();
+        try {
+            syntax.enter(place);
+            readSignal(syntax, message, fileId);
+            more = syntax.takeIf("SG_");
+        } catch (const SyntaxError& error) {
+            if (isWanted(name.text)) {
+                throw;
+            }
+            syntax.leaveOut(error.what());
+            more = skipSignal(syntax);
         }
-        if (root == message.signals.end()) {
-            syntax.wrong(line, "the message " + shown(message.name) + " has multiplexed signals such as " +
-                                   shown(signal.name) + "; expected a signal with M that selects them");
-        }
-        signal.selection->multiplexor = static_cast<std::size_t>(root - message.signals.begin());
     }
 }
 
-}  // namespace
+/// Passes over a message that cannot be used, unless it carries a signal that somebody wants.
+void leaveOutMessage(Syntax& syntax, const IsWanted& isWanted, const SyntaxError& error) {
+    syntax.leaveOut(error.what());
+    while (skipSignal(syntax)) {
+        if (isWanted(syntax.peek().text)) {
+            throw error;
+        }
+    }
+}
 
-Message readMessage(Syntax& syntax, std::uint32_t* fileId) {
+/// Unless a later section says more, one multiplexor selects all multiplexed signals.
+void resolveMultiplexing(Syntax& syntax, const IsWanted& isWanted, Message& message, int line) {
+    const auto isRoot = [](const Signal& signal) { return signal.multiplexor && !signal.selection; };
+    auto& signals = message.signals;
+    if (std::none_of(signals.begin(), signals.end(), isRoot)) {
+        const auto lost = [&](const Signal& signal) {
+            if (!signal.selection) {
+                return false;
+            }
+            const std::string problem = "the message " + shown(message.name) + " has multiplexed signals such as " +
+                                        shown(signal.name) + "; expected a signal with M that selects them";
+            isWanted(signal.name) ? syntax.wrong(line, problem) : syntax.leaveOut(syntax.at(line, problem));
+            return true;
+        };
+        signals.erase(std::remove_if(signals.begin(), signals.end(), lost), signals.end());
+    }
+    const auto root = std::find_if(signals.begin(), signals.end(), isRoot);
+    for (Signal& signal : signals) {
+        if (signal.selection) {
+            signal.selection->multiplexor = static_cast<std::size_t>(root - signals.begin());
+        }
+    }
+}
+
+Message readHead(Syntax& syntax, std::uint32_t* fileId) {
     const Token id = syntax.peek();
     *fileId = syntax.whole("the id of a message", kLargestId);
-    const std::string place = "in the message BO_ " + std::to_string(*fileId);
-    syntax.enter(place);
+    syntax.enter("in the message BO_ " + std::to_string(*fileId));
     if (!isValidId(*fileId)) {
         syntax.fail("an id up to 2047, or an extended one with bit 31", id);
     }
@@ -111,11 +155,22 @@ Message readMessage(Syntax& syntax, std::uint32_t* fileId) {
     syntax.mark(":");
     message.size = syntax.whole("a number of bytes", kLargestSize);
     syntax.skipRestOfLine();
-    while (syntax.takeIf("SG_")) {
-        syntax.enter(place);
-        readSignal(syntax, message, *fileId);
+    return message;
+}
+
+}  // namespace
+
+std::optional<Message> readMessage(Syntax& syntax, const IsWanted& isWanted, std::uint32_t* fileId) {
+    const int line = syntax.peek().line;
+    Message message;
+    try {
+        message = readHead(syntax, fileId);
+    } catch (const SyntaxError& error) {
+        leaveOutMessage(syntax, isWanted, error);
+        return std::nullopt;
     }
-    resolveMultiplexing(syntax, message, id.line);
+    readSignals(syntax, isWanted, message, *fileId);
+    resolveMultiplexing(syntax, isWanted, message, line);
     return message;
 }
 

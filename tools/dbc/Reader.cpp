@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "dbc/MessageReader.h"
+#include "dbc/Sections.h"
 #include "dbc/Syntax.h"
 
 namespace qvn::dbc {
@@ -35,19 +36,23 @@ struct SignalPlace {
 /// Reads the sections one after the other.
 class Reader {
 public:
-    Reader(std::istream& input, const std::string& name) : syntax_(contentOf(input, name), name) {}
+    Reader(std::istream& input, const std::string& name, IsWanted isWanted)
+        : syntax_(contentOf(input, name), name), isWanted_(std::move(isWanted)) {}
+
+    using Section = void (Reader::*)();
+
+    static Section sectionNamed(std::string_view keyword);
 
     Database read();
 
 private:
-    using Section = void (Reader::*)();
-
-    static Section sectionNamed(std::string_view keyword);
     void readSection();
+    void readKnown(Section section);
     void skip();
 
     void readNewSymbols();
     void readMessage();
+    void readRubbish();
     void readStraySignal();
     void readAttribute();
     void readAttributeDefault();
@@ -64,7 +69,9 @@ private:
     Signal& at(const SignalPlace& place) { return database_.messages[place.message].signals[place.signal]; }
 
     Syntax syntax_;
+    const IsWanted isWanted_;
     Database database_;
+    std::string about_;                              // the signal that the section is about, as soon as it is known
     std::map<std::uint32_t, std::size_t> messages_;  // places, by the id as it is in the file
     std::map<std::string, ValueNames, std::less<>> valueTables_;
     std::map<std::uint32_t, std::optional<double>> cycleTimes_;
@@ -104,29 +111,41 @@ Database Reader::read() {
     for (auto& [place, name] : longNames_) {
         at(place).name = std::move(name);
     }
+    database_.leftOut = syntax_.leftOut();
     return std::move(database_);
 }
 
 void Reader::readSection() {
-    constexpr const char* kWhat = "a keyword such as BO_";
     const auto ofKeyword = [](char c) { return (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_'; };
     syntax_.enter("at the beginning of a section");
     const Token keyword = syntax_.peek();
-    if (!std::all_of(keyword.text.begin(), keyword.text.end(), ofKeyword)) {
-        syntax_.fail(kWhat);
+    if (keyword.kind != Token::Word || !std::all_of(keyword.text.begin(), keyword.text.end(), ofKeyword)) {
+        readKnown(&Reader::readRubbish);
+        return;
     }
-    syntax_.name(kWhat);
+    syntax_.take();
     syntax_.enter("in the section " + std::string(keyword.text));
     const Section known = sectionNamed(keyword.text);
-    (this->*(known ? known : &Reader::skip))();
+    readKnown(known ? known : &Reader::skip);
+}
+
+void Reader::readKnown(Section section) {
+    about_.clear();
+    try {
+        (this->*section)();
+    } catch (const SyntaxError& error) {
+        // What begins with rubbish is no signal database.
+        if (section == &Reader::readMessage || isWanted_(about_) || database_.messages.empty()) {
+            throw;
+        }
+        syntax_.leaveOut(error.what());
+        skip();
+    }
 }
 
 /// Passes over the rest of a section. Some end with a ';', others where the next one begins.
 void Reader::skip() {
-    const auto isSection = [](const Token& token) {
-        return token.kind == Token::Word && token.startsLine && sectionNamed(token.text);
-    };
-    while (!syntax_.atEnd() && !isSection(syntax_.peek())) {
+    while (!syntax_.atEnd() && !(syntax_.peek().startsLine && isSectionBegin(syntax_.peek()))) {
         if (syntax_.take().is(";")) {
             return;
         }
@@ -144,14 +163,24 @@ void Reader::readNewSymbols() {
 void Reader::readMessage() {
     const int line = syntax_.peek().line;
     std::uint32_t id = 0;
-    Message message = dbc::readMessage(syntax_, &id);
-    if (id == kNoMessage) {
+    std::optional<Message> message = dbc::readMessage(syntax_, isWanted_, &id);
+    if (!message || id == kNoMessage) {
         return;
     }
-    if (!messages_.emplace(id, database_.messages.size()).second) {
-        syntax_.wrong(line, "there are two messages BO_ " + std::to_string(id) + "; expected one");
+    if (messages_.emplace(id, database_.messages.size()).second) {
+        database_.messages.push_back(std::move(*message));
+        return;
     }
-    database_.messages.push_back(std::move(message));
+    const std::string problem = "there are two messages BO_ " + std::to_string(id) + "; expected one";
+    const auto isWanted = [this](const Signal& signal) { return isWanted_(signal.name); };
+    if (std::any_of(message->signals.begin(), message->signals.end(), isWanted)) {
+        syntax_.wrong(line, problem);
+    }
+    syntax_.leaveOut(syntax_.at(line, problem));
+}
+
+void Reader::readRubbish() {
+    syntax_.fail("a keyword such as BO_");
 }
 
 void Reader::readStraySignal() {
@@ -161,6 +190,7 @@ void Reader::readStraySignal() {
 std::optional<SignalPlace> Reader::takeSignal() {
     const auto message = messages_.find(syntax_.whole("the id of a message", kLargestId));
     const std::string_view name = syntax_.name("the name of a signal");
+    about_ = name;
     if (message == messages_.end()) {
         return std::nullopt;
     }
@@ -184,7 +214,7 @@ void Reader::readAttributeDefault() {
         return;
     }
     defaultCycleTime_ = readCycleTime();
-    syntax_.mark(";");
+    syntax_.end();
 }
 
 void Reader::readAttribute() {
@@ -202,15 +232,16 @@ void Reader::readAttribute() {
         skip();
         return;
     }
-    syntax_.mark(";");
+    syntax_.end();
 }
 
 ValueNames Reader::readNames() {
     ValueNames names;
-    while (!syntax_.takeIf(";")) {
+    while (!syntax_.peek().is(";") && !syntax_.atEnd() && !isSectionBegin(syntax_.peek())) {
         const std::int64_t value = syntax_.wide();
         names[value] = syntax_.text();
     }
+    syntax_.end();
     return names;
 }
 
@@ -231,7 +262,7 @@ void Reader::readValueNames() {
     const bool named = table != valueTables_.end();
     if (named) {
         syntax_.take();
-        syntax_.mark(";");
+        syntax_.end();
     }
     ValueNames names = named ? table->second : readNames();
     if (place) {
@@ -244,7 +275,7 @@ void Reader::readValueType() {
     syntax_.takeIf(":");
     const Token token = syntax_.peek();
     const std::uint32_t type = syntax_.whole("0, 1 (float) or 2 (double)", 2);
-    syntax_.mark(";");
+    syntax_.end();
     if (!place || type == 0) {
         return;
     }
@@ -269,7 +300,7 @@ void Reader::readMultiplexing() {
         const std::uint64_t first = syntax_.whole("the range of values", kLargestId);
         ranges.push_back({first, syntax_.rangeEnd()});
     } while (syntax_.takeIf(","));
-    syntax_.mark(";");
+    syntax_.end();
     if (place) {
         at(*place).selection = Selection{*multiplexor, std::move(ranges)};
     }
@@ -277,8 +308,12 @@ void Reader::readMultiplexing() {
 
 }  // namespace
 
-Database readDatabase(std::istream& input, const std::string& name) {
-    return Reader(input, name).read();
+bool isSectionBegin(const Token& token) {
+    return token.kind == Token::Word && Reader::sectionNamed(token.text) != nullptr;
+}
+
+Database readDatabase(std::istream& input, const std::string& name, std::function<bool(std::string_view)> isWanted) {
+    return Reader(input, name, std::move(isWanted)).read();
 }
 
 }  // namespace qvn::dbc

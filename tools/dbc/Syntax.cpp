@@ -1,5 +1,6 @@
 #include "dbc/Syntax.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <optional>
@@ -74,6 +75,34 @@ void Syntax::mark(std::string_view mark) {
     if (!takeIf(mark)) {
         fail("'" + std::string(mark) + "'");
     }
+}
+
+void Syntax::end() {
+    if (takeIf(";")) {
+        return;
+    }
+    if (!atEnd() && !tokens_.peek().startsLine) {
+        fail("';'");
+    }
+    leaveOut(tokens_.at(tokens_.lastLine(), "expected ';' at the end of the section"));
+}
+
+/// The kind of a complaint is what it expects, without the place and the word that was found.
+void Syntax::leaveOut(const std::string& text) {
+    const std::size_t begin = std::min(text.find("expected "), text.size());
+    Kind& kind = leftOut_[text.substr(begin, text.find(" instead of ") - begin)];
+    if (++kind.count == 1) {
+        kind.first = text;
+    }
+}
+
+std::vector<std::string> Syntax::leftOut() const {
+    std::vector<std::string> result;
+    for (const auto& [expected, kind] : leftOut_) {
+        result.push_back(kind.first + "; left out" +
+                         (kind.count > 1 ? ", as are " + std::to_string(kind.count - 1) + " more like it" : ""));
+    }
+    return result;
 }
 
 double Syntax::number(const char* what) {

@@ -1,7 +1,10 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <map>
 #include <string>
+#include <vector>
 
 #include "dbc/Tokens.h"
 
@@ -32,6 +35,9 @@ public:
     std::string_view name(const char* what);
     std::string text();
     void mark(std::string_view mark);
+    /// The ';' at the end of a section. Where it is missing, and the next section begins on a line of its own, that is
+    /// only noted.
+    void end();
     double number(const char* what = "a number");
     std::uint32_t whole(const char* what, std::uint32_t most, std::uint32_t least = 0);
     /// A whole number of up to 64 bits; one above the signed ones comes out as its bits.
@@ -44,9 +50,22 @@ public:
     /// An error for which no other word is expected.
     [[noreturn]] void wrong(int line, const std::string& text) const { tokens_.fail(line, text); }
 
+    /// "NAME:LINE: TEXT"
+    std::string at(int line, const std::string& text) const { return tokens_.at(line, text); }
+    /// Notes something that is wrong and does not matter: `text` is what() of a SyntaxError.
+    void leaveOut(const std::string& text);
+    /// What was noted: the first of each kind, and how many there are.
+    std::vector<std::string> leftOut() const;
+
 private:
+    struct Kind {
+        std::string first;
+        std::size_t count = 0;
+    };
+
     Tokens tokens_;
     std::string place_;
+    std::map<std::string, Kind> leftOut_;
 };
 
 }  // namespace qvn::dbc

@@ -10,6 +10,7 @@ namespace {
 
 constexpr std::string_view kBlanks = " \t\r\n\f\v";
 constexpr std::string_view kMarks = ":;,|@()[]+-";
+constexpr std::string_view kComment = "//";
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 bool isOneOf(char c, std::string_view set) {
@@ -32,18 +33,22 @@ Tokens::Tokens(std::string content, std::string name) : content_(std::move(conte
 
 Token Tokens::take() {
     const Token taken = next_;
+    lastLine_ = line_;
     next_ = read();
     return taken;
 }
 
+std::string Tokens::at(int line, const std::string& text) const {
+    return name_ + ":" + std::to_string(line) + ": " + text;
+}
+
 void Tokens::fail(int line, const std::string& text) const {
-    throw SyntaxError(name_ + ":" + std::to_string(line) + ": " + text);
+    throw SyntaxError(at(line, text));
 }
 
 Token Tokens::read() {
     const int lineBefore = line_;
-    for (; position_ < content_.size() && isOneOf(content_[position_], kBlanks); ++position_) {
-        line_ += content_[position_] == '\n' ? 1 : 0;
+    while (skipBlank()) {
     }
     Token token;
     token.line = line_;
@@ -61,11 +66,33 @@ Token Tokens::read() {
     return token;
 }
 
+bool Tokens::skipBlank() {
+    if (content_.compare(position_, kComment.size(), kComment) == 0) {
+        position_ = std::min(content_.find('\n', position_), content_.size());
+        return true;
+    }
+    if (position_ == content_.size() || !isOneOf(content_[position_], kBlanks)) {
+        return false;
+    }
+    line_ += content_[position_] == '\n' ? 1 : 0;
+    ++position_;
+    return true;
+}
+
+/// Of a '"' behind a backslash: a path may end with one, and then the section ends behind the text.
+bool Tokens::endsText(std::size_t position) const {
+    const std::size_t next = content_.find_first_not_of(" \t", position + 1);
+    const std::size_t after = next == std::string::npos ? next : content_.find_first_not_of(" \t\r", next + 1);
+    return next == std::string::npos ||
+           (content_[next] == ';' && (after == std::string::npos || content_[after] == '\n'));
+}
+
 void Tokens::readText(Token& token) {
     const std::size_t begin = position_ + 1;
     std::size_t end = begin;
     while (end < content_.size() && content_[end] != '"') {
-        end += content_.compare(end, 2, "\\\"") == 0 ? 2 : 1;
+        const bool quoted = content_.compare(end, 2, "\\\"") == 0 && !endsText(end + 1);
+        end += quoted ? 2 : 1;
     }
     if (end >= content_.size()) {
         fail(line_, "the text that begins here has no end; expected another '\"'");

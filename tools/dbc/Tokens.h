@@ -18,7 +18,8 @@ struct Token {
     bool is(std::string_view word) const { return kind != Text && kind != End && text == word; }
 };
 
-/// A DBC file as a sequence of words (names and numbers, with their signs), quoted texts and marks such as ':'.
+/// A DBC file as a sequence of words (names and numbers, with their signs), quoted texts and marks such as ':'. What
+/// follows "//" on a line is passed over.
 class Tokens {
 public:
     Tokens(std::string content, std::string name);
@@ -26,16 +27,22 @@ public:
     Tokens& operator=(const Tokens&) = delete;
 
     const Token& peek() const { return next_; }
+    /// Where the token ends that was taken last.
+    int lastLine() const { return lastLine_; }
     /// @throws SyntaxError when the token after it is a text without an end
     Token take();
 
-    /// @throws SyntaxError "NAME:LINE: ..."
+    /// "NAME:LINE: TEXT"
+    std::string at(int line, const std::string& text) const;
+    /// @throws SyntaxError with that
     [[noreturn]] void fail(int line, const std::string& text) const;
 
 private:
     Token read();
     void readWord(Token& token);
     void readText(Token& token);
+    bool skipBlank();
+    bool endsText(std::size_t position) const;
     std::size_t endOfWord() const;
     bool isSign(std::size_t position) const;
 
@@ -43,6 +50,7 @@ private:
     std::string name_;
     std::size_t position_ = 0;
     int line_ = 1;
+    int lastLine_ = 1;
     Token next_;
 };
 

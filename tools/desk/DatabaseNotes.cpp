@@ -4,7 +4,10 @@
 #include <cctype>
 #include <cmath>
 #include <fstream>
+#include <iterator>
 #include <optional>
+#include <string_view>
+#include <utility>
 
 #include "dbc/Reader.h"
 #include "desk/BadInput.h"
@@ -13,8 +16,27 @@
 namespace qvn::tools {
 namespace {
 
-bool isPlain(const std::string& text) {
-    return std::all_of(text.begin(), text.end(), [](char c) { return c >= ' ' && c <= '~'; });
+/// The text in ASCII. A file is in Windows-1252 or in UTF-8, and nothing tells which: longer bytes come first.
+std::string plain(const std::string& text) {
+    static constexpr std::pair<std::string_view, std::string_view> kSigns[] = {
+        {"\xE2\x84\xA6", "Ohm"}, {"\xCE\xA9", "Ohm"}, {"\xC2\xB0", "deg"}, {"\xC2\xB5", "u"},
+        {"\xCE\xBC", "u"},       {"\xC2\xB2", "^2"},  {"\xC2\xB3", "^3"},  {"\xB0", "deg"},
+        {"\xB5", "u"},           {"\xB2", "^2"},      {"\xB3", "^3"},
+    };
+    std::string result;
+    for (std::size_t at = 0; at < text.size();) {
+        const auto sign = std::find_if(std::begin(kSigns), std::end(kSigns), [&](const auto& known) {
+            return text.compare(at, known.first.size(), known.first) == 0;
+        });
+        if (sign != std::end(kSigns)) {
+            result += sign->second;
+            at += sign->first.size();
+        } else {
+            result += text[at] >= ' ' && text[at] <= '~' ? text[at] : '?';
+            ++at;
+        }
+    }
+    return result;
 }
 
 /// One word that no number begins like: "Not available" becomes Not_available, "2nd" _2nd.
@@ -26,7 +48,7 @@ std::string asWord(std::string name) {
 
 SignalNote noteOf(const dbc::Signal& signal) {
     SignalNote note;
-    note.unit = isPlain(signal.unit) ? signal.unit : "";
+    note.unit = plain(signal.unit);
     if (signal.minimum < signal.maximum) {
         note.range = {signal.minimum, signal.maximum};
     }
@@ -47,7 +69,9 @@ dbc::Database readDatabaseFile(const std::string& path) {
         throw BadInput("cannot open " + path);
     }
     try {
-        return dbc::readDatabase(file, path);
+        return dbc::readDatabase(file, path, [](std::string_view signal) {
+            return lookUpCode(NameKind::Received, std::string(signal)).has_value();
+        });
     } catch (const dbc::SyntaxError& error) {
         throw BadInput(error.what());
     }

@@ -142,7 +142,11 @@ int run(int argc, char** argv, const StopSignals& stop, Output& output) {
         return kUsage;
     }
     for (const std::string& file : options.databases) {
-        addNotes(SignalNotes::instance(), readDatabaseFile(file));
+        const dbc::Database database = readDatabaseFile(file);
+        for (const std::string& warning : database.leftOut) {
+            printError(warning);
+        }
+        addNotes(SignalNotes::instance(), database);
     }
     for (const std::string& file : options.notes) {
         SignalNotes::instance().addFile(file);
