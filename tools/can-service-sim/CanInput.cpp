@@ -38,7 +38,8 @@ void CanInput::readDatabase() {
     decoder_ = std::make_unique<CanDecoder>(std::move(database));
     if (decoder_->knownSignals() == 0) {
         throw BadInput(database_ + ": none of its " + std::to_string(decoder_->signals()) +
-                       " signals is known to the schema; expected names such as ESP_FD2_VehSpd, --list shows them all");
+                       " signals is known to the schema; expected names such as ESP_FD2_VehSpd, --list shows them all" +
+                       (warnings_.empty() ? "" : "; " + warnings_.front()));
     }
 }
 
