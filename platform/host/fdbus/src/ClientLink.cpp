@@ -7,6 +7,7 @@
 #include <host/ServiceSocket.h>
 
 #include <chrono>
+#include <new>
 
 namespace fdb {
 namespace {
@@ -31,36 +32,37 @@ void ClientLink::connect(const std::string& service) {
     if (!possible) {
         return;
     }
-    holdSendsBack();
-    mLoop->post(whileOwned([this, service] {
+    // A service that is there is not to miss what is sent between here and the loop's turn to connect: as long as
+    // something is under way that comes before it, a send takes the way over the loop, too.
+    const std::shared_ptr<void> before = std::make_shared<char>();
+    {
+        const qvn::sync::MutexLock lock(mMutex);
+        mBeforeSends = before;
+    }
+    mLoop->post(whileOwned([this, service, before] {
         dropConnection();
-        mService = service;
+        qvn::host::onceThereIsMemory([&] { mService = service; });
         mWanted = true;
         watch();
-        letSendsGo();
     }));
-}
-
-/// A service that is there is not to miss what is sent between connect() and the loop's turn to connect: as long as
-/// something is under way that comes before it, a send takes the way over the loop, too.
-void ClientLink::holdSendsBack() {
-    const qvn::sync::MutexLock lock(mMutex);
-    ++mBeforeSends;
-}
-
-void ClientLink::letSendsGo() {
-    const qvn::sync::MutexLock lock(mMutex);
-    --mBeforeSends;
 }
 
 /// Waits for the service, as soon as there is a runtime directory for it to be in.
 void ClientLink::watch() {
-    if (!qvn::host::ensureRuntimeDir(nullptr)) {
-        mRetry.later("", whileOwned([this] { watch(); }));  // the reason is in the log
-        return;
+    bool watches = false;
+    try {
+        watches = qvn::host::ensureRuntimeDir(nullptr);  // the reason is in the log
+        if (watches) {
+            mWatch.start(qvn::host::runtimeDir(), whileOwned([this] { look(); }));
+        }
+    } catch (const std::bad_alloc&) {
+        watches = false;
     }
-    mWatch.start(qvn::host::runtimeDir(), whileOwned([this] { look(); }));
-    look();
+    if (watches) {
+        look();
+    } else {
+        qvn::host::onceThereIsMemory([this] { mRetry.later("", whileOwned([this] { watch(); })); });
+    }
 }
 
 void ClientLink::disconnect() {
@@ -92,19 +94,28 @@ void ClientLink::look() {
         return;
     }
     std::error_code error;
-    qvn::host::UniqueFd fd = qvn::host::connectToService(mService, error);
-    if (error == std::errc::no_such_file_or_directory || error == std::errc::connection_refused) {
-        return;
+    try {
+        error = open();
+    } catch (const std::bad_alloc&) {
+        error = std::make_error_code(std::errc::not_enough_memory);
     }
-    const std::string label = "service '" + mService + "'";
-    if (fd && !isSameUser(fd.get(), label)) {
-        return;
-    }
-    const std::shared_ptr<Connection> connection = fd ? Connection::open(*mLoop, std::move(fd), label, error) : nullptr;
-    if (!connection) {
+    if (error && error != std::errc::no_such_file_or_directory && error != std::errc::connection_refused) {
         retryLater("connect to", error);
-        return;
     }
+}
+
+std::error_code ClientLink::open() {
+    std::error_code error;
+    qvn::host::UniqueFd fd = qvn::host::connectToService(mService, error);
+    const std::string label = "service '" + mService + "'";
+    if (error || !isSameUser(fd.get(), label)) {
+        return error;
+    }
+    const std::shared_ptr<Connection> connection = Connection::open(*mLoop, std::move(fd), label, error);
+    if (error) {
+        return error;
+    }
+    connection->start(std::static_pointer_cast<ClientLink>(shared_from_this()));
     {
         const qvn::sync::MutexLock lock(mMutex);
         mConnection = connection;
@@ -112,13 +123,15 @@ void ClientLink::look() {
     mSession = nextSessionId();
     mHeardFrom = false;
     mOnline = true;
-    connection->start(std::static_pointer_cast<ClientLink>(shared_from_this()));
     Callbacks::online(mOwner, mSession, true);
+    return {};
 }
 
 void ClientLink::retryLater(const char* what, const std::error_code& reason) {
-    mRetry.later(std::string("fdbus: cannot ") + what + " service '" + mService + "': " + reason.message(),
-                 whileOwned([this] { look(); }));
+    qvn::host::onceThereIsMemory([&] {
+        mRetry.later(std::string("fdbus: cannot ") + what + " service '" + mService + "': " + reason.message(),
+                     whileOwned([this] { look(); }));
+    });
 }
 
 /// Ends the connection if there is one, and tells the owner.
@@ -193,13 +206,11 @@ bool ClientLink::send(FrameBuilder& frame) {
     std::shared_ptr<Connection> connection;
     {
         const qvn::sync::MutexLock lock(mMutex);
-        if (mBeforeSends != 0) {
-            ++mBeforeSends;
-            mLoop->post(whileOwned([this, late = std::string(frame.bytes())] {
+        if (const std::shared_ptr<void> before = mBeforeSends.lock()) {
+            mLoop->post(whileOwned([this, before, late = std::string(frame.bytes())] {
                 if (const std::shared_ptr<Connection> made = current()) {
                     made->send(late);
                 }
-                letSendsGo();
             }));
             return true;
         }
@@ -241,8 +252,10 @@ void ClientLink::failRequest(uint32_t serial, int32_t error, const char* text) {
     if (found == mRequests.end()) {
         return;
     }
-    CBaseJob::Ptr job = std::make_shared<CFdbMessage>(emptyReply(found->second.code, serial), mSession, nullptr);
+    const FrameView nothing = emptyReply(found->second.code, serial);
     mRequests.erase(found);
+    CBaseJob::Ptr job;
+    qvn::host::onceThereIsMemory([&] { job = std::make_shared<CFdbMessage>(nothing, mSession, nullptr); });
     Callbacks::status(mOwner, job, error, text);
 }
 

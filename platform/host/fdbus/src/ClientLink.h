@@ -44,13 +44,12 @@ private:
     // On the loop's thread.
     void watch();
     void look();
+    std::error_code open();
     void retryLater(const char* what, const std::error_code& reason);
     void dropConnection();
     void awaitReply(uint32_t serial, FdbMsgCode_t code, int32_t timeout);
     void failRequest(uint32_t serial, int32_t error, const char* text);
 
-    void holdSendsBack();
-    void letSendsGo();
     std::shared_ptr<Connection> current();
 
     std::string mService;
@@ -67,7 +66,7 @@ private:
 
     qvn::sync::Mutex mMutex;
     std::shared_ptr<Connection> mConnection QVN_GUARDED_BY(mMutex);
-    int mBeforeSends QVN_GUARDED_BY(mMutex) = 0;  // tasks on their way to the loop that come before the next send
+    std::weak_ptr<void> mBeforeSends QVN_GUARDED_BY(mMutex);  // held by what the loop is to do before it
 };
 
 }  // namespace fdb

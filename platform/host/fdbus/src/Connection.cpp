@@ -59,20 +59,22 @@ void Connection::onRead(size_t bytes) {
     }
     mReadEnd += bytes;
     try {
-        if (!dispatch(*handler)) {
-            return;
+        if (dispatch(*handler)) {
+            moveToFront();
+            read();
         }
     } catch (const std::bad_alloc&) {
         end("met a lack of memory");
-        return;
     }
-    // Move what is left of an incomplete frame to the front, and make room for the whole of it.
+}
+
+/// Makes room for the whole of an incomplete frame.
+void Connection::moveToFront() {
     if (mReadBegin != 0) {
         std::memmove(mReadBuffer.data(), mReadBuffer.data() + mReadBegin, mReadEnd - mReadBegin);
         mReadEnd -= mReadBegin;
         mReadBegin = 0;
     }
-    read();
 }
 
 /// Walks the complete frames of the read buffer. False when the connection has ended.

@@ -46,6 +46,7 @@ private:
     void read();
     void onRead(size_t bytes);
     bool dispatch(ConnectionHandler& handler);
+    void moveToFront();
     void end(const char* reason);
 
     qvn::host::LoopDescriptor mInput;

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <iterator>
+#include <new>
 #include <string_view>
 
 namespace fdb {
@@ -83,14 +84,23 @@ void ServerHub::keepPublished() {
         return;
     }
     withdraw();
+    bool published = false;
     std::string error;
-    if (publish(error)) {
+    try {
+        published = publish(error);
+    } catch (const std::bad_alloc&) {
+        withdraw();
+        error = "out of memory";
+    }
+    if (published) {
         mRetry.succeeded();
         lgklog_print(kLogError, "fdbus: the socket of '%s' was removed and has been made again", mService.c_str());
-    } else {
+        return;
+    }
+    qvn::host::onceThereIsMemory([&] {
         mRetry.later("fdbus: cannot make the socket of '" + mService + "' again: " + error,
                      whileOwned([this] { keepPublished(); }));
-    }
+    });
 }
 
 void ServerHub::withdraw() {
@@ -105,6 +115,21 @@ void ServerHub::awaitClient() {
 }
 
 void ServerHub::acceptClients() {
+    std::error_code error;
+    try {
+        error = acceptThoseThatWait();
+    } catch (const std::bad_alloc&) {
+        error = std::make_error_code(std::errc::not_enough_memory);
+    }
+    if (error) {
+        qvn::host::onceThereIsMemory([&] {
+            mRetry.later("fdbus: service '" + mService + "' cannot accept a client: " + error.message(),
+                         whileOwned([this] { acceptClients(); }));
+        });
+    }
+}
+
+std::error_code ServerHub::acceptThoseThatWait() {
     while (mListener) {  // the owner's callback may end the service
         qvn::host::UniqueFd fd(::accept4(mListener.get(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
         if (fd) {
@@ -112,14 +137,12 @@ void ServerHub::acceptClients() {
             openSession(std::move(fd));
         } else if (errno == EAGAIN) {
             awaitClient();
-            return;
+            return {};
         } else if (errno != EINTR && errno != ECONNABORTED) {
-            mRetry.later(
-                "fdbus: service '" + mService + "' cannot accept a client: " + qvn::host::lastError().message(),
-                whileOwned([this] { acceptClients(); }));
-            return;
+            return qvn::host::lastError();
         }
     }
+    return {};
 }
 
 void ServerHub::openSession(qvn::host::UniqueFd fd) {
@@ -137,9 +160,14 @@ void ServerHub::openSession(qvn::host::UniqueFd fd) {
     const auto session =
         std::make_shared<ServerSession>(std::static_pointer_cast<ServerHub>(shared_from_this()), id, connection);
     const bool first = mSessions.empty();
-    mSessions.emplace(id, session);
+    const auto entry = mSessions.emplace(id, session).first;
+    try {
+        connection->start(session);
+    } catch (const std::bad_alloc&) {
+        mSessions.erase(entry);
+        throw;
+    }
     Callbacks::online(mOwner, id, first);
-    connection->start(session);
 }
 
 bool ServerHub::onFrame(const std::shared_ptr<ServerSession>& session, const FrameView& frame) {

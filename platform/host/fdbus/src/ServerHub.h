@@ -13,6 +13,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <system_error>
 #include <unordered_map>
 #include <vector>
 
@@ -66,6 +67,7 @@ private:
     void withdraw();
     void awaitClient();
     void acceptClients();
+    std::error_code acceptThoseThatWait();
     void openSession(qvn::host::UniqueFd fd);
     static Topics::iterator leave(Topics& topics, Topics::iterator topic,
                                   const std::shared_ptr<Connection>& connection);

@@ -19,6 +19,16 @@ constexpr std::uint32_t kDirectoryMask = IN_CREATE | IN_CLOSE_WRITE | IN_MOVED_T
 constexpr std::uint32_t kAboveMask = IN_DELETE_SELF | IN_MOVE_SELF | IN_ONLYDIR;
 constexpr std::uint32_t kMissingMask = kAboveMask | IN_CREATE | IN_MOVED_TO;
 
+/// What a step returns; a lack of memory is an error like that of anything else.
+template <class Step>
+std::error_code errorOf(Step step) {
+    try {
+        return step();
+    } catch (const std::bad_alloc&) {
+        return std::make_error_code(std::errc::not_enough_memory);
+    }
+}
+
 bool contains(const std::vector<int>& watches, int watch) {
     return std::find(watches.begin(), watches.end(), watch) != watches.end();
 }
@@ -28,7 +38,7 @@ bool contains(const std::vector<int>& watches, int watch) {
 void DirectoryWatch::start(const std::string& directory, std::function<void()> changed) {
     stop();
     mDirectory = directory;
-    mChanged = std::move(changed);
+    mChanged = std::make_shared<const std::function<void()>>(std::move(changed));
     watch();
 }
 
@@ -41,21 +51,22 @@ void DirectoryWatch::stop() {
 
 /// False when the system is short of something; then it is tried again.
 bool DirectoryWatch::watch() {
-    if (const std::error_code error = open()) {
+    if (const std::error_code error = errorOf([this] { return open(); })) {
         retry(error);
         return false;
     }
     mRetry.succeeded();
-    await();
     return true;
 }
 
 void DirectoryWatch::retry(const std::error_code& error) {
     stop();
-    mRetry.later(mWhat + ": " + error.message(), [this] {
-        if (watch()) {
-            report();
-        }
+    onceThereIsMemory([&] {
+        mRetry.later(mWhat + ": " + error.message(), [this] {
+            if (watch()) {
+                report();
+            }
+        });
     });
 }
 
@@ -65,7 +76,15 @@ std::error_code DirectoryWatch::open() {
         return lastError();
     }
     const std::error_code error = mInotify.open(mLoop, std::move(inotify));
-    return error ? error : settle();
+    return error ? error : await(true);
+}
+
+std::error_code DirectoryWatch::await(bool moves) {
+    const std::error_code error = moves ? settle() : std::error_code();
+    if (!error) {
+        mInotify.awaitReadable([this] { onReadable(); });
+    }
+    return error;
 }
 
 /// Watches the directory or, while it is missing, its nearest ancestor that exists, and whether one above that moves.
@@ -120,17 +139,10 @@ bool DirectoryWatch::takeEvents() {
     return moves;
 }
 
-void DirectoryWatch::await() {
-    mInotify.awaitReadable([this] { onReadable(); });
-}
-
 void DirectoryWatch::onReadable() {
     const bool wasThere = isThere();
-    try {
-        const std::error_code error = takeEvents() ? settle() : std::error_code();
-        error ? retry(error) : await();
-    } catch (const std::bad_alloc&) {
-        retry(std::make_error_code(std::errc::not_enough_memory));
+    if (const std::error_code error = errorOf([this] { return await(takeEvents()); })) {
+        retry(error);
     }
     if (wasThere || isThere()) {
         report();
@@ -138,8 +150,8 @@ void DirectoryWatch::onReadable() {
 }
 
 void DirectoryWatch::report() {
-    const std::function<void()> changed = mChanged;  // a copy, since the function may start or destroy this watch
-    changed();
+    const auto changed = mChanged;  // kept, since the function may start or destroy this watch
+    (*changed)();
 }
 
 }  // namespace qvn::host

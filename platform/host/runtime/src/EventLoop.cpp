@@ -147,13 +147,16 @@ void EventLoop::runExclusive(const std::function<void()>& task) {
         task();
         return;
     }
-    Task pending{&task};
-    mTasks.push_back(&pending);
     post([this] {
         const MutexLock running(mMutex);
         runTasksLocked();
     });
+    Task pending{&task};
+    mTasks.push_back(&pending);  // the last thing that may fail: an entry that stays would point to nothing
     mChanged.wait(lock.native(), [&pending] { return pending.done; });
+    if (pending.thrown) {
+        std::rethrow_exception(pending.thrown);
+    }
 }
 
 bool EventLoop::waitForSignal(const std::atomic<bool>& done, int32_t milliseconds) {
@@ -174,7 +177,11 @@ void EventLoop::signal() {
 
 void EventLoop::runTasksLocked() {
     for (Task* task : mTasks) {
-        (*task->run)();
+        try {
+            (*task->run)();
+        } catch (...) {
+            task->thrown = std::current_exception();
+        }
         task->done = true;
     }
     mTasks.clear();

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <string>
 #include <system_error>
 #include <vector>
@@ -17,7 +18,8 @@ namespace qvn::host {
 ///
 /// The watch follows the path: while the directory does not exist, or is a symbolic link, it waits for one to be made;
 /// when one above it is moved or removed, likewise.
-/// While the system is short of descriptors or watches, it tries again, logs that once, and calls back when it watches.
+/// While the system is short of descriptors, watches or memory, it tries again, logs that once, and calls back when it
+/// watches.
 ///
 /// One thread at a time, as LoopDescriptor.
 class DirectoryWatch {
@@ -34,11 +36,12 @@ private:
     bool watch();
     void retry(const std::error_code& error);
     std::error_code open();
+    /// Waits for the next events, at first settling anew when the watch may have to move.
+    std::error_code await(bool moves);
     std::error_code settle();
     int watchOne(const std::string& directory, std::uint32_t mask);
     bool isThere() const { return mWatched == mDirectory; }
     bool takeEvents();
-    void await();
     void onReadable();
     void report();
 
@@ -46,7 +49,7 @@ private:
     const std::string mWhat;
     Retry mRetry;
     std::string mDirectory;
-    std::function<void()> mChanged;
+    std::shared_ptr<const std::function<void()>> mChanged;
     LoopDescriptor mInotify;
     std::string mWatched;       // the directory itself, or its nearest ancestor that exists
     std::vector<int> mWatches;  // of mWatched, and of each directory above it

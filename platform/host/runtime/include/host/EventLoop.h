@@ -6,6 +6,7 @@
 #include <condition_variable>
 #include <cstdint>
 #include <deque>
+#include <exception>
 #include <functional>
 #include <memory>
 #include <string>
@@ -46,8 +47,8 @@ public:
     void post(std::function<void()> handler);
 
     /// Runs `task` while no other handler of the loop runs, and returns when it has run: on the loop, or on the calling
-    /// thread when the loop is not running or this is its thread. On a foreign loop it never runs. The task must not
-    /// call the application.
+    /// thread when the loop is not running or this is its thread. On a foreign loop it never runs. What the task throws
+    /// is thrown here. The task must not call the application.
     void runExclusive(const std::function<void()>& task);
 
     /// Waits until `done` is set by a thread that then calls signal(); at most `milliseconds`, where positive. False
@@ -59,6 +60,7 @@ private:
     struct Task {
         const std::function<void()>* run;
         bool done = false;
+        std::exception_ptr thrown = nullptr;
     };
 
     void startThread(const std::string& name) QVN_REQUIRES(mMutex);

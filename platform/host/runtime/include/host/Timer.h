@@ -3,7 +3,9 @@
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <new>
 #include <string>
+#include <thread>
 
 #include "host/EventLoop.h"
 
@@ -43,5 +45,19 @@ private:
     Timer mTimer;
     std::string mLogged;
 };
+
+/// Does the one thing that makes a loop go on after a shortage, such as Retry::later(): while there is no memory even
+/// for that, nothing else on the loop could be done either.
+template <class Action>
+void onceThereIsMemory(Action action) {
+    for (;;) {
+        try {
+            action();
+            return;
+        } catch (const std::bad_alloc&) {
+            std::this_thread::sleep_for(Retry::kPause);
+        }
+    }
+}
 
 }  // namespace qvn::host
