@@ -150,13 +150,19 @@ TEST_F(Gpioport, RefusesUnusableArguments) {
     EXPECT_NE(gpioport_irq_func_register(kLine, kBothEdges, nullptr, &context), 0);
 }
 
-TEST_F(Gpioport, FailsWithALogLineWhenTheRuntimeDirectoryIsUnusable) {
-    writeFile(mHost.path(), "in the way");
-    const std::string log = qvn::test::logOf([] { EXPECT_NE(gpioport_request(0), 0); });
-    EXPECT_NE(log.find(" gpioport: " + mHost.path().string() + " is not a directory"), std::string::npos) << log;
-
-    fs::remove(mHost.path());
-    EXPECT_EQ(gpioport_request(0), 0) << "a later request may succeed";
+TEST_F(Gpioport, ARuntimeDirectoryThatIsMendedIsUsed) {
+    drive("1");
+    fs::permissions(mHost.path(), fs::perms(0755));
+    const std::string log = qvn::test::logOf([this] {
+        Recorder& recorder = watch(kBothEdges);
+        drive("0");
+        EXPECT_TRUE(qvn::test::isIdle());
+        EXPECT_EQ(recorder.levels.entries(), Levels{});
+        fs::permissions(mHost.path(), fs::perms(0700));
+        EXPECT_EQ(recorder.levels.atLeast(1), (Levels{0}));
+    });
+    const std::string complaint = " is open to other users; run: chmod 700 " + mHost.path().string() + "; trying again";
+    EXPECT_EQ(qvn::test::count(log, " gpioport: the directory " + mHost.path().string() + complaint), 1U) << log;
 }
 
 TEST_F(Gpioport, RecoversWhenTheDirectoryIsMadeAgain) {

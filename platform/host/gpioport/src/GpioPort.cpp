@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstring>
 #include <new>
 #include <string>
 #include <system_error>
@@ -110,8 +111,7 @@ bool GpioPort::start() {
     }
     std::string error;
     if (!ensureRuntimeSubdir(kGpioFolder, &error)) {
-        lgklog_print(kLogError, "gpioport: %s", error.c_str());
-        return false;
+        lgklog_print(kLogError, "gpioport: %s; trying again", error.c_str());
     }
     try {
         mThread = std::thread(&GpioPort::run, this);
@@ -151,33 +151,44 @@ void GpioPort::run() {
     onPortThread = true;
     blockSignals();
     pthread_setname_np(pthread_self(), "gpioport");
-    const std::shared_ptr<EventLoop> loop = makeLoop();
-    if (!loop) {
-        return;
+    for (bool complained = false; !closing(); complained = true) {
+        const char* const problem = serveLines();
+        mNextSample.reset();
+        if (problem && !complained) {
+            lgklog_print(kLogError, "%s: %s; trying again", kCannotWatch, problem);
+        }
+        sync::MutexLock lock(mMutex);
+        if (!mClosing) {
+            mChanged.wait_for(lock.native(), Retry::kPause);
+        }
     }
-    mNextSample.emplace(*loop);
-    // Which file has changed does not matter: a level that is the same as before is no edge.
-    DirectoryWatch watch(*loop, kCannotWatch);
-    watch.start(linesDir(), [this] { serve(); });
-    serve();
-    loop->start("", true);
-    mNextSample.reset();
 }
 
-std::shared_ptr<EventLoop> GpioPort::makeLoop() {
-    sync::MutexLock lock(mMutex);
-    for (bool complained = false; !mClosing; complained = true) {
-        try {
-            mLoop = std::make_shared<EventLoop>();
-            return mLoop;
-        } catch (const std::system_error& problem) {
-            if (!complained) {
-                lgklog_print(kLogError, "%s: %s; trying again", kCannotWatch, problem.code().message().c_str());
-            }
+const char* GpioPort::serveLines() {
+    try {
+        if (!ensureRuntimeSubdir(kGpioFolder, nullptr)) {
+            return nullptr;  // the reason is in the log
         }
-        mChanged.wait_for(lock.native(), Retry::kPause);
+        const auto loop = std::make_shared<EventLoop>();
+        {
+            const sync::MutexLock lock(mMutex);
+            if (mClosing) {
+                return nullptr;
+            }
+            mLoop = loop;
+        }
+        mNextSample.emplace(*loop);
+        // Which file has changed does not matter: a level that is the same as before is no edge.
+        DirectoryWatch watch(*loop, kCannotWatch);
+        watch.start(linesDir(), [this] { serve(); });
+        serve();
+        loop->start("", true);
+        return nullptr;
+    } catch (const std::system_error& problem) {
+        return std::strerror(problem.code().value());
+    } catch (const std::bad_alloc&) {
+        return std::strerror(ENOMEM);
     }
-    return nullptr;
 }
 
 void GpioPort::serve() {
@@ -191,7 +202,7 @@ void GpioPort::serve() {
     if (complete) {
         mNextSample->stop();
     } else {
-        mNextSample->start(Retry::kPause, [this] { serve(); });
+        onceThereIsMemory([this] { mNextSample->start(Retry::kPause, [this] { serve(); }); });
     }
     callPending();
 }

@@ -15,7 +15,8 @@
 namespace qvn::host {
 
 /// The process's GPIO port: a loop with a thread, which samples the registered lines whenever their directory changes,
-/// and from time to time while the system is short of what it takes to watch or read them.
+/// and from time to time while the system is short of what it takes to watch or read them. A runtime directory that
+/// cannot be used yet is waited for.
 ///
 /// Members may be called from any thread, callbacks included. In a child of fork() the port of its parent cannot be
 /// used; close() does nothing there.
@@ -46,8 +47,9 @@ private:
     bool add(int line, int edges, Callback callback, void* context);
     bool closing();
     void run();
-    /// Waits until the system has the descriptors for a loop. Null when the port is closed before.
-    std::shared_ptr<EventLoop> makeLoop();
+    /// Watches the lines until the port is closed. Returns before when something is missing; what that is, unless it is
+    /// in the log.
+    const char* serveLines();
     /// Looks for edges and calls back.
     void serve();
     /// False when a level could not be read.

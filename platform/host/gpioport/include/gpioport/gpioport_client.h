@@ -7,8 +7,9 @@
 /// A process has one port: gpioport_exit() ends it for every user in the process. All functions may be called from
 /// any thread, also from an interrupt callback.
 ///
-/// While the system is short of something, such as descriptors, an open port tries again by itself: edges are reported
-/// late, but not lost. A child of fork() cannot use the port of its parent, and gpioport_exit() leaves it alone there.
+/// While the system is short of something, such as descriptors or memory, or the runtime directory cannot be used, an
+/// open port tries again by itself: edges are reported late, but not lost. A child of fork() cannot use the port of its
+/// parent, and gpioport_exit() leaves it alone there.
 #ifndef GPIOPORT_GPIOPORT_CLIENT_H
 #define GPIOPORT_GPIOPORT_CLIENT_H
 
@@ -25,7 +26,7 @@ extern "C" {
 /// Opens the port: makes the line files' directory and starts the interrupt thread. Harmless on an open port.
 ///
 /// @param port  port number; there is one port, every number opens it
-/// @return 0 on success; non-zero when the directory cannot be made or there is no thread, which is also logged
+/// @return 0 on success; non-zero when there is no thread, which is also logged
 GPIOPORT_API int gpioport_request(int port);
 
 /// Reads the present level of a line. The port need not be open.
