@@ -4,10 +4,12 @@
 #include <vehicle/VehicleClient.h>
 #include <vehicle_testing/TestVehicle.h>
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <cstdlib>
 #include <filesystem>
+#include <functional>
 #include <future>
 #include <mutex>
 #include <optional>
@@ -16,6 +18,8 @@
 #include <thread>
 #include <utility>
 #include <vector>
+
+#include "ipc_common_soc/CanServiceWire.h"
 
 namespace qvn::test {
 namespace {
@@ -174,11 +178,22 @@ TEST(TestVehicle, TheServiceGoesDownAndComesBackWithTheValuesOfThen) {
 
 TEST(TestVehicle, SettleCoversASetThatWasMadeBeforeTheClientHadConnected) {
     TestVehicle vehicle;
-    std::vector<int> on{1};
-    EXPECT_TRUE(VehicleClient::getInstance()->setInt32Property(ids::HUT6_CarMdlDispCmd, on));
-    vehicle.settle(TestVehicle::Duration::max());
+    const auto set = [](int number) {
+        std::vector<int> value{number};
+        EXPECT_TRUE(VehicleClient::getInstance()->setInt32Property(ids::HUT6_CarMdlDispCmd, value));
+    };
+    set(1);
+    vehicle.settle(std::chrono::hours::max());
     EXPECT_EQ(1, vehicle.lastSet("HUT6_CarMdlDispCmd"));
-    EXPECT_EQ(1, vehicle.waitForSet("HUT6_CarMdlDispCmd", TestVehicle::Duration::max()));
+    for (int round = 2; round < 12; ++round) {
+        vehicle.serviceDown();
+        vehicle.serviceUp();
+        set(round);
+        vehicle.settle(TestVehicle::Duration::max());
+        ASSERT_EQ(round, vehicle.lastSet("HUT6_CarMdlDispCmd"));
+    }
+    EXPECT_EQ(1, vehicle.waitForSet("HUT6_CarMdlDispCmd", std::chrono::hours::max()));
+    EXPECT_EQ(2, vehicle.waitForSet("HUT6_CarMdlDispCmd", std::chrono::hours::min()));
 }
 
 TEST(TestVehicle, MustBeMadeBeforeTheClient) {
@@ -186,66 +201,86 @@ TEST(TestVehicle, MustBeMadeBeforeTheClient) {
     EXPECT_NE(std::string::npos, errorOf([] { TestVehicle(); }).find("make the TestVehicle first"));
 }
 
-TEST(TestVehicle, TheDevelopersOwnVariantStaysOutside) {
-    ::setenv("QVN_HOST_CONFIG", "/nonexistent/vehicle.json", 1);
+TEST(TestVehicle, TheDevelopersOwnSettingsStayOutside) {
+    const std::string log = ::testing::TempDir() + "developers.log";
+    for (const auto& [name, value] :
+         {std::pair<const char*, std::string>("QVN_HOST_CONFIG", "/nonexistent/vehicle.json"),
+          {"QVN_HOST_QUEUE_MIB", "1"},
+          {"QVN_LOG_LEVEL", "5"},
+          {"QVN_LOG_FILE", log}}) {
+        ::setenv(name, value.c_str(), 1);
+    }
     TestVehicle vehicle;
     Application::start({ids::ESP_FD2_VehSpd});
     vehicle.set("ESP_FD2_VehSpd", 4.5);
     vehicle.settle();
     EXPECT_EQ(Values{4.5}, Application::takeValues());
+    EXPECT_FALSE(std::filesystem::exists(log));
+    EXPECT_EQ(nullptr, std::getenv("QVN_LOG_LEVEL"));
+    EXPECT_EQ(nullptr, std::getenv("QVN_HOST_QUEUE_MIB"));
 }
 
 TEST(TestVehicle, ACallbackThatHangsIsNamed) {
     static std::promise<void> release;
+    static const std::shared_future<void> released = release.get_future().share();
     ::setenv("QVN_TEST_TIMEOUT", "1", 1);
+    ::testing::internal::CaptureStderr();
     TestVehicle vehicle;
     VehicleClient::getInstance()->subscribe(
         [](VehiclePropValue value, PropertyType) {
             if (value.prop == ids::DCT5_TGS_LEVER) {
-                release.get_future().wait();
+                released.wait();
             }
         },
-        {ids::DCT5_TGS_LEVER, ids::ESP_FD2_VehSpd}, nullptr);
-    vehicle.set("ESP_FD2_VehSpd", 4.5);
+        {ids::DCT5_TGS_LEVER, ids::ESP_FD2_VehSpd}, [](int, VehiclePropertyStatus) { released.wait(); });
     vehicle.settle();
-    ::testing::internal::CaptureStderr();
+    vehicle.set("ESP_FD2_VehSpd", 4.5);
     vehicle.set("DCT5_TGS_LEVER", 2);
-    EXPECT_EQ(
-        "a callback of the application has not returned for DCT5_TGS_LEVER after 1500 ms; look for what it waits for",
-        errorOf([&] { vehicle.settle(TestVehicle::Duration(1500)); }));
-    EXPECT_NE(std::string::npos,
-              ::testing::internal::GetCapturedStderr().find(
-                  "not ended after 0 s; a callback of the application has not returned for DCT5_TGS_LEVER"));
+    vehicle.set("ESP_FD2_VehSpd", 9);
+    vehicle.timeOut("HAP_FD3");
+    EXPECT_EQ("`changed` for DCT5_TGS_LEVER has not returned after 1500 ms; look for what it waits for",
+              errorOf([&] { vehicle.settle(TestVehicle::Duration(1500)); }));
+    EXPECT_NE(std::string::npos, ::testing::internal::GetCapturedStderr().find(
+                                     "not ended after 0.8 s; `changed` for DCT5_TGS_LEVER has not returned"));
     release.set_value();
     vehicle.settle();
 }
 
-/// A client that comes and goes.
+/// A client that comes and goes, and keeps what it is told of DCT5_TGS_LEVER.
 class BareClient : public CBaseClient {
 public:
     explicit BareClient(CBaseWorker* worker) : CBaseClient("bare", worker) { connect("svc://fdbus_can_service"); }
     ~BareClient() override { prepareDestroy(); }
 
+    std::vector<int> values;  // to be read behind settle()
+
 protected:
     void onOnline(FdbSessionId_t, bool) override {
         CFdbMsgSubscribeList list;
-        addNotifyItem(list, 0x01384CD0, nullptr);
+        addNotifyItem(list, can_service::QVN_GET_DCT5_TGS_LEVER, nullptr);
         subscribe(list);
+    }
+    void onBroadcast(CBaseJob::Ptr& job) override {
+        can_service::BroadcastSignal signal;
+        wire::read(*castToMessage<CFdbMessage*>(job), signal);
+        values.push_back(static_cast<unsigned char>(signal.raw_value()[0]));
     }
 };
 
-TEST(TestVehicle, AClientThatLeavesIsNotWaitedFor) {
+TEST(TestVehicle, AClientThatComesIsToldEachValueOnceAndOneThatLeavesIsNotWaitedFor) {
     TestVehicle vehicle;
     CBaseWorker worker;
     worker.start();
-    Application::start({ids::ESP_FD2_VehSpd});
-    {
-        BareClient leaving(&worker);
+    for (int round = 0; round < 20; ++round) {
+        BareClient client(&worker);
+        for (int value = 0; value < 100; ++value) {
+            vehicle.set("DCT5_TGS_LEVER", value);
+        }
         vehicle.settle();
+        const auto& values = client.values;
+        ASSERT_EQ(values.end(), std::adjacent_find(values.begin(), values.end(), std::greater_equal<>()));
+        ASSERT_EQ(99, values.back());
     }
-    vehicle.set("ESP_FD2_VehSpd", 4.5);
-    vehicle.settle();
-    EXPECT_EQ(Values{4.5}, Application::takeValues());
     worker.exit();
     worker.join();
 }

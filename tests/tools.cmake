@@ -40,7 +40,7 @@ target_link_libraries(ending_application PRIVATE qvn::vehicleclient qvn::common_
 if(QVN_PLATFORM STREQUAL "host")
     qvn_add_test(NAME test_vehicle_test
         SOURCES TestVehicle_test.cpp
-        LIBS qvn::vehicleclient_testing qvn::common_base
+        LIBS qvn::vehicleclient_testing qvn_wire
         LABELS testing)
     include(e2e/e2e.cmake)
 endif()

@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <stdexcept>
+#include <utility>
 
 #include "desk/DeskPlatform.h"
+#include "desk/SignalNames.h"
 #include "ipc_common_soc/CanServiceWire.h"
 #include "ipc_common_soc/ServiceName.h"
 
@@ -20,20 +22,24 @@ protected:
     void onSubscribe(CBaseJob::Ptr& job) override {
         auto* const message = castToMessage<CFdbMessage*>(job);
         const MutexLock lock(mService.mMutex);
+        std::vector<std::uint32_t> answered;
         const CFdbMsgSubscribeItem* item = nullptr;
         FDB_BEGIN_FOREACH_SIGNAL(message, item) {
-            mService.answer(*message, static_cast<std::uint32_t>(item->msg_code()));
+            const auto code = static_cast<std::uint32_t>(item->msg_code());
+            if (mService.answer(*message, code)) {
+                answered.push_back(code);
+            }
         }
         FDB_END_FOREACH_SIGNAL();
-        mService.mUnanswered.emplace(message->session(), 0);
+        mService.ask(*this, message->session(), {"`changed` or `status`", std::move(answered)});
         mService.mChanged.notify_all();
     }
 
     void onStatus(CBaseJob::Ptr& job, std::int32_t, const char*) override {
         const MutexLock lock(mService.mMutex);
         const auto client = mService.mUnanswered.find(castToMessage<CFdbMessage*>(job)->session());
-        if (client != mService.mUnanswered.end()) {
-            --client->second;
+        if (client != mService.mUnanswered.end() && !client->second.empty()) {
+            client->second.pop_front();
             mService.mChanged.notify_all();
         }
     }
@@ -61,8 +67,9 @@ private:
 TestService::TestService() : mWorker("test-service") {
     if (!FDB_CONTEXT->start()) {
         throw std::runtime_error(
-            "the bus is in use already: something has called VehicleClient::getInstance() before the TestVehicle was "
-            "made; make the TestVehicle first, as a member of the fixture");
+            "the bus is in use already: something has called VehicleClient::getInstance(), or uses the bus itself, in "
+            "the runtime directory from before the TestVehicle; make the TestVehicle first, as a member of the "
+            "fixture");
     }
     mWorker.start();
 }
@@ -92,39 +99,55 @@ void TestService::goDown() {
     mUnanswered.clear();
 }
 
-void TestService::putSignal(const std::string& name, std::uint32_t code, const std::string& raw) {
+void TestService::putSignal(std::uint32_t code, const std::string& raw) {
+    mWorker.flush();  // the question behind the value before is on its way
     const MutexLock lock(mMutex);
     mValues[code] = raw;
-    publish(name, code, wire::signalMessage(raw));
+    publish("`changed`", code, wire::signalMessage(raw));
 }
 
-void TestService::putMessageStatus(const std::string& name, std::uint32_t code, std::uint32_t status) {
+void TestService::putMessageStatus(std::uint32_t code, std::uint32_t status) {
+    mWorker.flush();
     const MutexLock lock(mMutex);
     mStatuses[code] = status;
-    publish(name, code, wire::statusMessage(status));
+    publish(status == wire::kMessageOk ? "`status` or `changed`" : "`status`", code, wire::statusMessage(status));
 }
 
 template <class Message>
-void TestService::publish(const std::string& name, std::uint32_t code, const Message& message) {
-    if (std::find(mUnhandled.begin(), mUnhandled.end(), name) == mUnhandled.end()) {
-        mUnhandled.push_back(name);
-    }
+void TestService::publish(const char* callback, std::uint32_t code, const Message& message) {
     if (mServer && !mUnanswered.empty()) {  // a client that is still to be answered gets the value then
         CFdbProtoMsgBuilder builder(message);
         mServer->broadcast(static_cast<FdbMsgCode_t>(code), builder);
+        askAll({callback, {code}});
     }
 }
 
-void TestService::answer(CFdbMessage& subscription, std::uint32_t code) {
+bool TestService::answer(CFdbMessage& subscription, std::uint32_t code) {
     const auto send = [&](const auto& message) {
         CFdbProtoMsgBuilder builder(message);
         subscription.broadcast(static_cast<FdbMsgCode_t>(code), builder);
     };
-    if (const auto value = mValues.find(code); value != mValues.end()) {
+    const auto value = mValues.find(code);
+    if (value != mValues.end()) {
         send(wire::signalMessage(value->second));
     }
-    if (const auto status = mStatuses.find(code); status != mStatuses.end()) {
+    const auto status = mStatuses.find(code);
+    if (status != mStatuses.end()) {
         send(wire::statusMessage(status->second));
+    }
+    return value != mValues.end() || status != mStatuses.end();
+}
+
+void TestService::ask(Server& server, FdbSessionId_t client, Question question) {
+    can_service::BroadcastMessageStatus nothing;
+    CFdbProtoMsgBuilder builder(nothing);
+    mUnanswered[client].push_back(std::move(question));
+    server.invoke(client, 0, builder);
+}
+
+void TestService::askAll(const Question& question) {
+    for (const auto& client : mUnanswered) {
+        ask(*mServer, client.first, question);
     }
 }
 
@@ -135,29 +158,28 @@ bool TestService::waitForClient(Deadline deadline) {
 
 bool TestService::waitUntilHandled(Deadline deadline) {
     MutexLock lock(mMutex);
-    for (auto& [session, unanswered] : mUnanswered) {
-        can_service::BroadcastMessageStatus nothing;
-        CFdbProtoMsgBuilder builder(nothing);
-        ++unanswered;
-        mServer->invoke(session, 0, builder);
-    }
-    const bool handled = mChanged.wait_until(lock.native(), deadline, [this]() QVN_REQUIRES(mMutex) {
+    askAll({});  // for what clients have set
+    return mChanged.wait_until(lock.native(), deadline, [this]() QVN_REQUIRES(mMutex) {
         return std::all_of(mUnanswered.begin(), mUnanswered.end(),
-                           [](const auto& client) { return client.second == 0; });
+                           [](const auto& client) { return client.second.empty(); });
     });
-    if (handled) {
-        mUnhandled.clear();
-    }
-    return handled;
 }
 
-std::string TestService::unhandled() {
+std::string TestService::runningCallback() {
     const MutexLock lock(mMutex);
-    std::string names;
-    for (const std::string& name : mUnhandled) {
-        names += (names.empty() ? "" : ", ") + name;
+    for (const auto& [client, questions] : mUnanswered) {
+        const auto oldest = std::find_if(questions.begin(), questions.end(),
+                                         [](const Question& question) { return !question.codes.empty(); });
+        if (oldest == questions.end()) {
+            continue;
+        }
+        std::string names;
+        for (const std::uint32_t code : oldest->codes) {
+            names += (names.empty() ? "" : " or ") + tools::signalName(code);
+        }
+        return oldest->callback + " for " + names;
     }
-    return names;
+    return {};
 }
 
 std::optional<std::string> TestService::lastSet(std::uint32_t code) {

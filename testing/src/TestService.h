@@ -6,6 +6,7 @@
 #include <condition_variable>
 #include <cstddef>
 #include <cstdint>
+#include <deque>
 #include <map>
 #include <memory>
 #include <optional>
@@ -32,17 +33,17 @@ public:
     void goDown();
     bool isUp() const { return mServer != nullptr; }
 
-    /// @param name for the report of a callback that does not return
-    void putSignal(const std::string& name, std::uint32_t code, const std::string& raw);
-    void putMessageStatus(const std::string& name, std::uint32_t code, std::uint32_t status);
+    void putSignal(std::uint32_t code, const std::string& raw);
+    void putMessageStatus(std::uint32_t code, std::uint32_t status);
 
     /// Waits until a client has subscribed since the service came up.
     bool waitForClient(Deadline deadline);
     /// Waits until every client that has subscribed has handled all that it was sent. Clients that go meanwhile do not
     /// count.
     bool waitUntilHandled(Deadline deadline);
-    /// What clients were sent since they had last handled everything: "ESP_FD2_VehSpd, HAP_FD3".
-    std::string unhandled();
+    /// The callback that a client is in at this moment, or is about to call: "`changed` for ESP_FD2_VehSpd". Empty when
+    /// every client has handled all values.
+    std::string runningCallback();
 
     std::optional<std::string> lastSet(std::uint32_t code);
     /// Each set once, in order.
@@ -56,9 +57,17 @@ private:
         std::size_t returned = 0;
     };
 
+    /// A request behind what was sent, which a client answers when its callbacks for that have returned.
+    struct Question {
+        std::string callback;
+        std::vector<std::uint32_t> codes;  ///< of what was sent since the question before
+    };
+
     template <class Message>
-    void publish(const std::string& name, std::uint32_t code, const Message& message) QVN_REQUIRES(mMutex);
-    void answer(CFdbMessage& subscription, std::uint32_t code) QVN_REQUIRES(mMutex);
+    void publish(const char* callback, std::uint32_t code, const Message& message) QVN_REQUIRES(mMutex);
+    bool answer(CFdbMessage& subscription, std::uint32_t code) QVN_REQUIRES(mMutex);
+    void ask(Server& server, FdbSessionId_t client, Question question) QVN_REQUIRES(mMutex);
+    void askAll(const Question& question) QVN_REQUIRES(mMutex);
 
     CBaseWorker mWorker;
     std::unique_ptr<Server> mServer;
@@ -69,8 +78,7 @@ private:
     std::map<std::uint32_t, std::string> mValues QVN_GUARDED_BY(mMutex);
     std::map<std::uint32_t, std::uint32_t> mStatuses QVN_GUARDED_BY(mMutex);
     std::map<std::uint32_t, Sets> mSets QVN_GUARDED_BY(mMutex);
-    std::vector<std::string> mUnhandled QVN_GUARDED_BY(mMutex);        // names, each once
-    std::map<FdbSessionId_t, int> mUnanswered QVN_GUARDED_BY(mMutex);  // requests to each client that has subscribed
+    std::map<FdbSessionId_t, std::deque<Question>> mUnanswered QVN_GUARDED_BY(mMutex);  // of clients that subscribed
 };
 
 }  // namespace qvn::testing

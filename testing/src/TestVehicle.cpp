@@ -1,6 +1,7 @@
 #include "vehicle_testing/TestVehicle.h"
 
-#include <algorithm>
+#include <vehicle/VehicleClient.h>
+
 #include <atomic>
 #include <cerrno>
 #include <cstdlib>
@@ -16,6 +17,7 @@
 #include "desk/DeskPlatform.h"
 #include "desk/PhysicalValue.h"
 #include "desk/SignalNames.h"
+#include "host/ServiceSocket.h"
 #include "ipc_common_soc/CanServiceWire.h"
 #include "ipc_common_soc/ServiceName.h"
 #include "tables/DecodingRules.h"
@@ -24,11 +26,29 @@
 namespace qvn::testing {
 namespace {
 
+using platform::vehicle::VehicleClient;
+
+bool applicationHasClient();
+
+/// Only getInstance() tells, and would make one. An explicit instantiation may name a private member.
+template <std::atomic<VehicleClient*>* kInstance>
+struct Singleton {
+    friend bool applicationHasClient() { return *kInstance != nullptr; }
+};
+template struct Singleton<&VehicleClient::mVehicleClient>;
+
 using Clock = std::chrono::steady_clock;
 using tools::NameKind;
 
 /// A frame of the bus has 16 MiB at most, and some of it is the message around the bytes.
 constexpr std::size_t kMostBytes = std::size_t{15} * 1024 * 1024;
+
+constexpr std::chrono::seconds kServicePatience(10);
+
+const char kLineCallback[] = "`changed` for the reverse line";
+
+/// What a developer has set for a desk would make a test's outcome depend on who runs it.
+constexpr const char* kOfDeveloper[] = {"QVN_HOST_CONFIG", "QVN_HOST_QUEUE_MIB", "QVN_LOG_LEVEL", "QVN_LOG_FILE"};
 
 /// The runtime directory, for as long as this lives.
 class RuntimeDir {
@@ -39,7 +59,9 @@ public:
                                      "; set TMPDIR to a folder that you can write to");
         }
         ::setenv("QVN_HOST_DIR", mPath.c_str(), 1);
-        ::unsetenv("QVN_HOST_CONFIG");  // the developer's own variant
+        for (const char* const ofDeveloper : kOfDeveloper) {
+            ::unsetenv(ofDeveloper);
+        }
     }
     ~RuntimeDir() {
         std::error_code ignored;
@@ -69,9 +91,19 @@ const tables::SetRow& settable(const std::string& signal) {
     return *row;
 }
 
-/// No test waits longer than a day, and the clock takes no more than some centuries.
-Clock::time_point deadlineAfter(TestVehicle::Duration patience) {
-    return Clock::now() + std::min<TestVehicle::Duration>(patience, std::chrono::hours(24));
+/// A wait, from now on.
+struct Wait {
+    explicit Wait(TestVehicle::Patience patience) : most(patience.duration()), end(Clock::now() + most) {}
+    std::string after() const { return " after " + std::to_string(most.count()) + " ms"; }
+
+    const TestVehicle::Duration most;
+    const Clock::time_point end;
+};
+
+[[noreturn]] void throwHang(const std::string& callback, const Wait& wait) {
+    throw std::runtime_error(
+        (callback.empty() ? "the application's client has not answered" : callback + " has not returned") +
+        wait.after() + "; look for what it waits for");
 }
 
 std::optional<int> decoded(const tables::SetRow& row, const std::optional<std::string>& raw) {
@@ -83,9 +115,9 @@ std::optional<int> decoded(const tables::SetRow& row, const std::optional<std::s
 class TestVehicle::Impl {
 public:
     Impl() {
-        std::string error;
-        if (!tools::prepareDesk(wire::kServiceName, &error)) {
-            throw std::runtime_error(error);
+        if (!host::serviceSocketPath(wire::kServiceName, nullptr, nullptr)) {
+            throw std::runtime_error(
+                "the temporary folder's path is too long for a socket; set TMPDIR to a shorter one");
         }
         MarkerLine::instance().watch();
         mService.goUp();
@@ -102,35 +134,58 @@ public:
         mLineMoved = true;
     }
 
-    void settle(Duration patience) {
-        const Clock::time_point deadline = deadlineAfter(patience);
-        if (mLineMoved && !MarkerLine::instance().waitUntilHandled(deadline)) {
-            throw std::runtime_error("a callback for the reverse line has not returned" + after(patience));
+    void serviceUp() {
+        mService.goUp();
+        if (applicationHasClient()) {
+            awaitClient(Wait(kServicePatience));
+        }
+    }
+
+    void serviceDown() {
+        if (mService.isUp()) {
+            awaitCallbacks(Wait(kServicePatience));
+            mService.goDown();
+        }
+    }
+
+    void settle(const Wait& wait) {
+        if (mLineMoved && !MarkerLine::instance().waitUntilHandled(wait.end)) {
+            throwHang(kLineCallback, wait);
         }
         mLineMoved = false;
-        if (!mService.isUp()) {
-            return;
-        }
-        if (!mService.waitForClient(deadline)) {
-            throw std::runtime_error("no client has connected" + after(patience) +
-                                     "; the application must call VehicleClient::getInstance(), and not before the "
-                                     "TestVehicle is made");
-        }
-        if (!mService.waitUntilHandled(deadline)) {
-            throw std::runtime_error(whatHangs() + after(patience) + "; look for what it waits for");
+        if (mService.isUp()) {
+            awaitClient(wait);
+            awaitCallbacks(wait);
         }
     }
 
 private:
-    std::string whatHangs() {
-        const std::string names = mService.unhandled();
-        return "a callback of the application has not returned" + (names.empty() ? "" : " for " + names);
+    void awaitClient(const Wait& wait) {
+        if (!mService.waitForClient(wait.end)) {
+            throw std::runtime_error("no client has connected" + wait.after() +
+                                     "; the application must call VehicleClient::getInstance(), and not before the "
+                                     "TestVehicle is made");
+        }
     }
-    static std::string after(Duration patience) { return " after " + std::to_string(patience.count()) + " ms"; }
+
+    void awaitCallbacks(const Wait& wait) {
+        if (!mService.waitUntilHandled(wait.end)) {
+            throwHang(mService.runningCallback(), wait);
+        }
+    }
+
+    /// For the watchdog, on its thread.
+    std::string whatHangs() {
+        const auto aMoment = Clock::now() + std::chrono::seconds(1);
+        const bool lineHangs = mLineMoved && !MarkerLine::instance().waitUntilHandled(aMoment);
+        const std::string callback = lineHangs ? kLineCallback : mService.runningCallback();
+        return callback.empty() ? "no callback of the application is running; look for what the test itself waits for"
+                                : callback + " has not returned; look for what it waits for";
+    }
 
     RuntimeDir mDirectory;
     TestService mService;
-    bool mLineMoved = false;  // since the last settle()
+    std::atomic<bool> mLineMoved{false};  // since the last settle()
     std::optional<Watchdog> mWatchdog;
 };
 
@@ -148,7 +203,7 @@ void TestVehicle::set(const std::string& signal, double value) {
         throw std::runtime_error("signal " + signal + " has no rule for its value; use setRaw()");
     }
     try {
-        mImpl->service().putSignal(signal, code, tools::encodePhysical(*rule, value));
+        mImpl->service().putSignal(code, tools::encodePhysical(*rule, value));
     } catch (const tools::BadInput& error) {
         throw std::runtime_error("signal " + signal + ": " + error.what());
     }
@@ -161,15 +216,15 @@ void TestVehicle::setRaw(const std::string& signal, const std::vector<std::uint8
                                  " bytes are more than the bus carries; expected at most " +
                                  std::to_string(kMostBytes));
     }
-    mImpl->service().putSignal(signal, code, std::string(bytes.begin(), bytes.end()));
+    mImpl->service().putSignal(code, std::string(bytes.begin(), bytes.end()));
 }
 
 void TestVehicle::timeOut(const std::string& message) {
-    mImpl->service().putMessageStatus(message, tools::findCode(NameKind::Message, message), wire::kMessageTimedOut);
+    mImpl->service().putMessageStatus(tools::findCode(NameKind::Message, message), wire::kMessageTimedOut);
 }
 
 void TestVehicle::recover(const std::string& message) {
-    mImpl->service().putMessageStatus(message, tools::findCode(NameKind::Message, message), wire::kMessageOk);
+    mImpl->service().putMessageStatus(tools::findCode(NameKind::Message, message), wire::kMessageOk);
 }
 
 void TestVehicle::reverse(bool engaged) {
@@ -177,18 +232,15 @@ void TestVehicle::reverse(bool engaged) {
 }
 
 void TestVehicle::serviceDown() {
-    if (mImpl->service().isUp()) {
-        mImpl->service().waitUntilHandled(Clock::now() + std::chrono::seconds(10));
-        mImpl->service().goDown();
-    }
+    mImpl->serviceDown();
 }
 
 void TestVehicle::serviceUp() {
-    mImpl->service().goUp();
+    mImpl->serviceUp();
 }
 
-void TestVehicle::settle(Duration patience) {
-    mImpl->settle(patience);
+void TestVehicle::settle(Patience patience) {
+    mImpl->settle(Wait(patience));
 }
 
 std::optional<int> TestVehicle::lastSet(const std::string& signal) {
@@ -196,9 +248,9 @@ std::optional<int> TestVehicle::lastSet(const std::string& signal) {
     return decoded(row, mImpl->service().lastSet(row.code));
 }
 
-std::optional<int> TestVehicle::waitForSet(const std::string& signal, Duration patience) {
+std::optional<int> TestVehicle::waitForSet(const std::string& signal, Patience patience) {
     const tables::SetRow& row = settable(signal);
-    return decoded(row, mImpl->service().nextSet(row.code, deadlineAfter(patience)));
+    return decoded(row, mImpl->service().nextSet(row.code, Wait(patience).end));
 }
 
 }  // namespace qvn::testing

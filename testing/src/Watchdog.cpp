@@ -26,11 +26,11 @@ Watchdog::~Watchdog() {
 }
 
 void Watchdog::watch(int seconds) {
-    const std::chrono::milliseconds most(seconds * 800);  // the rest is for saying it
+    const auto most = std::chrono::milliseconds(std::chrono::seconds(seconds)) * 8 / 10;  // the rest is for saying it
     std::unique_lock<std::mutex> lock(mMutex);
     if (!mChanged.wait_for(lock, most, [this] { return mEnded; })) {
-        std::cerr << "TestVehicle: the test has not ended after " << most.count() / 1000 << " s; " << mWhatHangs()
-                  << std::endl;
+        std::cerr << "TestVehicle: the test has not ended after " << static_cast<double>(most.count()) / 1000 << " s; "
+                  << mWhatHangs() << std::endl;
     }
 }
 
