@@ -18,6 +18,12 @@ public:
     explicit Server(TestService& service) : CBaseServer(wire::kServiceName, &service.mWorker), mService(service) {}
     ~Server() override { prepareDestroy(); }
 
+    void ask(FdbSessionId_t session) {
+        can_service::BroadcastMessageStatus nothing;
+        CFdbProtoMsgBuilder builder(nothing);
+        invoke(session, 0, builder);
+    }
+
 protected:
     void onSubscribe(CBaseJob::Ptr& job) override {
         auto* const message = castToMessage<CFdbMessage*>(job);
@@ -26,27 +32,30 @@ protected:
         const CFdbMsgSubscribeItem* item = nullptr;
         FDB_BEGIN_FOREACH_SIGNAL(message, item) {
             const auto code = static_cast<std::uint32_t>(item->msg_code());
-            if (mService.answer(*message, code)) {
+            if (mService.answer(job, code)) {
                 answered.push_back(code);
             }
         }
         FDB_END_FOREACH_SIGNAL();
-        mService.ask(*this, message->session(), {"`changed` or `status`", std::move(answered)});
+        Client& client = mService.mClients[message->session()];
+        client.subscription = job;
+        client.unanswered.push_back({"`changed` or `status`", std::move(answered)});
+        ask(message->session());
         mService.mChanged.notify_all();
     }
 
     void onStatus(CBaseJob::Ptr& job, std::int32_t, const char*) override {
         const MutexLock lock(mService.mMutex);
-        const auto client = mService.mUnanswered.find(castToMessage<CFdbMessage*>(job)->session());
-        if (client != mService.mUnanswered.end() && !client->second.empty()) {
-            client->second.pop_front();
+        const auto client = mService.mClients.find(castToMessage<CFdbMessage*>(job)->session());
+        if (client != mService.mClients.end() && !client->second.unanswered.empty()) {
+            client->second.unanswered.pop_front();
             mService.mChanged.notify_all();
         }
     }
 
     void onOffline(FdbSessionId_t session, bool) override {
         const MutexLock lock(mService.mMutex);
-        mService.mUnanswered.erase(session);
+        mService.mClients.erase(session);
         mService.mChanged.notify_all();
     }
 
@@ -96,7 +105,7 @@ void TestService::goUp() {
 void TestService::goDown() {
     mServer.reset();
     const MutexLock lock(mMutex);
-    mUnanswered.clear();
+    mClients.clear();
 }
 
 void TestService::putSignal(std::uint32_t code, const std::string& raw) {
@@ -113,71 +122,66 @@ void TestService::putMessageStatus(std::uint32_t code, std::uint32_t status) {
     publish(status == wire::kMessageOk ? "`status` or `changed`" : "`status`", code, wire::statusMessage(status));
 }
 
+/// To one client: a broadcast would reach one that is about to be answered as well, and that got the value twice.
 template <class Message>
-void TestService::publish(const char* callback, std::uint32_t code, const Message& message) {
-    if (mServer && !mUnanswered.empty()) {  // a client that is still to be answered gets the value then
-        CFdbProtoMsgBuilder builder(message);
-        mServer->broadcast(static_cast<FdbMsgCode_t>(code), builder);
-        askAll({callback, {code}});
-    }
+void TestService::send(CBaseJob::Ptr& subscription, std::uint32_t code, const Message& message) {
+    CFdbProtoMsgBuilder builder(message);
+    castToMessage<CFdbMessage*>(subscription)->broadcast(static_cast<FdbMsgCode_t>(code), builder);
 }
 
-bool TestService::answer(CFdbMessage& subscription, std::uint32_t code) {
-    const auto send = [&](const auto& message) {
-        CFdbProtoMsgBuilder builder(message);
-        subscription.broadcast(static_cast<FdbMsgCode_t>(code), builder);
-    };
+template <class Message>
+void TestService::publish(const char* callback, std::uint32_t code, const Message& message) {
+    for (auto& client : mClients) {
+        send(client.second.subscription, code, message);
+    }
+    askAll({callback, {code}});
+}
+
+bool TestService::answer(CBaseJob::Ptr& subscription, std::uint32_t code) {
     const auto value = mValues.find(code);
     if (value != mValues.end()) {
-        send(wire::signalMessage(value->second));
+        send(subscription, code, wire::signalMessage(value->second));
     }
     const auto status = mStatuses.find(code);
     if (status != mStatuses.end()) {
-        send(wire::statusMessage(status->second));
+        send(subscription, code, wire::statusMessage(status->second));
     }
     return value != mValues.end() || status != mStatuses.end();
 }
 
-void TestService::ask(Server& server, FdbSessionId_t client, Question question) {
-    can_service::BroadcastMessageStatus nothing;
-    CFdbProtoMsgBuilder builder(nothing);
-    mUnanswered[client].push_back(std::move(question));
-    server.invoke(client, 0, builder);
-}
-
 void TestService::askAll(const Question& question) {
-    for (const auto& client : mUnanswered) {
-        ask(*mServer, client.first, question);
+    for (auto& [session, client] : mClients) {
+        client.unanswered.push_back(question);
+        mServer->ask(session);
     }
 }
 
 bool TestService::waitForClient(Deadline deadline) {
     MutexLock lock(mMutex);
-    return mChanged.wait_until(lock.native(), deadline, [this]() QVN_REQUIRES(mMutex) { return !mUnanswered.empty(); });
+    return mChanged.wait_until(lock.native(), deadline, [this]() QVN_REQUIRES(mMutex) { return !mClients.empty(); });
 }
 
 bool TestService::waitUntilHandled(Deadline deadline) {
     MutexLock lock(mMutex);
     askAll({});  // for what clients have set
     return mChanged.wait_until(lock.native(), deadline, [this]() QVN_REQUIRES(mMutex) {
-        return std::all_of(mUnanswered.begin(), mUnanswered.end(),
-                           [](const auto& client) { return client.second.empty(); });
+        return std::all_of(mClients.begin(), mClients.end(),
+                           [](const auto& client) { return client.second.unanswered.empty(); });
     });
 }
 
 std::string TestService::runningCallback() {
     const MutexLock lock(mMutex);
-    for (const auto& [client, questions] : mUnanswered) {
-        const auto oldest = std::find_if(questions.begin(), questions.end(),
-                                         [](const Question& question) { return !question.codes.empty(); });
-        if (oldest == questions.end()) {
-            continue;
+    for (const auto& client : mClients) {
+        for (const Question& question : client.second.unanswered) {
+            std::string names;
+            for (const std::uint32_t code : question.codes) {
+                names += (names.empty() ? "" : " or ") + tools::signalName(code);
+            }
+            if (!names.empty()) {
+                return question.callback + " for " + names;
+            }
         }
-        std::string names;
-        for (const std::uint32_t code : oldest->codes) {
-            names += (names.empty() ? "" : " or ") + tools::signalName(code);
-        }
-        return oldest->callback + " for " + names;
     }
     return {};
 }

@@ -63,10 +63,16 @@ private:
         std::vector<std::uint32_t> codes;  ///< of what was sent since the question before
     };
 
+    struct Client {
+        CBaseJob::Ptr subscription;  ///< its message, by which the client can be sent something
+        std::deque<Question> unanswered;
+    };
+
+    template <class Message>
+    static void send(CBaseJob::Ptr& subscription, std::uint32_t code, const Message& message);
     template <class Message>
     void publish(const char* callback, std::uint32_t code, const Message& message) QVN_REQUIRES(mMutex);
-    bool answer(CFdbMessage& subscription, std::uint32_t code) QVN_REQUIRES(mMutex);
-    void ask(Server& server, FdbSessionId_t client, Question question) QVN_REQUIRES(mMutex);
+    bool answer(CBaseJob::Ptr& subscription, std::uint32_t code) QVN_REQUIRES(mMutex);
     void askAll(const Question& question) QVN_REQUIRES(mMutex);
 
     CBaseWorker mWorker;
@@ -78,7 +84,7 @@ private:
     std::map<std::uint32_t, std::string> mValues QVN_GUARDED_BY(mMutex);
     std::map<std::uint32_t, std::uint32_t> mStatuses QVN_GUARDED_BY(mMutex);
     std::map<std::uint32_t, Sets> mSets QVN_GUARDED_BY(mMutex);
-    std::map<FdbSessionId_t, std::deque<Question>> mUnanswered QVN_GUARDED_BY(mMutex);  // of clients that subscribed
+    std::map<FdbSessionId_t, Client> mClients QVN_GUARDED_BY(mMutex);  // that have subscribed
 };
 
 }  // namespace qvn::testing
