@@ -252,7 +252,10 @@ public:
     explicit BareClient(CBaseWorker* worker) : CBaseClient("bare", worker) { connect("svc://fdbus_can_service"); }
     ~BareClient() override { prepareDestroy(); }
 
-    std::vector<int> values;  // to be read behind settle()
+    std::vector<int> values() {
+        const std::lock_guard<std::mutex> lock(mMutex);
+        return mValues;
+    }
 
 protected:
     void onOnline(FdbSessionId_t, bool) override {
@@ -263,8 +266,13 @@ protected:
     void onBroadcast(CBaseJob::Ptr& job) override {
         can_service::BroadcastSignal signal;
         wire::read(*castToMessage<CFdbMessage*>(job), signal);
-        values.push_back(static_cast<unsigned char>(signal.raw_value()[0]));
+        const std::lock_guard<std::mutex> lock(mMutex);
+        mValues.push_back(static_cast<unsigned char>(signal.raw_value()[0]));
     }
+
+private:
+    std::mutex mMutex;
+    std::vector<int> mValues;
 };
 
 TEST(TestVehicle, AClientThatComesIsToldEachValueOnceAndOneThatLeavesIsNotWaitedFor) {
@@ -277,7 +285,7 @@ TEST(TestVehicle, AClientThatComesIsToldEachValueOnceAndOneThatLeavesIsNotWaited
             vehicle.set("DCT5_TGS_LEVER", value);
         }
         vehicle.settle();
-        const auto& values = client.values;
+        const std::vector<int> values = client.values();
         ASSERT_EQ(values.end(), std::adjacent_find(values.begin(), values.end()));
         ASSERT_EQ(99, values.back());
     }

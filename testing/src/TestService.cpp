@@ -73,13 +73,16 @@ private:
     TestService& mService;
 };
 
-TestService::TestService() : mWorker("test-service") {
+void TestService::takeBus() {
     if (!FDB_CONTEXT->start()) {
         throw std::runtime_error(
             "the bus is in use already: something has called VehicleClient::getInstance(), or uses the bus itself, in "
             "the runtime directory from before the TestVehicle; make the TestVehicle first, as a member of the "
             "fixture");
     }
+}
+
+TestService::TestService() : mWorker("test-service") {
     mWorker.start();
 }
 

@@ -23,6 +23,10 @@ class TestService {
 public:
     using Deadline = std::chrono::steady_clock::time_point;
 
+    /// Starts the process's bus, before anything of the process's environment is changed.
+    /// @throws std::runtime_error when it runs already: something uses it in another runtime directory
+    static void takeBus();
+
     TestService();
     ~TestService();
     TestService(const TestService&) = delete;

@@ -191,6 +191,7 @@ private:
 
 TestVehicle::TestVehicle() {
     refuseSecondVehicle();
+    TestService::takeBus();
     mImpl = std::make_unique<Impl>();
 }
 
