@@ -86,6 +86,24 @@ private:
     std::atomic<bool> mBusRuns{false};
 };
 
+/// The first client may be in the making when the end has begun already, too late for a Guard. This is destroyed before
+/// the static objects of the libraries that a client needs: from then on none is made.
+class LastCall {
+public:
+    LastCall() = default;
+    ~LastCall() {
+        if (::getpid() == mProcess) {
+            Cores::instance().close(Clock::now() + kPatience);
+        }
+    }
+    LastCall(const LastCall&) = delete;
+    LastCall& operator=(const LastCall&) = delete;
+
+private:
+    const pid_t mProcess = ::getpid();
+};
+const LastCall lastCall;
+
 /// Does something on a thread of its own, so that the wait for it can have an end: false when it has not come to one.
 /// Without a thread to be had it is done here.
 bool doneBy(Clock::time_point deadline, std::function<void()> work) {
