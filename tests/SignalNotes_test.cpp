@@ -51,6 +51,10 @@ TEST(SignalNotes, AFileThatIsWrongAddsNothing) {
         {R"({"ESP_FD2_VehSpd": {"values": {"1": "2nd"}}})", "my.json: ESP_FD2_VehSpd: '2nd' cannot name a value"},
         {R"({"BCM1_TrunkSts": {"unit": "x"}, "ESP_FD2_VehSpd": {"values": {"1": ""}}})", "my.json: ESP_FD2_VehSpd: ''"},
     };
+    const std::string deep(200'000, '[');
+    EXPECT_EQ(errorOf([&] { add(deep); }), "my.json: is no JSON: it nests more than 100 levels deep");
+    EXPECT_EQ(errorOf([&] { add("{\"ESP_FD2_VehSpd\": " + deep + std::string(deep.size(), ']') + "}"); }),
+              "my.json: is no JSON: it nests more than 100 levels deep");
     for (const auto& [text, error] : cases) {
         EXPECT_EQ(errorOf([&text = text] { add(text); }).find(error), 0U) << errorOf([&text = text] { add(text); });
     }

@@ -1,6 +1,7 @@
 #include "desk/Json.h"
 
 #include <nlohmann/json.hpp>
+#include <string>
 
 #include "desk/BadInput.h"
 
@@ -11,12 +12,25 @@ std::string jsonText(const Json& value) {
 }
 
 Json jsonNumber(const std::string& digits) {
-    return digits.empty() ? Json() : parseJson(digits);
+    return digits.empty() ? Json() : Json::parse(digits);
 }
 
+namespace {
+
+// What nests deeper is no file of ours, and would be taken apart by one call within another.
+constexpr int kDeepest = 100;
+
+}  // namespace
+
 Json parseJson(std::string_view text) {
+    const auto keep = [](int depth, Json::parse_event_t, Json&) {
+        if (depth > kDeepest) {
+            throw BadInput("it nests more than " + std::to_string(kDeepest) + " levels deep");
+        }
+        return true;
+    };
     try {
-        return Json::parse(text);
+        return Json::parse(text, keep);
     } catch (const Json::exception& error) {  // a number beyond a double is no error of syntax
         const std::string what = error.what();
         const std::size_t place = what.find("at line");
