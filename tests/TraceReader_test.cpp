@@ -114,23 +114,21 @@ TEST(TraceReader, SurvivesWhatIsNoTextAtAll) {
     EXPECT_TRUE(read("").empty());
 }
 
-/// The physical values of a generator, at its period, to its end or ten of them.
+/// The physical values of a generator, to its end or ten of them.
 std::string courseOf(const std::string& line) {
     const std::optional<TraceEvent> event = readTraceLine(line);
     const auto& generate = std::get<GenerateEvent>(event->action);
     std::string values;
-    for (int tick = 0; tick < 10; ++tick) {
-        const double time = tick * generate.generator->period();
-        values += decodedText(*tables::findDecodingRule(generate.code), generate.generator->rawAt(time)) + " ";
-        if (generate.generator->isOver(time + 1e-9)) {
-            break;
-        }
+    for (std::uint64_t tick = 0; tick < 10 && tick <= generate.generator->lastTick().value_or(tick); ++tick) {
+        values += decodedText(*tables::findDecodingRule(generate.code), generate.generator->rawAt(tick)) + " ";
     }
     return values;
 }
 
 TEST(Generator, GivesACourseOfValues) {
     EXPECT_EQ(courseOf("ESP_FD2_VehSpd=ramp 0..9 for 1 every 0.25"), "0 2.25 4.5 6.75 9 ");
+    EXPECT_EQ(courseOf("ESP_FD2_VehSpd=ramp 0..9 every 0.75 for 1"), "0 6.75 9 ") << "to the end, in either order";
+    EXPECT_EQ(courseOf("CSA2_SteerWheelAng=sine 10..20 over 4 for 2 every 1"), "10 15 20 ");
     EXPECT_EQ(courseOf("DCT5_TGS_LEVER=ramp R..P for 0.2 every 0.1"), "2 1 0 ");
     EXPECT_EQ(courseOf("CSA2_SteerWheelAng=sine 10..20 over 4 every 1 for 5"), "10 15 20 15 10 15 ");
     EXPECT_EQ(courseOf("DCT5_TGS_LEVER=step P,R,7 every 0.1  each of them"), "0 2 7 0 2 7 0 2 7 0 ");
@@ -140,6 +138,8 @@ TEST(Generator, GivesACourseOfValues) {
     EXPECT_EQ(random.size(), 30U) << random << "all of two digits";
     const std::pair<const char*, const char*> mistakes[] = {
         {"ESP_FD2_VehSpd=ramp 0..9", "the line ends too early; expected 'for' and the ramp's duration in seconds"},
+        {"ESP_FD2_VehSpd=ramp 0..9 for 1 for 2", "'for' is not expected here"},
+        {"ESP_FD2_VehSpd=1 for 2", "'for' is not expected here without 'every SECONDS'"},
         {"ESP_FD2_VehSpd=ramp 0..9 over 1", "'over' is not expected here; expected 'for' and the ramp's"},
         {"ESP_FD2_VehSpd=sine 0 over 1", "'0' is no range; expected FROM..TO"},
         {"DCT5_TGS_LEVER=step P,300", "value 300 does not fit; expected a whole number from 0 to 255"},
@@ -153,59 +153,31 @@ TEST(Generator, GivesACourseOfValues) {
     }
 }
 
-std::string shown(const std::vector<TraceEvent>& events) {
-    std::string part;
-    for (const TraceEvent& event : events) {
-        const auto* const signal = std::get_if<SignalEvent>(&event.action);
-        part += formatNumber(*event.time) + ":" + (signal ? std::to_string(signal->raw[0]) : "-");
-        part += signal && signal->cycle ? "* " : " ";
+TEST(Generator, CountsPeriodsThatAreNoBinaryFractions) {
+    for (const double period : {0.001, 0.01, 0.05, 0.07, 0.1, 0.3}) {
+        for (std::uint64_t count = 1; count < 500; ++count) {
+            EXPECT_EQ(periodsIn(static_cast<double>(count) * period, period), count) << period;
+            EXPECT_EQ(periodsIn((static_cast<double>(count) + 0.5) * period, period), count + 1) << period;
+        }
     }
-    return part;
+    EXPECT_EQ(periodsIn(0.001, 1e6), 1U);
+    EXPECT_EQ(lastTick({0.1, 0.3}), 2U);
 }
 
-std::string partOf(const std::string& text, const TraceCut& cut) {
-    return shown(cutTrace(read(text), cut));
-}
-
-TEST(TraceCut, PlaysAPartOrStartsInTheStateOfThen) {
-    const std::string trace =
-        "(0) BCM1_DrvDoorSts=1\n(0) BCM1_TrunkSts=2 every 0.1\n(1) BCM1_DrvDoorSts=3\n(1) EPB1_EPBSts=4 every 0.1 for "
-        "1\n"
-        "(2) BCM1!timeout\n(3) BCM1_DrvDoorSts=5\n(3) BCM1_TrunkSts!stop\n(4) BCM1_DrvDoorSts=6\n";
-    EXPECT_EQ(partOf(trace, {{}, 1.0, 3.0}), "0:3 0:4* 1:- 2:5 2:- ");
-    EXPECT_EQ(partOf(trace, {1.5, {}, 2.0}), "0:2* 0:3 0:4* 0.5:- ");
-    EXPECT_EQ(partOf(trace, {3.5, {}, {}}), "0:4 0:- 0:5 0:2 0.5:6 ") << "cycles that ended leave their values";
-    EXPECT_EQ(partOf(trace, {{}, 5.0, {}}), "");
-    EXPECT_EQ(
-        partOf("(0) EPB1_EPBSts=step 1,2 every 0.1 for 1\n(0) EPB1!silence\n(2) BCM1_TrunkSts=3\n", {2.0, {}, {}}),
-        "0:1 0:1 0:- 0:3 ");
-}
-
-TEST(TraceCut, GivesTheStateAtATimeWhateverWasBefore) {
-    const auto trace = read(
-        "(0) service=down\n(1) BCM1_DrvDoorSts=1\n(2) BCM1_DrvDoorSts=2 every 0.1\n(2) reverse=1\n"
-        "(3) BCM1_TrunkSts=5\n(4) BCM1!timeout\n");
-    EXPECT_EQ(shown(stateAt(trace, 1.0)), "0:- 0:1 0:- 0:0 ") << "down, a door; then the line and the tailgate anew";
-    EXPECT_EQ(shown(stateAt(trace, 9.0)), "0:- 0:2* 0:- 0:5 0:- ");
-    const auto begin = stateAt(trace, 0.0);
-    EXPECT_EQ(shown(begin), "0:- 0:0 0:- 0:0 ");
-    EXPECT_FALSE(std::get<ServiceEvent>(begin[0].action).up);
-    EXPECT_FALSE(std::get<ReverseEvent>(begin[2].action).engaged);
-}
-
-TEST(TraceCut, KnowsWhatIsLeftOfCyclesCoursesAndFaults) {
-    const std::pair<const char*, const char*> cases[] = {
-        {"(0) EPB1_EPBSts=1 every 0.1\n(5) EPB1_EPBSts=2\n", "0:2* "},
-        {"(0) EPB1_EPBSts=1 every 0.1 for 3\n(5) EPB1_EPBSts=2\n", "0:2 "},
-        {"(0) EPB1_EPBSts=step 1,3\n(5) EPB1_EPBSts=2\n", "0:2* "},
-        {"(0) EPB1_EPBSts=step 1,3 every 1 for 2\n(5) EPB1_EPBSts=2\n", "0:2 "},
-        {"(0) EPB1_EPBSts=ramp 0..100 for 10\n(2) EPB1_EPBSts!stop\n", "0:20 "},
-        {"(0) EPB1_EPBSts=1\n(1) EPB1_EPBSts!freeze\n(2) EPB1_EPBSts=3\n", "0:1 0:- 0:3 "},
-        {"(0) EPB1_EPBSts=1\n(1) EPB1!silence\n(2) EPB1_EPBSts=3\n", "0:1 0:- 0:3 "},
+TEST(TraceCut, PlaysAPart) {
+    const auto timesOf = [](std::optional<double> from, std::optional<double> to) {
+        std::string times;
+        for (const TraceEvent& event :
+             cutTrace(read("(0) reverse=1\n(1) reverse=0\n(1.5) reverse=1\n(3) reverse=0\n"), from, to)) {
+            times += formatNumber(*event.time) + (std::get<ReverseEvent>(event.action).engaged ? "+ " : "- ");
+        }
+        return times;
     };
-    for (const auto& [text, state] : cases) {
-        EXPECT_EQ(shown(stateAt(read(text), 8.0)), state) << text;
-    }
+    EXPECT_EQ(timesOf({}, {}), "0+ 1- 1.5+ 3- ");
+    EXPECT_EQ(timesOf(1.0, 1.5), "0- 0.5+ ");
+    EXPECT_EQ(timesOf({}, 1.0), "0+ 1- ");
+    EXPECT_EQ(timesOf(1.2, {}), "0.3+ 1.8- ");
+    EXPECT_EQ(timesOf(5.0, {}), "");
 }
 
 }  // namespace

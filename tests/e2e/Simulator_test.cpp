@@ -5,6 +5,7 @@
 #include <sstream>
 
 #include "e2e/Desk.h"
+#include "e2e/RawSocket.h"
 #include "e2e/WatchOutput.h"
 #include "support/Scale.h"
 
@@ -178,7 +179,7 @@ TEST_F(Simulator, BreaksWhatItIsToldTo) {
     EXPECT_TRUE(tells(R"("signal":"HAP_FD1_APS_ProcBar","value":3)"));
 }
 
-TEST_F(Simulator, CommandsAreTakenFromAScriptAndAtAPrompt) {
+TEST_F(Simulator, CommandsAreTakenFromAScript) {
     const auto script = desk.simulator("--play " + desk.file("a.trace", "(1000) BCM1_DrvDoorSts=1\n") + " -");
     script->write("speed 0.5\npause\nspeed 1000\nresume\nEPB1_EPBSts=3\nshow EPB*\nlist EPB1\n");
     ASSERT_TRUE(script->waitForOutput("message of 1 signals"));
@@ -188,19 +189,6 @@ TEST_F(Simulator, CommandsAreTakenFromAScriptAndAtAPrompt) {
     script->write("speed fast\n");
     EXPECT_EQ(script->wait(), 2);
     EXPECT_NE(script->errors().find("stdin:9: 'fast' is no number"), std::string::npos) << script->errors();
-
-    const Process::Environment state = {{"XDG_STATE_HOME", desk.directory()}, {"TERM", "xterm"}};
-    const auto prompt = desk.start("script -qec can-service-sim /dev/null", state);
-    ASSERT_TRUE(prompt->waitForOutput("> "));
-    prompt->write("EPB1_EP\t=5\rEPB1!late\r");
-    ASSERT_TRUE(prompt->waitForOutput("'late' is not known here"));
-    prompt->write("show EPB*\r");
-    ASSERT_TRUE(prompt->waitForOutput("EPB1_EPBSts                              5"));
-    prompt->write("quit\r");
-    EXPECT_EQ(prompt->wait(), 0);
-    std::ifstream history(desk.directory() + "/can-service-sim-history");
-    const std::string lines{std::istreambuf_iterator<char>(history), {}};
-    EXPECT_NE(lines.find("EPB1_EPBSts=5\n"), std::string::npos) << lines;
 }
 
 TEST_F(Simulator, ReverseBeforeTheServiceReachesAnApplication) {
@@ -222,6 +210,19 @@ TEST_F(Simulator, TheParkingTracePlaysThroughToItsEnd) {
     EXPECT_EQ(played.exitCode, 0) << played.errors;
     EXPECT_LT(timeOf(played.output, "HAP_FD3 timed out"), timeOf(played.output, "HAP_FD3 ok")) << played.output;
     EXPECT_TRUE(waitForValue(*watch, "HAP_FD1_APS_ProcBar", 100)) << watch->output();
+}
+
+TEST_F(Simulator, TellsOfAClientThatWillReceiveNothing) {
+    const auto simulator = desk.simulator();
+    const std::string nothing("\1\0\0\0\0\0", 6);
+    const std::string door("\xD0\x02\x19\x03\0\0", 6);
+    const RawSocket well(serviceSocket(desk.directory()));
+    const RawSocket lost(serviceSocket(desk.directory()));
+    ASSERT_TRUE(well.write(frame(kSubscribe, 0, nothing + door)));
+    ASSERT_FALSE(well.read().empty());
+    ASSERT_TRUE(lost.write(frame(kSubscribe, 0, nothing + nothing)));
+    EXPECT_TRUE(simulator->waitForOutput("a client subscribed 2 codes, none of which is a signal or message here"));
+    EXPECT_EQ(simulator->output().find("a client"), simulator->output().rfind("a client")) << simulator->output();
 }
 
 TEST_F(Simulator, EndsWithItsInputOrASignal) {

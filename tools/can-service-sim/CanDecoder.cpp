@@ -97,6 +97,24 @@ std::vector<std::string> CanDecoder::unknownSignals() const {
     return lines;
 }
 
+std::vector<std::uint32_t> CanDecoder::signalsIn(const CanFrame& frame) const {
+    std::vector<std::uint32_t> signals;
+    if (const auto found = messages_.find(keyOf(frame.id, frame.extended)); found != messages_.end()) {
+        for (const KnownSignal& signal : found->second.signals) {
+            signals.push_back(signal.row->code);
+        }
+    }
+    return signals;
+}
+
+void CanDecoder::forgetValues() {
+    for (auto& [key, message] : messages_) {
+        for (KnownSignal& signal : message.signals) {
+            signal.last.clear();
+        }
+    }
+}
+
 DecodedFrame CanDecoder::decode(const CanFrame& frame) {
     DecodedFrame result;
     const auto found = messages_.find(keyOf(frame.id, frame.extended));

@@ -41,7 +41,11 @@ public:
 
     /// Whether the frame carries signals of the schema.
     bool knows(const CanFrame& frame) const { return messages_.count(keyOf(frame.id, frame.extended)) > 0; }
+    /// The schema's signals that such frames may carry.
+    std::vector<std::uint32_t> signalsIn(const CanFrame& frame) const;
     DecodedFrame decode(const CanFrame& frame);
+    /// Takes every value for changed that comes next.
+    void forgetValues();
 
 private:
     struct KnownSignal {

@@ -5,8 +5,19 @@
 
 #include "desk/DeskPlatform.h"
 #include "ipc_common_soc/CanServiceWire.h"
+#include "tables/DecodingRules.h"
+#include "tables/MessageCatalogue.h"
 
 namespace qvn::tools {
+namespace {
+
+bool isKnown(std::uint32_t code) {
+    const auto& messages = tables::kMessages;
+    return tables::findDecodingRule(code) != nullptr ||
+           std::any_of(messages.begin(), messages.end(), [&](const auto& message) { return message.code == code; });
+}
+
+}  // namespace
 
 class CanService::Server : public CBaseServer {
 public:
@@ -35,13 +46,16 @@ protected:
     void onSubscribe(CBaseJob::Ptr& job) override {
         auto* const request = castToMessage<CFdbMessage*>(job);
         std::size_t codes = 0;
+        std::size_t known = 0;
         const CFdbMsgSubscribeItem* item = nullptr;
         FDB_BEGIN_FOREACH_SIGNAL(request, item) {
-            answer(*request, static_cast<std::uint32_t>(item->msg_code()));
+            const auto code = static_cast<std::uint32_t>(item->msg_code());
+            answer(*request, code);
             ++codes;
+            known += isKnown(code) ? 1 : 0;
         }
         FDB_END_FOREACH_SIGNAL();
-        service_.observer_.onSubscribe(codes);
+        service_.observer_.onSubscribe(codes, known);
     }
 
     void onInvoke(CBaseJob::Ptr& job) override {
@@ -118,6 +132,11 @@ void CanService::putSignal(std::uint32_t code, const std::string& raw) {
     if (server_) {
         server_->publish(code, wire::signalMessage(raw));
     }
+}
+
+void CanService::forgetSignal(std::uint32_t code) {
+    const sync::MutexLock lock(mutex_);
+    values_.erase(code);
 }
 
 void CanService::putMessageStatus(std::uint32_t code, bool timedOut) {

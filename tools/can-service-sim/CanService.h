@@ -23,7 +23,8 @@ public:
     /// What clients do, told on the service's own thread.
     struct Observer {
         std::function<void(std::uint32_t code, const std::string& raw)> onSet;
-        std::function<void(std::size_t codes)> onSubscribe;
+        /// @param known how many of the codes are signals or messages that there are
+        std::function<void(std::size_t codes, std::size_t known)> onSubscribe;
     };
 
     /// What is known of a signal.
@@ -53,6 +54,8 @@ public:
     void presetSignal(std::uint32_t code, const std::string& raw);
     /// Keeps a signal's value and broadcasts it.
     void putSignal(std::uint32_t code, const std::string& raw);
+    /// Knows no value of a signal any more.
+    void forgetSignal(std::uint32_t code);
     /// Keeps a message's status and broadcasts it.
     void putMessageStatus(std::uint32_t code, bool timedOut);
 

@@ -2,8 +2,8 @@
 
 #include <unistd.h>
 
+#include <chrono>
 #include <cstdio>
-#include <utility>
 
 #include "can-service-sim/Journal.h"
 #include "can-service-sim/PlayerLines.h"
@@ -32,22 +32,20 @@ constexpr char kHelp[] =
 
 const std::vector<CommandForm> kCommands = {{"help", false}, {"list", true}, {"quit", false}, {"show", true}};
 
-std::vector<std::string> wordsToComplete() {
-    std::vector<std::string> words;
-    for (const std::vector<CommandForm>& commands : {kCommands, kPlayerCommands}) {
-        for (const CommandForm& command : commands) {
-            words.push_back(command.name);
-        }
-    }
-    for (const NameKind kind : {NameKind::Received, NameKind::Message}) {
-        const std::vector<std::string> names = knownNames(kind);
-        words.insert(words.end(), names.begin(), names.end());
-    }
-    words.insert(words.end(), {"reverse", "service"});
-    return words;
-}
+// How soon a job that came from the background takes lines.
+constexpr std::chrono::milliseconds kBetweenLooks(250);
 
 }  // namespace
+
+std::vector<std::string> commandNames() {
+    std::vector<std::string> names;
+    for (const std::vector<CommandForm>& commands : {kCommands, kPlayerCommands}) {
+        for (const CommandForm& command : commands) {
+            names.push_back(command.name);
+        }
+    }
+    return names;
+}
 
 std::string listText(const std::string& pattern) {
     std::string text;
@@ -69,46 +67,40 @@ std::string listText(const std::string& pattern) {
     return text;
 }
 
-Console::Console(EventLoop& loop, Output& output) : loop_(loop), output_(output), reader_(STDIN_FILENO) {}
+Console::Console(EventLoop& loop, Output& output, Prompt& prompt)
+    : loop_(loop), output_(output), prompt_(prompt), reader_(STDIN_FILENO) {}
 
-Console::~Console() = default;
+/// A person corrects a line that is wrong; a script must not go on.
+bool Console::isPerson() const {
+    return prompt_.isRunning() || isatty(STDIN_FILENO) != 0;
+}
 
 void Console::start(Player& player) {
     player_ = &player;
-    const bool terminal = isatty(STDIN_FILENO) != 0;
     // The system stops a background job that reads its terminal.
-    if (terminal && tcgetpgrp(STDIN_FILENO) != getpgrp()) {
+    if (isatty(STDIN_FILENO) != 0 && tcgetpgrp(STDIN_FILENO) != getpgrp()) {
+        loop_.unwatch(STDIN_FILENO);
+        loop_.at(Clock::now() + kBetweenLooks, [this] { start(*player_); });
         return;
     }
-    if (terminal && isatty(STDOUT_FILENO) != 0) {
-        output_.drain();
-        prompt_ = std::make_unique<Prompt>(wordsToComplete(),
-                                           [this](const std::string* line) { line ? take(*line) : end(); });
-    }
-    loop_.watch(STDIN_FILENO, [this] { prompt_ ? prompt_->read() : read(); });
-}
-
-void Console::print(std::string text) {
-    if (prompt_) {
-        prompt_->printAbove(text);
-    } else {
-        output_.write(std::move(text));
-    }
+    loop_.watch(STDIN_FILENO, [this] { read(); });
 }
 
 void Console::read() {
+    if (isatty(STDIN_FILENO) != 0 && tcgetpgrp(STDIN_FILENO) != getpgrp()) {
+        start(*player_);
+        return;
+    }
     if (reader_.read([this](const std::string& line) { take(line); })) {
         return;
     }
     loop_.unwatch(STDIN_FILENO);
-    if (reader_.lineNumber() > 0) {
-        loop_.at(player_->endOfScheduled(), [this] { loop_.end(); });
+    if (prompt_.isRunning()) {
+        prompt_.end();
+        Journal::error("the prompt has ended; the service goes on");
+    } else if (reader_.lineNumber() > 0) {
+        player_->endWhenDone();
     }
-}
-
-void Console::end() {
-    loop_.unwatch(STDIN_FILENO);
-    loop_.end();
 }
 
 void Console::take(const std::string& line) {
@@ -122,13 +114,12 @@ void Console::take(const std::string& line) {
             print(told);
         }
     } catch (const BadInput& error) {
-        if (prompt_) {
+        if (prompt_.isRunning()) {
             print(std::string(error.what()) + "\n");
             return;
         }
         Journal::error("stdin:" + std::to_string(reader_.lineNumber()) + ": " + error.what());
-        // A person at a terminal corrects the line; a script that is wrong must not go on.
-        if (isatty(STDIN_FILENO) == 0) {
+        if (!isPerson()) {
             failed_ = true;
             loop_.end();
         }
@@ -144,7 +135,7 @@ void Console::run(const Command& command) {
     } else if (command.name == "show") {
         show(pattern);
     } else {
-        end();
+        loop_.end();
     }
 }
 

@@ -45,6 +45,11 @@ std::vector<double> readRange(std::string_view text, std::uint32_t code) {
 
 }  // namespace
 
+std::uint64_t periodsIn(double duration, double period) {
+    // Whole multiples of a period are met by floats almost.
+    return static_cast<std::uint64_t>(std::max(1.0, std::ceil(duration / period - 1e-6)));
+}
+
 bool Generator::isName(std::string_view text) {
     return text == "ramp" || text == "sine" || text == "step" || text == "random";
 }
@@ -56,33 +61,31 @@ Generator Generator::read(std::string_view name, const tables::DecodingRow& row,
     for (const double value : generator.values_) {
         encodePhysical(row, value);
     }
-    if (name == "ramp") {
-        generator.duration_ = words.expectSeconds("for", "the ramp's duration in seconds");
-    } else if (name == "sine") {
+    if (name == "sine") {
         generator.kind_ = Kind::Sine;
         generator.over_ = words.expectSeconds("over", "the seconds of one wave");
     } else if (name == "step") {
         generator.kind_ = Kind::Step;
-    } else {
+    } else if (name == "random") {
         generator.kind_ = Kind::Random;
         if (words.take("seed")) {
             generator.seed_ = static_cast<std::uint64_t>(std::fabs(parseNumber(words.next(), "a seed")));
         }
     }
-    if (words.take("every")) {
-        generator.period_ = words.nextSeconds("a period in seconds");
-    }
-    if (name != "ramp" && words.take("for")) {
-        generator.duration_ = words.nextSeconds("a duration in seconds");
+    const Repetition repetition = words.repetition();
+    generator.period_ = repetition.period.value_or(generator.period_);
+    generator.duration_ = repetition.duration;
+    if (name == "ramp" && !generator.duration_) {
+        generator.duration_ = words.expectSeconds("for", "the ramp's duration in seconds");
     }
     return generator;
 }
 
-double Generator::valueAt(double time) const {
+double Generator::valueAt(std::uint64_t tick) const {
     const double low = values_.front();
     const double high = values_.back();
-    // Ticks come at whole multiples of the period, which floats meet almost.
-    const auto tick = static_cast<std::uint64_t>(time / period_ + 1e-6);
+    const double exact = static_cast<double>(tick) * period_;
+    const double time = duration_ ? std::min(exact, *duration_) : exact;
     switch (kind_) {
         case Kind::Ramp:
             return low + (high - low) * time / *duration_;
@@ -96,8 +99,8 @@ double Generator::valueAt(double time) const {
     return low;
 }
 
-std::string Generator::rawAt(double time) const {
-    const double value = valueAt(duration_ ? std::min(time, *duration_) : time);
+std::string Generator::rawAt(std::uint64_t tick) const {
+    const double value = valueAt(tick);
     const bool whole = row_->kind != tables::ValueKind::Float && row_->factor == 1.0;
     return encodePhysical(*row_, whole ? std::round(value) : value);
 }

@@ -11,7 +11,10 @@
 
 namespace qvn::tools {
 
-/// A course of a signal's value over time, sent every `period`. Times are seconds from its begin, at the trace's speed.
+/// How many periods a duration has: one at least, a part of one counted as one.
+std::uint64_t periodsIn(double duration, double period);
+
+/// A course of a signal's value over time, sent every `period` seconds: at its ticks, of which 0 is its begin.
 class Generator {
 public:
     /// Whether a value of a trace is the name of a course: ramp, sine, step or random.
@@ -19,25 +22,27 @@ public:
 
     /// Reads what follows the name.
     ///     ramp A..B for D    sine A..B over T    step A,B,...    random A..B [seed N]
-    /// each with [every P], all but the ramp with [for D].
+    /// each with [every P] and [for D], in either order.
     /// @throws BadInput for what is wrong, also for values that the signal cannot carry
     static Generator read(std::string_view name, const tables::DecodingRow& row, TraceWords& words);
 
     double period() const { return period_; }
     /// Nothing for a course without end.
     std::optional<double> duration() const { return duration_; }
-    bool isOver(double time) const { return duration_ && time >= *duration_; }
+    std::optional<std::uint64_t> lastTick() const {
+        return duration_ ? std::optional(periodsIn(*duration_, period_)) : std::nullopt;
+    }
     /// Whether the last value is sent on and on after the end: a ramp leads to a new value.
     bool holds() const { return kind_ == Kind::Ramp; }
 
-    /// The raw bytes at that time; after the end, those of the end.
-    std::string rawAt(double time) const;
+    /// The raw bytes; after the end, those of the end.
+    std::string rawAt(std::uint64_t tick) const;
 
 private:
     enum class Kind { Ramp, Sine, Step, Random };
 
     explicit Generator(const tables::DecodingRow& row) : row_(&row) {}
-    double valueAt(double time) const;
+    double valueAt(std::uint64_t tick) const;
 
     const tables::DecodingRow* row_;
     Kind kind_ = Kind::Ramp;

@@ -127,9 +127,14 @@ void Journal::stops(std::uint32_t code) const {
     tell(Detail::All, "stop", signalName(code) + " stops", [&](Json& object) { object["signal"] = signalName(code); });
 }
 
-void Journal::subscribed(std::size_t codes) const {
-    tell(Detail::All, "subscribed", "a client subscribed " + std::to_string(codes) + " codes",
-         [&](Json& object) { object["codes"] = codes; });
+void Journal::subscribed(std::size_t codes, std::size_t known) const {
+    const std::string text = "a client subscribed " + std::to_string(codes) + " codes";
+    tell(known > 0 ? Detail::All : Detail::Normal, "subscribed",
+         text + (known > 0 ? "" : ", none of which is a signal or message here: it will receive nothing"),
+         [&](Json& object) {
+             object["codes"] = codes;
+             object["known"] = known;
+         });
 }
 
 void Journal::error(const std::string& text) {

@@ -41,6 +41,8 @@ public:
     void answer(std::size_t set, std::uint32_t code, const std::string& raw) const;
     /// An answer that cannot be given; also an error.
     void noAnswer(std::size_t set, const std::string& reason) const;
+    /// In all detail only, unless none of the codes is known: such a client receives nothing.
+    void subscribed(std::size_t codes, std::size_t known) const;
     /// Anything else that a person should know.
     void note(const std::string& text) const { remark(Detail::Normal, text); }
 
@@ -48,7 +50,6 @@ public:
     void detail(const std::string& text) const { remark(Detail::All, text); }
     void signal(std::uint32_t code, const std::string& raw) const;
     void stops(std::uint32_t code) const;
-    void subscribed(std::size_t codes) const;
 
     /// An error, on standard error, whatever the detail.
     static void error(const std::string& text);

@@ -9,49 +9,27 @@ constexpr double kPeriodsToTimeOut = 5.0;
 
 }  // namespace
 
-bool MessageSupervisor::received(std::uint32_t message, double now, double period) {
-    const auto found = messages_.find(message);
-    if (found == messages_.end() && period <= 0.0) {
+bool MessageSupervisor::received(VehicleTime now, double period) {
+    period_ = std::max(period_, period);
+    deadline_ = now + vehicleTime(kPeriodsToTimeOut * period_);
+    if (byHand_) {
         return false;
     }
-    Watched& watched = messages_[message];
-    watched.period = std::max(watched.period, period);
-    watched.deadline = now + kPeriodsToTimeOut * watched.period;
-    if (watched.byHand) {
-        return false;
-    }
-    const bool restored = watched.timedOut;
-    watched.timedOut = false;
+    const bool restored = timedOut_;
+    timedOut_ = false;
     return restored;
 }
 
-void MessageSupervisor::setByHand(std::uint32_t message, bool timedOut) {
+void MessageSupervisor::setByHand(bool timedOut) {
     if (timedOut) {
-        messages_[message].byHand = true;
+        byHand_ = true;
     } else {
-        messages_.erase(message);
+        *this = {};
     }
 }
 
-std::vector<std::uint32_t> MessageSupervisor::newlyTimedOut(double now) {
-    std::vector<std::uint32_t> result;
-    for (auto& [message, watched] : messages_) {
-        if (!watched.byHand && !watched.timedOut && watched.deadline <= now) {
-            watched.timedOut = true;
-            result.push_back(message);
-        }
-    }
-    return result;
-}
-
-std::optional<double> MessageSupervisor::nextDeadline() const {
-    std::optional<double> next;
-    for (const auto& [message, watched] : messages_) {
-        if (!watched.byHand && !watched.timedOut) {
-            next = next ? std::min(*next, watched.deadline) : watched.deadline;
-        }
-    }
-    return next;
+std::optional<VehicleTime> MessageSupervisor::deadline() const {
+    return period_ > 0.0 && !byHand_ && !timedOut_ ? std::optional(deadline_) : std::nullopt;
 }
 
 }  // namespace qvn::tools

@@ -1,40 +1,33 @@
 #pragma once
 
-#include <cstdint>
-#include <map>
 #include <optional>
-#include <vector>
+
+#include "can-service-sim/VehicleTime.h"
 
 namespace qvn::tools {
 
-/// Watches the CAN messages whose signals are on a cycle, as the CAN service does: a message of which nothing was
-/// received for five periods (the longest of its signals) has timed out, and the next signal of it ends the time-out.
-/// Times are seconds of one steady clock.
+/// Watches a CAN message whose signals are on a cycle, as the CAN service does: when nothing of it was received for
+/// five periods (the longest of its signals) it has timed out, and the next signal of it ends the time-out.
 class MessageSupervisor {
 public:
     /// A signal of the message was received. With a period, when it is on a cycle, the message is watched from now on.
     /// @return whether this ended a time-out
-    bool received(std::uint32_t message, double now, double period = 0.0);
+    bool received(VehicleTime now, double period = 0.0);
 
     /// The user gives the status by hand. Such a time-out lasts until it is ended by hand. After that the message is
     /// not watched until the next signal that is on a cycle.
-    void setByHand(std::uint32_t message, bool timedOut);
+    void setByHand(bool timedOut);
 
-    /// The messages that have timed out since the last call.
-    std::vector<std::uint32_t> newlyTimedOut(double now);
-
-    /// When the next message times out unless it is received before.
-    std::optional<double> nextDeadline() const;
+    /// When the message times out unless it is received before.
+    std::optional<VehicleTime> deadline() const;
+    /// The deadline has come.
+    void timeOut() { timedOut_ = true; }
 
 private:
-    struct Watched {
-        double period = 0.0;
-        double deadline = 0.0;
-        bool timedOut = false;
-        bool byHand = false;
-    };
-
-    std::map<std::uint32_t, Watched> messages_;
+    double period_ = 0.0;  // 0: not watched
+    VehicleTime deadline_{0};
+    bool timedOut_ = false;
+    bool byHand_ = false;
 };
 
 }  // namespace qvn::tools

@@ -1,131 +1,106 @@
 #include "can-service-sim/Prompt.h"
 
-#include <editline/readline.h>
+#include <fcntl.h>
 #include <poll.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
-#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <csignal>
 #include <cstdio>
-#include <cstdlib>
-#include <cstring>
-#include <filesystem>
 #include <system_error>
 #include <utility>
+
+#include "can-service-sim/LineEditor.h"
+#include "desk/PollUntil.h"
 
 namespace qvn::tools {
 namespace {
 
-constexpr int kMostHistory = 1000;
+constexpr std::chrono::seconds kPatience(1);
 
-// The editing library calls plain functions.
-std::vector<std::string> words;
-Prompt::Taker taker;
-
-constexpr char kPrompt[] = "> ";
-constexpr char kEraseLine[] = "\r\033[K";
-
-/// What stands in the terminal's last line.
-enum class Line {
-    Empty,   ///< a prompt of our own; the library shows its with the first key
-    Edited,  ///< by the library
-    Taken    ///< what was entered is being carried out
-} line = Line::Empty;
-
-void showEmptyLine() {
-    line = Line::Empty;
-    std::fputs(kPrompt, stdout);
-    std::fflush(stdout);
-}
-
-char* nextMatch(const char* begin, int state) {
-    static std::size_t next = 0;
-    next = state == 0 ? 0 : next;
-    while (next < words.size()) {
-        const std::string& word = words[next++];
-        if (word.compare(0, std::strlen(begin), begin) == 0) {
-            return strdup(word.c_str());
+struct Pipe {
+    Pipe() {
+        if (pipe2(ends, O_CLOEXEC) != 0) {
+            throw std::system_error(errno, std::generic_category(), "pipe2");
         }
     }
-    return nullptr;
-}
+    int out() const { return ends[0]; }
+    int in() const { return ends[1]; }
 
-char** complete(const char* begin, int, int) {
-    rl_attempted_completion_over = 1;  // no names of files
-    return rl_completion_matches(begin, &nextMatch);
-}
+    int ends[2] = {-1, -1};
+};
 
-void takeLine(char* entered) {
-    line = Line::Taken;
-    if (entered != nullptr && *entered != '\0') {
-        add_history(entered);
+[[noreturn]] void edit(const LineEditor::Pipes& pipes, const std::function<Completion(const std::string&)>& complete) {
+    {
+        const pid_t service = getppid();
+        LineEditor editor(pipes, complete, [service] { kill(service, SIGSTOP); });
+        editor.run();
     }
-    const std::string text = entered ? entered : "";
-    taker(entered ? &text : nullptr);
-    std::free(entered);
-}
-
-std::string historyFile() {
-    const char* const state = std::getenv("XDG_STATE_HOME");
-    const char* const home = std::getenv("HOME");
-    if ((!state || !*state) && (!home || !*home)) {
-        return {};
-    }
-    const std::filesystem::path folder =
-        state && *state ? std::filesystem::path(state) : std::filesystem::path(home) / ".local" / "state";
-    std::error_code ignored;
-    std::filesystem::create_directories(folder, ignored);
-    return (folder / "can-service-sim-history").string();
+    _exit(0);
 }
 
 }  // namespace
 
-Prompt::Prompt(std::vector<std::string> completions, Taker take) : historyFile_(historyFile()) {
-    words = std::move(completions);
-    taker = std::move(take);
-    rl_readline_name = "can-service-sim";
-    rl_catch_signals = 0;
-    using_history();
-    stifle_history(kMostHistory);
-    read_history(historyFile_.c_str());
-    rl_attempted_completion_function = &complete;
-    rl_completion_append_character = '\0';
-    rl_callback_handler_install(kPrompt, &takeLine);
-    line = Line::Edited;
-    rl_forced_update_display();
-}
-
-Prompt::~Prompt() {
-    rl_callback_handler_remove();
-    write_history(historyFile_.c_str());
-    std::fputs("\n", stdout);
-    std::fflush(stdout);
-}
-
-void Prompt::read() {
-    if (line == Line::Empty) {
-        std::fputs(kEraseLine, stdout);
-        std::fflush(stdout);
-        line = Line::Edited;
-    }
-    rl_callback_read_char();
-    if (line == Line::Taken) {
-        showEmptyLine();
-    }
-    // After a line the library leaves the terminal as others want it, which is line by line.
-    rl_prep_terminal(1);
-}
-
-void Prompt::printAbove(const std::string& text) {
-    pollfd terminal{STDOUT_FILENO, POLLOUT, 0};
-    if (poll(&terminal, 1, 0) <= 0) {
+void Prompt::start(const std::function<Completion(const std::string&)>& complete) {
+    if (isatty(STDIN_FILENO) == 0 || isatty(STDOUT_FILENO) == 0) {
         return;
     }
-    std::fputs((kEraseLine + text).c_str(), stdout);
-    std::fflush(stdout);
-    if (line == Line::Empty) {
-        showEmptyLine();
-    } else if (line == Line::Edited) {
-        rl_forced_update_display();
+    const Pipe lines;
+    const Pipe texts;
+    const Pipe errors;
+    tcgetattr(STDIN_FILENO, &found_);
+    child_ = fork();
+    if (child_ < 0) {
+        throw std::system_error(errno, std::generic_category(), "fork");
+    }
+    if (child_ == 0) {
+        for (const int ofTheService : {lines.out(), texts.in(), errors.in()}) {
+            close(ofTheService);
+        }
+        edit({texts.out(), errors.out(), lines.in()}, complete);
+    }
+    terminal_ = fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+    dup2(lines.out(), STDIN_FILENO);
+    dup2(texts.in(), STDOUT_FILENO);
+    takesErrors_ = isatty(STDERR_FILENO) != 0;
+    if (takesErrors_) {
+        fcntl(errors.in(), F_SETFL, O_NONBLOCK);
+        dup2(errors.in(), STDERR_FILENO);
+    }
+    for (const Pipe* const pipe : {&lines, &texts, &errors}) {
+        close(pipe->out());
+        close(pipe->in());
+    }
+    std::signal(SIGTSTP, SIG_IGN);  // the child stops this process once the terminal is in order
+}
+
+void Prompt::end() {
+    if (child_ <= 0) {
+        return;
+    }
+    // The texts are at their end with this: the child has shown all of them when it ends.
+    dup2(terminal_, STDOUT_FILENO);
+    if (takesErrors_) {
+        dup2(terminal_, STDERR_FILENO);
+    }
+    awaitChild();
+    kill(child_, SIGKILL);
+    waitpid(std::exchange(child_, -1), nullptr, 0);
+    if (tcgetpgrp(terminal_) == getpgrp()) {
+        tcsetattr(terminal_, TCSANOW, &found_);
+    }
+    close(std::exchange(terminal_, -1));
+}
+
+/// Until it has closed its end of the lines, as long as it may take.
+void Prompt::awaitChild() const {
+    const Clock::time_point end = Clock::now() + kPatience;
+    for (ssize_t count = 1; count > 0;) {
+        pollfd lines{STDIN_FILENO, POLLIN, 0};
+        char ignored[4096];
+        count = pollUntil(&lines, 1, end) > 0 ? ::read(STDIN_FILENO, ignored, sizeof ignored) : 0;
     }
 }
 

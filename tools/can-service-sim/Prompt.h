@@ -1,32 +1,44 @@
 #pragma once
 
+#include <sys/types.h>
+#include <termios.h>
+
 #include <functional>
 #include <string>
-#include <vector>
+
+#include "can-service-sim/Completion.h"
 
 namespace qvn::tools {
 
-/// A line on the terminal that a person edits, with completion, and with a history that is kept between runs in
-/// $XDG_STATE_HOME (or ~/.local/state). A process has one, since the editing library does.
+/// A prompt for a process whose standard input and output are a terminal. A child process has the terminal; this one
+/// goes on as if it were run by a script: it reads the entered lines from standard input, and what it writes to
+/// standard output, or to standard error if that is a terminal, appears above the prompt. So nothing that happens at
+/// the terminal holds this process up or reaches its memory. What a terminal that stands still does not take of
+/// standard error is lost.
 class Prompt {
 public:
-    /// Takes a line; null at the end of the input (Ctrl-D).
-    using Taker = std::function<void(const std::string* line)>;
-
-    /// @param words are completed at any place of a line
-    Prompt(std::vector<std::string> words, Taker take);
-    ~Prompt();
+    Prompt() = default;
+    /// Waits a moment for the terminal to show everything, and leaves it as it was found.
+    ~Prompt() { end(); }
     Prompt(const Prompt&) = delete;
     Prompt& operator=(const Prompt&) = delete;
 
-    /// Reads what was typed; call it when standard input is readable.
-    void read();
+    /// Starts it; before any thread that locks something, since the child is a copy. Without a terminal it does
+    /// nothing.
+    /// @param complete completes a line, in the child
+    void start(const std::function<Completion(const std::string& line)>& complete);
+    bool isRunning() const { return child_ > 0; }
 
-    /// Shows whole lines above the line that is being edited. A terminal that takes nothing (Ctrl-S) misses them.
-    void printAbove(const std::string& text);
+    /// The same as the destructor.
+    void end();
 
 private:
-    std::string historyFile_;
+    void awaitChild() const;
+
+    pid_t child_ = -1;
+    int terminal_ = -1;
+    bool takesErrors_ = false;
+    termios found_{};
 };
 
 }  // namespace qvn::tools

@@ -68,13 +68,12 @@ TraceAction readCommand(std::string_view name, std::string_view text, TraceWords
                    "!freeze or !thaw, or either with !delay SECONDS");
 }
 
-Cycle readCycle(TraceWords& words) {
-    Cycle cycle;
-    cycle.period = words.nextSeconds("a period in seconds");
-    if (words.take("for")) {
-        cycle.duration = words.nextSeconds("a duration in seconds");
+std::optional<Cycle> readCycle(TraceWords& words) {
+    const Repetition repetition = words.repetition();
+    if (repetition.duration && !repetition.period) {
+        throw BadInput("'for' is not expected here without 'every SECONDS'");
     }
-    return cycle;
+    return repetition.period ? std::optional(Cycle{*repetition.period, repetition.duration}) : std::nullopt;
 }
 
 /// What stands behind a signal's '='.
@@ -106,7 +105,7 @@ TraceAction readAction(TraceWords& words) {
     }
     const std::uint32_t code = findCode(NameKind::Received, name);
     TraceAction action = event[mark] == '#' ? SignalEvent{code, readHexBytes(text), {}} : readValue(code, text, words);
-    if (auto* const signal = std::get_if<SignalEvent>(&action); signal && words.take("every")) {
+    if (auto* const signal = std::get_if<SignalEvent>(&action)) {
         signal->cycle = readCycle(words);
     }
     return action;
@@ -154,6 +153,10 @@ std::vector<TraceEvent> readTrace(std::istream& input, const std::string& name,
     });
     std::stable_sort(events.begin(), events.end(), [](const auto& a, const auto& b) { return *a.time < *b.time; });
     return events;
+}
+
+std::optional<std::uint64_t> lastTick(const Cycle& cycle) {
+    return cycle.duration ? std::optional(periodsIn(*cycle.duration, cycle.period) - 1) : std::nullopt;
 }
 
 namespace {

@@ -21,6 +21,9 @@ struct Cycle {
     std::optional<double> duration;  ///< without one the cycle goes on until it is stopped
 };
 
+/// The number of the last repetition, the first one being 0.
+std::optional<std::uint64_t> lastTick(const Cycle& cycle);
+
 /// A signal takes a value.
 struct SignalEvent {
     std::uint32_t code = 0;
@@ -32,7 +35,6 @@ struct SignalEvent {
 struct GenerateEvent {
     std::uint32_t code = 0;
     std::shared_ptr<const Generator> generator;
-    double since = 0.0;  ///< seconds for which it runs already
 };
 
 /// A signal's cycle or course ends.

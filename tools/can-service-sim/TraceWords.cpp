@@ -56,6 +56,19 @@ double TraceWords::nextSeconds(std::string_view what) {
     return readSeconds(next(), kShortestPeriod, what);
 }
 
+Repetition TraceWords::repetition() {
+    Repetition repetition;
+    for (;;) {
+        if (!repetition.period && take("every")) {
+            repetition.period = nextSeconds("a period in seconds");
+        } else if (!repetition.duration && take("for")) {
+            repetition.duration = nextSeconds("a duration in seconds");
+        } else {
+            return repetition;
+        }
+    }
+}
+
 double TraceWords::expectSeconds(std::string_view keyword, std::string_view what) {
     if (!take(keyword)) {
         throw BadInput((peek().empty() ? "the line ends too early" : quoted(peek()) + " is not expected here") +

@@ -1,8 +1,15 @@
 #pragma once
 
+#include <optional>
 #include <string_view>
 
 namespace qvn::tools {
+
+/// What may follow a value: `every SECONDS` and `for SECONDS`.
+struct Repetition {
+    std::optional<double> period;
+    std::optional<double> duration;
+};
 
 /// Takes the words of a trace's line one after the other.
 class TraceWords {
@@ -22,7 +29,10 @@ public:
     /// The next word as seconds, at least a millisecond; `what` names them in the error.
     /// @throws BadInput
     double nextSeconds(std::string_view what);
-    /// The same behind a keyword that must stand there.
+    /// What follows of these, in either order, each once.
+    /// @throws BadInput
+    Repetition repetition();
+    /// Seconds behind a keyword that must stand there.
     double expectSeconds(std::string_view keyword, std::string_view what);
 
 private:

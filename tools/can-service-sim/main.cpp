@@ -5,15 +5,18 @@
 #include <fstream>
 #include <functional>
 #include <iterator>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "can-service-sim/CanInput.h"
 #include "can-service-sim/CanListener.h"
+#include "can-service-sim/Completion.h"
 #include "can-service-sim/Console.h"
 #include "can-service-sim/InputLines.h"
 #include "can-service-sim/Player.h"
+#include "can-service-sim/Prompt.h"
 #include "can-service-sim/TraceCut.h"
 #include "can-service-sim/panel/Panel.h"
 #include "can-service-sim/panel/PanelOptions.h"
@@ -39,7 +42,9 @@ struct Options {
     std::string input;
     std::string rules;
     std::string name = wire::kServiceName;
-    TraceCut cut;
+    std::optional<double> from;
+    std::optional<double> to;
+    std::optional<double> startAt;
     double speed = 1.0;
     std::vector<std::string> notes;
     bool loop = false;
@@ -64,10 +69,9 @@ void declare(CommandLine& line, Options& options) {
     line.option("[input]", options.input,
                 "'-' reads trace lines from standard input; so do a call without another input, and a terminal");
     line.option("--speed X", options.speed, {0.001, 1000.0}, "Play that many times faster, 0.001 to 1000");
-    line.option("--from S", options.cut.from, kTimes,
-                "Play the trace from S seconds on, as if nothing had been before");
-    line.option("--to S", options.cut.to, kTimes, "Play the trace up to S seconds");
-    line.option("--start-at S", options.cut.startAt, kTimes, "Start S seconds into the trace, in the state of then")
+    line.option("--from S", options.from, kTimes, "Play the trace from S seconds on, as if nothing had been before");
+    line.option("--to S", options.to, kTimes, "Play the trace up to S seconds");
+    line.option("--start-at S", options.startAt, kTimes, "Start S seconds into the trace, in the state of then")
         .excludes("--from");
     line.flag("--loop", options.loop, "Play the trace or log again and again");
     line.flag("--exit-at-end", options.exitAtEnd, "End with the trace or log instead of serving on").excludes("--loop");
@@ -110,9 +114,9 @@ std::vector<TraceEvent> readWithProgress(const std::string& name, bool quiet) {
 void checkTraceOptions(const Options& options) {
     const std::pair<const char*, bool> given[] = {{"--loop", options.loop},
                                                   {"--exit-at-end", options.exitAtEnd},
-                                                  {"--from", options.cut.from.has_value()},
-                                                  {"--to", options.cut.to.has_value()},
-                                                  {"--start-at", options.cut.startAt.has_value()}};
+                                                  {"--from", options.from.has_value()},
+                                                  {"--to", options.to.has_value()},
+                                                  {"--start-at", options.startAt.has_value()}};
     for (const auto& [option, isGiven] : given) {
         if (isGiven && options.trace.empty() && options.can.log().empty()) {
             throw BadInput(std::string(option) + " needs --play or --candump");
@@ -133,10 +137,10 @@ std::vector<TraceEvent> readTraceOf(Options& options) {
         std::stable_sort(trace.begin(), trace.end(), [](const auto& a, const auto& b) { return *a.time < *b.time; });
     }
     const bool empty = trace.empty();
-    trace = cutTrace(std::move(trace), options.cut);
+    trace = cutTrace(std::move(trace), options.from, options.to);
     const std::string& name = options.trace.empty() ? options.can.log() : options.trace;
     if (trace.empty() && !empty) {
-        throw BadInput("nothing of " + name + " is left to play; see --from, --to and --start-at");
+        throw BadInput("nothing of " + name + " is left to play; see --from and --to");
     }
     if (options.loop && traceEnd(trace) <= 0.0) {
         throw BadInput(name + " is over at once; --loop needs a trace that takes time");
@@ -150,6 +154,7 @@ Player::Options playerOptions(const Options& options) {
     result.speed = options.speed;
     result.loop = options.loop;
     result.exitAtEnd = options.exitAtEnd;
+    result.startAt = options.startAt;
     result.initialValues = !options.noInitial;
     result.rules = parkingRules();
     result.decoder = options.can.decoder();
@@ -160,7 +165,7 @@ Player::Options playerOptions(const Options& options) {
     return result;
 }
 
-int serve(Options& options, const StopSignals& stop, Output& output) {
+int serve(Options& options, const StopSignals& stop, Output& output, Prompt& prompt) {
     std::vector<TraceEvent> trace = readTraceOf(options);
     Player::Options forPlayer = playerOptions(options);
     std::string error;
@@ -168,8 +173,12 @@ int serve(Options& options, const StopSignals& stop, Output& output) {
         Journal::error(error);
         return kFailed;
     }
+    if (options.readsStandardInput()) {
+        output.drain();
+        prompt.start([](const std::string& begun) { return completeLine(begun, commandNames()); });
+    }
     EventLoop loop(stop);
-    Console console(loop, output);
+    Console console(loop, output, prompt);
     Journal journal([&console](std::string text) { console.print(std::move(text)); },
                     options.quiet     ? Journal::Detail::Quiet
                     : options.verbose ? Journal::Detail::All
@@ -200,7 +209,7 @@ int serve(Options& options, const StopSignals& stop, Output& output) {
     return player.failed() ? kFailed : kDone;
 }
 
-int run(int argc, char** argv, const StopSignals& stop, Output& output) {
+int run(int argc, char** argv, const StopSignals& stop, Output& output, Prompt& prompt) {
     CommandLine line("can-service-sim",
                      "The CAN service for a desk: plays traces, answers sets, moves the reverse line.");
     Options options;
@@ -216,7 +225,7 @@ int run(int argc, char** argv, const StopSignals& stop, Output& output) {
         output.write(listText("*"));
         return kDone;
     }
-    return serve(options, stop, output);
+    return serve(options, stop, output, prompt);
 }
 
 }  // namespace
@@ -224,6 +233,7 @@ int run(int argc, char** argv, const StopSignals& stop, Output& output) {
 
 int main(int argc, char** argv) {
     using namespace qvn::tools;
-    return runTool([&](const StopSignals& stop, Output& output) { return run(argc, argv, stop, output); },
+    Prompt prompt;  // ends after the last output
+    return runTool([&](const StopSignals& stop, Output& output) { return run(argc, argv, stop, output, prompt); },
                    &Journal::error);
 }

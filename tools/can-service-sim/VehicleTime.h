@@ -1,0 +1,50 @@
+#pragma once
+
+#include <chrono>
+
+#include "desk/PollUntil.h"
+
+namespace qvn::tools {
+
+/// The vehicle's own time since the simulator's start. Whatever runs is scheduled by it.
+using VehicleTime = std::chrono::nanoseconds;
+
+inline VehicleTime vehicleTime(double seconds) {
+    return std::chrono::round<VehicleTime>(std::chrono::duration<double>(seconds));
+}
+
+inline double secondsOf(VehicleTime time) {
+    return std::chrono::duration<double>(time).count();
+}
+
+/// How fast the vehicle's time passes.
+class VehicleClock {
+public:
+    /// It begins now, at zero.
+    VehicleClock(double speed, Clock::time_point now) : speed_(speed), anchor_(now) {}
+
+    double speed() const { return speed_; }
+
+    VehicleTime at(Clock::time_point time) const {
+        return time_ + std::chrono::floor<VehicleTime>((time - anchor_) * speed_);
+    }
+    /// The first moment at which it shows that time.
+    Clock::time_point when(VehicleTime time) const {
+        return anchor_ + std::chrono::ceil<Clock::duration>(std::chrono::duration<double, std::nano>(
+                             static_cast<double>((time - time_).count()) / speed_));
+    }
+
+    /// Goes on from `time` now, at that speed.
+    void set(VehicleTime time, double speed, Clock::time_point now) {
+        time_ = time;
+        speed_ = speed;
+        anchor_ = now;
+    }
+
+private:
+    double speed_;
+    Clock::time_point anchor_;
+    VehicleTime time_{0};
+};
+
+}  // namespace qvn::tools
