@@ -71,7 +71,7 @@ void declare(CommandLine& line, Options& options) {
     line.option("--speed X", options.speed, {0.001, 1000.0}, "Play that many times faster, 0.001 to 1000");
     line.option("--from S", options.from, kTimes, "Play the trace from S seconds on, as if nothing had been before");
     line.option("--to S", options.to, kTimes, "Play the trace up to S seconds");
-    line.option("--start-at S", options.startAt, kTimes, "Start S seconds into the trace, in the state of then")
+    line.option("--start-at S", options.startAt, kTimes, "Start S seconds into the trace, as if played up to there")
         .excludes("--from");
     line.flag("--loop", options.loop, "Play the trace or log again and again");
     line.flag("--exit-at-end", options.exitAtEnd, "End with the trace or log instead of serving on").excludes("--loop");
