@@ -27,7 +27,7 @@ double timeOf(const std::string& journal, const std::string& what) {
 
 TEST_F(Simulator, TakesLinesOfItsInputAtTheirTimes) {
     const auto simulator = desk.simulator("-v");
-    simulator->write("(0.5) BCM1_DrvDoorSts=1\nBCM1_DrvDoorSts=2\n");
+    simulator->write("(0.5) BCM1_DrvDoorSts=1\nBCM1_DrvDoorSts=2");  // without its end
     simulator->closeInput();
     EXPECT_EQ(simulator->wait(), 0) << "it ends after the last of them";
     EXPECT_GE(timeOf(simulator->output(), "BCM1_DrvDoorSts=1 open"), 0.5);
@@ -210,6 +210,24 @@ TEST_F(Simulator, TheParkingTracePlaysThroughToItsEnd) {
     EXPECT_EQ(played.exitCode, 0) << played.errors;
     EXPECT_LT(timeOf(played.output, "HAP_FD3 timed out"), timeOf(played.output, "HAP_FD3 ok")) << played.output;
     EXPECT_TRUE(waitForValue(*watch, "HAP_FD1_APS_ProcBar", 100)) << watch->output();
+}
+
+TEST_F(Simulator, TheReverseLineIsNeverHalfWritten) {
+    const auto simulator = desk.simulator();
+    simulator->write("reverse=0\n");
+    ASSERT_TRUE(simulator->waitForOutput("reverse released"));
+    std::string moves;
+    for (int i = 0; i < 1000; ++i) {
+        moves += "reverse=1\nreverse=0\n";
+    }
+    simulator->write(moves + "show DCT5*\n");
+    for (std::size_t seen = 0; seen == 0; seen = simulator->output().find("DCT5_TGS_LEVER") + 1) {
+        for (int i = 0; i < 100; ++i) {
+            std::string level;
+            std::ifstream(desk.directory() + "/gpio/87") >> level;
+            ASSERT_TRUE(level == "0" || level == "1") << "'" << level << "'";
+        }
+    }
 }
 
 TEST_F(Simulator, TellsOfAClientThatWillReceiveNothing) {

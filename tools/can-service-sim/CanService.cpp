@@ -24,6 +24,11 @@ public:
     explicit Server(CanService& service) : CBaseServer(service.name_.c_str(), &service.worker_), service_(service) {}
     ~Server() override { prepareDestroy(); }
 
+    std::vector<Client> clients() const {
+        const sync::MutexLock lock(service_.mutex_);
+        return clients_;
+    }
+
     template <class Message>
     void publish(std::uint32_t code, const Message& message) {
         CFdbProtoMsgBuilder builder(message);
@@ -33,14 +38,14 @@ public:
 protected:
     void onOnline(FdbSessionId_t session, bool) override {
         const sync::MutexLock lock(service_.mutex_);
-        service_.clients_.push_back({session, std::chrono::system_clock::now()});
+        clients_.push_back({session, std::chrono::system_clock::now()});
     }
 
     void onOffline(FdbSessionId_t session, bool) override {
         const sync::MutexLock lock(service_.mutex_);
-        std::vector<Client>& clients = service_.clients_;
-        clients.erase(std::remove_if(clients.begin(), clients.end(), [&](const Client& c) { return c.id == session; }),
-                      clients.end());
+        clients_.erase(
+            std::remove_if(clients_.begin(), clients_.end(), [&](const Client& c) { return c.id == session; }),
+            clients_.end());
     }
 
     void onSubscribe(CBaseJob::Ptr& job) override {
@@ -84,6 +89,7 @@ private:
     }
 
     CanService& service_;
+    std::vector<Client> clients_ QVN_GUARDED_BY(service_.mutex_);  // gone with the server
 };
 
 CanService::CanService(std::string name, Observer observer)
@@ -117,8 +123,6 @@ bool CanService::goUp(std::string* error) {
 
 void CanService::goDown() {
     server_.reset();
-    const sync::MutexLock lock(mutex_);
-    clients_.clear();
 }
 
 void CanService::presetSignal(std::uint32_t code, const std::string& raw) {
@@ -161,8 +165,7 @@ bool CanService::isTimedOut(std::uint32_t code) const {
 }
 
 std::vector<CanService::Client> CanService::clients() const {
-    const sync::MutexLock lock(mutex_);
-    return clients_;
+    return server_ ? server_->clients() : std::vector<Client>();
 }
 
 }  // namespace qvn::tools

@@ -75,7 +75,6 @@ private:
     mutable sync::Mutex mutex_;
     std::map<std::uint32_t, Value> values_ QVN_GUARDED_BY(mutex_);
     std::map<std::uint32_t, std::uint32_t> statuses_ QVN_GUARDED_BY(mutex_);
-    std::vector<Client> clients_ QVN_GUARDED_BY(mutex_);
     CBaseWorker worker_;
     std::unique_ptr<Server> server_;
 };

@@ -34,6 +34,7 @@ void Simulation::start(std::vector<TraceEvent> trace, Playback::AtEnd atEnd, std
             vehicle_.apply(ServiceEvent{true}, time_);
             playback_.seek(*startAt, time_);
         });
+        clock_.set(time_, clock_.speed(), now_());
     } else if (!off) {
         vehicle_.apply(ServiceEvent{true}, time_);
     }
@@ -114,6 +115,7 @@ void Simulation::setSpeed(double speed) {
 void Simulation::seek(double position) {
     run();
     vehicle_.playSilently(playback_.trace(), time_, [&] { playback_.seek(position, time_); });
+    clock_.set(time_, clock_.speed(), now_());  // what that took does not count
 }
 
 void Simulation::at(VehicleTime time, Task task) {
