@@ -38,16 +38,19 @@ bool MarkerLine::waitUntilHandled(std::chrono::steady_clock::time_point deadline
 
 bool MarkerLine::waitForEdge(std::chrono::steady_clock::time_point deadline) {
     MutexLock lock(mMutex);
-    const int before = mEdges;
-    mLevel = 1 - mLevel;
-    std::ofstream(mPath) << mLevel;
-    return mChanged.wait_until(lock.native(), deadline, [&]() QVN_REQUIRES(mMutex) { return mEdges > before; });
+    // Two edges between two readings are none, so one that a wait has given up on is seen before the next is made.
+    if (!mChanged.wait_until(lock.native(), deadline, [&]() QVN_REQUIRES(mMutex) { return mSeen == mMade; })) {
+        return false;
+    }
+    const int edge = ++mMade;
+    std::ofstream(mPath) << (edge % 2 == 0 ? 1 : 0);
+    return mChanged.wait_until(lock.native(), deadline, [&]() QVN_REQUIRES(mMutex) { return mSeen >= edge; });
 }
 
 void MarkerLine::onEdge(void* context) {
     auto& line = *static_cast<MarkerLine*>(context);
     const MutexLock lock(line.mMutex);
-    ++line.mEdges;
+    ++line.mSeen;
     line.mChanged.notify_all();
 }
 

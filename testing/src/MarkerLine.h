@@ -25,10 +25,10 @@ private:
     bool waitForEdge(std::chrono::steady_clock::time_point deadline);
 
     std::string mPath;
-    int mLevel = 1;
     sync::Mutex mMutex;
     std::condition_variable mChanged;
-    int mEdges QVN_GUARDED_BY(mMutex) = 0;
+    int mMade QVN_GUARDED_BY(mMutex) = 0;  // edges; the line began at 1
+    int mSeen QVN_GUARDED_BY(mMutex) = 0;
 };
 
 }  // namespace qvn::testing
