@@ -28,7 +28,7 @@ TEST_F(BadInput, IsToldInOneLine) {
          "--help'"},
         {"vehiclectl get ESP_FD2_VehSpd --timeout 1 --timeout 2", 2,
          "--timeout may be given only once; see 'vehiclectl get --help'"},
-        {"vehiclectl doctor now", 2, "'now' is not expected here; see 'vehiclectl doctor --help'"},
+        {"vehiclectl status now", 2, "'now' is not expected here; see 'vehiclectl status --help'"},
         {"vehiclectl watch --duration", 2, "--duration needs a value; see 'vehiclectl watch --help'"},
         {"vehiclectl watch --count 1.5", 2,
          "--count: '1.5' is no whole number; expected a whole number from 1 to 1000000000; see 'vehiclectl watch "

@@ -181,6 +181,16 @@ TEST_F(Vehiclectl, ExaminesTheService) {
                                      std::string("REVERSE_VIDEO 0"), std::string("released"), std::string("level 3")}) {
         EXPECT_NE(doctor.output.find(found), std::string::npos) << doctor.output;
     }
+    EXPECT_EQ(desk.run("vehiclectl doctor ESP_FD2_VehSpd").exitCode, 0);
+    const auto mixed = desk.run("vehiclectl doctor ESP_FD2_VehSpd 0x12345678");
+    EXPECT_EQ(mixed.exitCode, 1);
+    EXPECT_NE(mixed.output.find("no property has the identifier 0x12345678"), std::string::npos) << mixed.output;
+    EXPECT_EQ(mixed.output.find("nothing that it can receive"), std::string::npos) << mixed.output;
+    const auto deaf = desk.run("vehiclectl doctor HUT6_CarMdlDispCmd ESP_FD2_VehSpeed");
+    for (const char* const found : {"HUT6_CarMdlDispCmd can only be set", "did you mean ESP_FD2_VehSpd",
+                                    "a client of these subscribes nothing that it can receive"}) {
+        EXPECT_NE(deaf.output.find(found), std::string::npos) << deaf.output;
+    }
     // A look of a second is too short for a machine that has something else to do meanwhile.
     const auto look = [&](const std::string& command, const std::string& finds) {
         Desk::Result result = desk.run(command);

@@ -76,7 +76,11 @@ int hzCommand(const MeasureOptions& options, const StopSignals& stop, Output& ou
 /// Whether the CAN service is there, and what comes from it. kTimedOut when it is not.
 int statusCommand(const MeasureOptions& options, const StopSignals& stop, Output& output);
 
+struct DoctorOptions {
+    std::vector<std::string> properties;  ///< that an application subscribes
+};
+
 /// What an application needs here before it sees a value, each with its remedy. kFailed when something is missing.
-int doctorCommand(Output& output);
+int doctorCommand(const DoctorOptions& options, Output& output);
 
 }  // namespace qvn::tools

@@ -1,8 +1,12 @@
+#include <algorithm>
 #include <cstdlib>
+#include <iterator>
 
+#include "desk/BadInput.h"
 #include "desk/DeskPlatform.h"
 #include "desk/ExitCode.h"
 #include "desk/Number.h"
+#include "desk/PropertyNames.h"
 #include "desk/Text.h"
 #include "gpioport/gpioport_client.h"
 #include "ipc_common_soc/ReverseLine.h"
@@ -52,13 +56,39 @@ Finding examineLog() {
     return {Finding::Good, "log", text + (level ? "" : " (QVN_LOG_LEVEL is not set)"), ""};
 }
 
+/// Whether a client that subscribes this property ever hears of it. The client itself says nothing when it does not.
+Finding examineSubscription(const std::string& name) {
+    try {
+        const PropertyInfo& property = propertyNamed(name);
+        if (property.received.empty()) {
+            return {Finding::Wrong, "subscription", property.name + " can only be set; the vehicle never reports it",
+                    "subscribe the property that reports the effect"};
+        }
+        return {Finding::Good, "subscription", property.name + " " + hexText(property.id), ""};
+    } catch (const BadInput& error) {
+        return {Finding::Wrong, "subscription", error.what(),
+                "take the names of <vehicle/PropertyIds.h>: a wrong one does not compile"};
+    }
+}
+
+void examineSubscriptions(const std::vector<std::string>& names, std::vector<Finding>& findings) {
+    const auto first = static_cast<std::ptrdiff_t>(findings.size());
+    std::transform(names.begin(), names.end(), std::back_inserter(findings), examineSubscription);
+    const auto isWrong = [](const Finding& finding) { return finding.state == Finding::Wrong; };
+    if (!names.empty() && std::all_of(findings.begin() + first, findings.end(), isWrong)) {
+        findings.push_back({Finding::Wrong, "subscription", "a client of these subscribes nothing that it can receive",
+                            "'vehiclectl list' shows what the vehicle reports as 'get'"});
+    }
+}
+
 }  // namespace
 
-int doctorCommand(Output& output) {
+int doctorCommand(const DoctorOptions& options, Output& output) {
     std::vector<Finding> findings = examineDesk(wire::kServiceName);
     findings.push_back(examineVariant());
     findings.push_back(examineReverseLine());
     findings.push_back(examineLog());
+    examineSubscriptions(options.properties, findings);
     bool healthy = true;
     for (const Finding& finding : findings) {
         const bool good = finding.state == Finding::Good;

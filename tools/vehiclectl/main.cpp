@@ -41,6 +41,7 @@ struct Options {
     RecordOptions record;
     MeasureOptions hz;
     MeasureOptions status;
+    DoctorOptions doctor;
     std::vector<std::string> notes;
     std::vector<std::string> databases;
     Command command;
@@ -115,10 +116,11 @@ void declareCommands(CommandLine& line, Options& options) {
             [&](const auto& stop, Output& output) { return statusCommand(options.status, stop, output); });
     addMeasuring(status, options.status);
 
-    line.command("doctor", "Look for what keeps an application from seeing values here", [&] {
+    CommandLine doctor = line.command("doctor", "Look for what keeps an application from seeing values here", [&] {
         options.showsLog = true;
-        options.command = [](const auto&, Output& output) { return doctorCommand(output); };
+        options.command = [&](const auto&, Output& output) { return doctorCommand(options.doctor, output); };
     });
+    doctor.option("[PROPERTY]", options.doctor.properties, "What the application subscribes: is it ever reported?");
 }
 
 void declare(CommandLine& line, Options& options) {
