@@ -26,6 +26,7 @@
 #include "support/HostDir.h"
 #include "support/Journal.h"
 #include "support/Resources.h"
+#include "support/Scale.h"
 
 std::atomic<bool> refuseThreads{false};
 
@@ -495,6 +496,24 @@ TEST_F(FdbusTest, LargePayloadsAndBlockedReceivers) {
     }
     client.release.set_value();
     EXPECT_TRUE(expected == client.values(expected.size()));
+}
+
+TEST_F(FdbusTest, TheMemoryOfLargeFramesIsGivenBack) {
+    if (qvn::test::kSanitized) {
+        GTEST_SKIP() << "a sanitizer keeps what is freed";
+    }
+    Server server(&serverWorker, kUrl);
+    Client client(&clientWorker, {{1, nullptr}});
+    client.values(1);
+    const long before = qvn::test::residentKibibytes();
+    for (size_t i = 1; i <= 3; ++i) {
+        server.tell(1, std::string(15 * kLarge.size(), 'x'));
+        client.values(2);
+        client.broadcasts.clear();
+        server.tell(1, "small");
+        client.values(1);
+    }
+    EXPECT_LT(qvn::test::residentKibibytes(), before + 8 * 1024);
 }
 
 // A job that waits for what it has sent to arrive stands for an application's callback that takes long.

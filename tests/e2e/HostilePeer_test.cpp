@@ -16,8 +16,13 @@ constexpr unsigned kUnknownCode = 0x7FFFFFFF;
 constexpr unsigned kSmallMessage = 0x01170000;  // ECM_PT7, of one signal
 constexpr unsigned kLargeMessage = 0x02980000;  // HAP_FD3, of 55
 
+constexpr long kLittleKibibytes = 8 * 1024;
+
 const std::string kMebibyte(1 << 20, '\x01');
 const std::string kMebibyteValue = std::string("\x0A\x80\x80\x40") + kMebibyte;  // a raw_value of that length
+
+const std::string kHugeSignal =
+    frame(kBroadcast, kByteCode, std::string("\x0A\x80\x80\xC0\x07") + std::string(15 << 20, '\x01'));
 
 std::string byteSignal(int value) {
     return frame(kBroadcast, kByteCode, {'\x0A', '\x01', static_cast<char>(value)});
@@ -69,6 +74,11 @@ TEST_F(HostilePeer, AServiceThatSendsRubbishDoesNotStopAClient) {
     ASSERT_GT(poll(fds, 2, kDeadlineSeconds * 1000), 0);
     if (fds[1].revents != 0) {
         std::swap(client, link);
+    }
+    const long usual = watch->kibibytes();
+    ASSERT_TRUE(client.write(kHugeSignal) && showsTheNext(client));
+    if (!test::kSanitized) {
+        EXPECT_LT(watch->kibibytes(), usual + kLittleKibibytes) << "the memory of a huge signal is given back";
     }
     for (const Misdeed& misdeed : kMisdeeds) {
         SCOPED_TRACE(misdeed.what);

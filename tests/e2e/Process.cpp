@@ -139,11 +139,11 @@ std::optional<int> Process::wait() {
     return waitUntil([this] { return exitCode_.has_value(); }) ? exitCode_ : std::nullopt;
 }
 
-long Process::peakKibibytes() const {
+long Process::memory(const std::string& field) const {
     std::ifstream status("/proc/" + std::to_string(pid_) + "/status");
     long kibibytes = 0;
     for (std::string word; status >> word;) {
-        if (word == "VmHWM:") {
+        if (word == field) {
             status >> kibibytes;
         }
     }

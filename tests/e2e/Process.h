@@ -45,10 +45,12 @@ public:
     /// Waits for its end: the exit code, or minus the number of the signal that ended it. Nothing when it goes on.
     std::optional<int> wait();
 
-    /// The most memory that it has had so far.
-    long peakKibibytes() const;
+    /// The most memory that it has had so far, and what it has now.
+    long peakKibibytes() const { return memory("VmHWM:"); }
+    long kibibytes() const { return memory("VmRSS:"); }
 
 private:
+    long memory(const std::string& field) const;
     void collect(int output, int errors, int end);
     void take(int& fd, std::string& text);
     bool waitUntil(const std::function<bool()>& condition);

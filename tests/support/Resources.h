@@ -1,12 +1,15 @@
 #pragma once
 
 #include <gtest/gtest.h>
+#include <malloc.h>
 #include <sys/resource.h>
 #include <time.h>
+#include <unistd.h>
 
 #include <chrono>
 #include <cstddef>
 #include <filesystem>
+#include <fstream>
 #include <functional>
 #include <string>
 #include <thread>
@@ -16,6 +19,15 @@ namespace qvn::test {
 inline std::size_t openDescriptors() {
     const std::filesystem::directory_iterator all("/proc/self/fd");
     return static_cast<std::size_t>(std::distance(begin(all), end(all)));
+}
+
+/// The memory that the process has, when what it has freed is given back.
+inline long residentKibibytes() {
+    malloc_trim(0);
+    std::ifstream pages("/proc/self/statm");
+    long all = 0, resident = 0;
+    pages >> all >> resident;
+    return resident * ::sysconf(_SC_PAGESIZE) / 1024;
 }
 
 /// While it lives, the process gets no descriptor beyond those that it has.
