@@ -123,6 +123,11 @@ TEST(TestVehicle, AMessageTimesOutAndRecovers) {
     vehicle.settle();
     EXPECT_EQ(States{VEHICLE_PROPERTY_STATUS_AVAILABLE}, Application::takeStates());
     EXPECT_EQ(Values{3}, Application::takeValues()) << "repeated";
+    vehicle.serviceDown();
+    vehicle.timeOut("HAP_FD3");
+    vehicle.serviceUp();
+    vehicle.settle();
+    EXPECT_EQ(States{VEHICLE_PROPERTY_STATUS_TIMEOUT}, Application::takeStates()) << "kept while there was no service";
 }
 
 TEST(TestVehicle, TheReverseLineIsHeardUntilTheServiceIsReached) {
