@@ -1,7 +1,5 @@
 #include "vehicle_testing/TestVehicle.h"
 
-#include <vehicle/VehicleClient.h>
-
 #include <atomic>
 #include <cerrno>
 #include <cstdlib>
@@ -25,17 +23,6 @@
 
 namespace qvn::testing {
 namespace {
-
-using platform::vehicle::VehicleClient;
-
-bool applicationHasClient();
-
-/// Only getInstance() tells, and would make one. An explicit instantiation may name a private member.
-template <std::atomic<VehicleClient*>* kInstance>
-struct Singleton {
-    friend bool applicationHasClient() { return *kInstance != nullptr; }
-};
-template struct Singleton<&VehicleClient::mVehicleClient>;
 
 using Clock = std::chrono::steady_clock;
 using tools::NameKind;
@@ -136,7 +123,7 @@ public:
 
     void serviceUp() {
         mService.goUp();
-        if (applicationHasClient()) {
+        if (mHadClient) {
             awaitClient(Wait(kServicePatience));
         }
     }
@@ -144,6 +131,7 @@ public:
     void serviceDown() {
         if (mService.isUp()) {
             awaitCallbacks(Wait(kServicePatience));
+            mHadClient = mHadClient || mService.waitForClient(Clock::now());
             mService.goDown();
         }
     }
@@ -186,6 +174,7 @@ private:
     RuntimeDir mDirectory;
     TestService mService;
     std::atomic<bool> mLineMoved{false};  // since the last settle()
+    bool mHadClient = false;              // when the service last went down
     std::optional<Watchdog> mWatchdog;
 };
 

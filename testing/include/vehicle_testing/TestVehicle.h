@@ -77,9 +77,8 @@ public:
     /// while it is down are kept, and sent when it is up.
     /// @throws std::runtime_error when a callback has not returned after 10 s
     void serviceDown();
-    /// Where the application has called VehicleClient::getInstance() by now, waits until that client is connected, so
-    /// that nothing that is set from now on is lost.
-    /// @throws std::runtime_error when it is not connected after 10 s
+    /// Where a client was connected before, waits until one is again, so that nothing that is set from now on is lost.
+    /// @throws std::runtime_error when none is after 10 s
     void serviceUp();
 
     /// Waits until the application's callbacks have returned for everything that was put in before, and what they, or
