@@ -173,11 +173,46 @@ TEST(Simulation, ASeekTellsOnlyTheDifference) {
     bench.simulation.seek(0.0);
     EXPECT_EQ(bench.told(), "0 EPB1_EPBSts=00; 0 HAP_FD1=ok; 0 reverse=0; ");
 
+    bench.say("DCT5_TGS_LEVER!freeze");
+    bench.say("DCT5_TGS_LEVER=5");
+    bench.told();
+    bench.simulation.seek(0.0);
+    EXPECT_EQ(bench.told(), "0 DCT5_TGS_LEVER=05; ") << "what was frozen shows its latest value";
+
     Bench none(1.0, false);
     none.start(traceOf("(0) EPB1_EPBSts!freeze\n(1) EPB1_EPBSts=1\n"), false, 1.0);
     EXPECT_EQ(none.told(), "1 EPB1_EPBSts=01; 1 service=up; ");
     none.simulation.seek(0.5);
     EXPECT_EQ(none.seen("EPB1_EPBSts"), "-");
+}
+
+TEST(Simulation, WhatGoesOnGoesOnAsItShould) {
+    const std::pair<const char*, const char*> cases[] = {
+        {"(0) S=1 every 1 for 2.5\n", "0 S=01; 1 S=01; 2 S=01; 7 EPB1=lost; "},
+        {"(0) S=1 every 1 for 2\n(1.5) S=2\n", "0 S=01; 1 S=01; 1.5 S=02; 6.5 EPB1=lost; "},
+        {"(0) S=ramp 0..2 every 2 for 3\n(7) S!stop\n", "0 S=00; 2 S=01; 4 S=02; 6 S=02; "},
+        {"(0) S=step 1,2 every 1 for 2\n", "0 S=01; 1 S=02; 2 S=01; 7 EPB1=lost; "},
+        {"(0) S=step 1,2 every 2 for 4\n(1) S=5\n", "0 S=01; 1 S=05; 2 S=05; 4 S=05; 6 S=05; 8 S=05; "},
+        {"(0) S!delay 2\n(0) S=1\n(1) S!delay 0\n(1) S=2\n(3) S=3\n", "2 S=01; 2 S=02; 3 S=03; "},
+        {"(0) EPB1!delay 2\n(0) S!delay 1\n(0) S=1\n(1) EPB1!delay 0\n(2) S=2\n", "2 S=01; 3 S=02; "},
+        {"(0) S=1\n(1) S!freeze\n(2) S=2\n(3) S!thaw\n(4) S=3\n", "0 S=01; 2 S=01; 3 S=02; 4 S=03; "},
+        {"(0) S=1\n(1) EPB1!timeout\n(2) S=2\n(3) EPB1!ok\n", "0 S=01; 1 EPB1=lost; 2 S=02; 3 EPB1=ok; "},
+        {"(0) S=1 every 1\n(1.5) EPB1!silence\n(8.5) EPB1!ok\n", "0 S=01; 1 S=01; 6 EPB1=lost; 8.5 EPB1=ok; 9 S=01; "},
+        {"(0) S=1 every 1 for 1\n(6) S=2\n(7) EPB1!ok\n", "0 S=01; 5 EPB1=lost; 6 EPB1=ok; 6 S=02; 7 EPB1=ok; "},
+    };
+    const auto replaced = [](std::string text, const std::string& what, const std::string& by) {
+        for (std::size_t at = 0; (at = text.find(what, at)) != std::string::npos; at += by.size()) {
+            text.replace(at, what.size(), by);
+        }
+        return text;
+    };
+    for (const auto& [text, told] : cases) {
+        Bench bench;
+        bench.start(traceOf(replaced(text, " S", " EPB1_EPBSts") + "(10) service=down\n"));
+        bench.told();
+        bench.pass(9.5);
+        EXPECT_EQ(replaced(bench.told(), "EPB1_EPBSts", "S"), told) << text;
+    }
 }
 
 /// An action of some kind on one of few signals, so that they meet.
