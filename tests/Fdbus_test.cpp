@@ -513,7 +513,7 @@ TEST_F(FdbusTest, TheMemoryOfLargeFramesIsGivenBack) {
         server.tell(1, "small");
         client.values(1);
     }
-    EXPECT_LT(qvn::test::residentKibibytes(), before + 8 * 1024);
+    EXPECT_LT(qvn::test::residentKibibytes(), before + 8192);
 }
 
 // A job that waits for what it has sent to arrive stands for an application's callback that takes long.

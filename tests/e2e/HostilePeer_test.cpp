@@ -16,7 +16,7 @@ constexpr unsigned kUnknownCode = 0x7FFFFFFF;
 constexpr unsigned kSmallMessage = 0x01170000;  // ECM_PT7, of one signal
 constexpr unsigned kLargeMessage = 0x02980000;  // HAP_FD3, of 55
 
-constexpr long kLittleKibibytes = 8 * 1024;
+constexpr long kLittleKibibytes = 8192;
 
 const std::string kMebibyte(1 << 20, '\x01');
 const std::string kMebibyteValue = std::string("\x0A\x80\x80\x40") + kMebibyte;  // a raw_value of that length
