@@ -13,7 +13,7 @@ TEST(Completion, AddsWhatIsCertainAndKnowsWhatIsPossible) {
     } cases[] = {
         {"see", "k", 1},
         {"show EPB1_EP", "BSts", 1},
-        {"show see", "", 0},
+        {"show sh", "", 0},
         {"reverse=", "", 2},
         {"(1.0) service=d", "own", 1},
         {"DCT5_TGS_LEVER=", "", 6},
