@@ -9,9 +9,17 @@
 namespace qvn::dbc {
 namespace {
 
-Database read(const std::string& text) {
+Database read(const std::string& text, const Wanted& wanted) {
     std::istringstream input(text);
-    return readDatabase(input, "a.dbc");
+    return readDatabase(input, "a.dbc", wanted);
+}
+
+bool isAny(const std::string&) {
+    return true;
+}
+
+Database read(const std::string& text) {
+    return read(text, &isAny);
 }
 
 /// One standard message of 8 bytes with these signals.
@@ -19,9 +27,9 @@ Message withSignals(const std::string& signals) {
     return read("BO_ 291 ESP: 8 ECU\n" + signals).messages.at(0);
 }
 
-std::string errorIn(const std::string& text) {
+std::string errorIn(const std::string& text, const Wanted& wanted) {
     try {
-        read(text);
+        read(text, wanted);
     } catch (const SyntaxError& error) {
         return error.what();
     }
@@ -30,7 +38,7 @@ std::string errorIn(const std::string& text) {
 
 const char kWholeFile[] =
     "\xEF\xBB\xBFVERSION \"a \\\"quoted\\\" one\"\r\n\r\n"
-    "NS_ :\n\tNS_DESC_\n\tCM_\n\tBA_DEF_\n\tVAL_\n\tBO_TX_BU_\n\n"
+    "// \"BO_ 1 of a remark\nNS_ :\n\tNS_DESC_ // what it may have\n\tBA_\n\tCM_\n\tBA_DEF_\n\tVAL_\n\tBO_TX_BU_\n\n"
     "BS_:\n\n"
     "BU_: ESP\n HUT\n"
     "VAL_TABLE_ OnOff 1 \"on\" 0 \"off\" ;\n\n"
@@ -40,28 +48,34 @@ const char kWholeFile[] =
     " SG_ Temperature : 24|8@1- (5E-1,-40) [-1.04E+2|23.5] \"\xB0"
     "C\" Vector__XXX\n\n"
     "BO_ 2566844693 Status: 64 HUT\n SG_ Ratio : 0|32@1- (1,0) [0|0] \"\" ESP\n\n"
+    "BO_ 292 Unsteady: 8 ESP\n SG_ Wide : 0|64@1+ (1,0) [0|0] \"\" HUT//CAM\n\n"
     "BO_ 3221225472 VECTOR__INDEPENDENT_SIG_MSG: 0 Vector__XXX\n SG_ Loose : 0|8@1+ (1,0) [0|0] \"\" Vector__XXX\n\n"
     "BO_TX_BU_ 291 : ESP,HUT;\n"
     "SIG_GROUP_ 291 Group 1 : Speed Valid;\n"
     "CM_ \"a text;\nBO_ 1 of\nseveral lines\";\n"
-    "CM_ BU_ ESP \"brakes\";\nCM_ BO_ 291 \"of the brakes\";\nCM_ SG_ 291 Speed \"over \\\"ground\\\"\";\n"
+    "CM_ BU_ ESP \"C:\\brakes\\\" ; \nCM_ \"\\\";\n// a remark\nCM_ \"ends with \\\";\" ;\nCM_ BO_ 291 \"of the "
+    "brakes\";\nCM_ SG_ 291 Speed \"over \\\"ground\\\"\";\n"
     "BA_DEF_ BO_  \"GenMsgCycleTime\" INT 0 65535;\n"
     "BA_DEF_ \"Kind\" ENUM \"a;\",\"b\";\n"
     "BA_DEF_DEF_  \"Kind\" \"b\";\n"
     "BA_DEF_DEF_  \"GenMsgCycleTime\" 100;\n"
     "BA_ \"Kind\" 0;\n"
     "BA_ \"GenMsgCycleTime\" BO_ 291 20;\n"
+    "BA_ \"GenMsgCycleTime\" BO_ 292 0;  // whenever it likes\n"
     "BA_ \"SystemSignalLongSymbol\" SG_ 2566844693 Ratio \"Ratio_by_its_long_name\";\n"
     "BA_ \"GenMsgCycleTime\" BO_ 999 20;\n"
     "VAL_ Ignition 0 \"off\" ;\n"
     "VAL_ 291 Temperature -1 \"invalid\" 5 \"five\" ;\n"
     "VAL_ 291 Valid OnOff ;\n"
     "VAL_ 291 Gone 0 \"x\" ;\n"
+    "VAL_ 292 Wide 18446744073709551615 \"invalid\" ;\n"
     "SIG_VALTYPE_ 2566844693 Ratio : 1;";
 
 TEST(Dbc, ReadsMessagesAndSignalsAndPassesOverTheRest) {
-    const auto messages = read(kWholeFile).messages;
-    ASSERT_EQ(messages.size(), 2U);
+    const Database database = read(kWholeFile);
+    EXPECT_EQ(database.leftOut, std::vector<std::string>());
+    const auto& messages = database.messages;
+    ASSERT_EQ(messages.size(), 3U);
     const Message& standard = messages[0];
     EXPECT_EQ(standard.id, 291U);
     EXPECT_FALSE(standard.extended);
@@ -91,6 +105,57 @@ TEST(Dbc, ReadsMessagesAndSignalsAndPassesOverTheRest) {
     EXPECT_EQ(extended.cycleTime, 0.1) << "the default";
     EXPECT_EQ(extended.signals.at(0).type, ValueType::Float);
     EXPECT_EQ(extended.signals[0].name, "Ratio_by_its_long_name");
+    EXPECT_EQ(messages[2].cycleTime, std::nullopt) << "0 is not the default";
+    EXPECT_EQ(messages[2].signals.at(0).values, (std::map<std::int64_t, std::string>{{-1, "invalid"}}));
+}
+
+TEST(Dbc, LeavesOutWhatIsWrongUnlessItConcernsAWantedSignal) {
+    const std::string before =
+        "BO_ 291 ESP: 8 ECU\n SG_ Speed : 7|16@0+ (1,0) [0|9] \"\" X\n SG_ Page M : 16|8@1+ (1,0) [0|0] \"\" X\n"
+        " SG_ Odd m1 : 24|8@1+ (1,0) [0|0] \"\" X\n";
+    const std::string after = "BO_ 300 Last: 8 ECU\n SG_ Last : 0|8@1+ (1,0) [0|9] \"\" X\n";
+    const std::string rest = " (1,0) [0|0] \"\" X\n";
+    const struct {
+        std::string text;
+        const char* error;
+        const char* concerned = "Odd";
+    } cases[] = {
+        {" SG_ Odd2 : 0|1600@1+" + rest,
+         "5: expected a number of bits from 1 to 64 instead of '1600' in the signal BO_ 291 Odd2", "Odd2"},
+        {" SG_ Odd : 0|8@1+" + rest,
+         "5: expected a name that no other signal of the message has instead of 'Odd' in the message BO_ 291"},
+        {"BO_ 292 Other 8\n SG_ Some : 0|8@1+" + rest + " SG_ Odd : 0|8@1+" + rest,
+         "5: expected ':' instead of '8' in the message BO_ 292"},
+        {"BO_ 292 Cut: eight\n SG_ Short : 0|8@1+" + rest + "BA_ \"SystemSignalLongSymbol\" SG_ 292 Short \"Odd\";\n",
+         "5: expected a number of bytes instead of 'eight' in the message BO_ 292"},
+        {"BO_ 291 Twin: 8 ECU\n SG_ Odd : 0|8@1+" + rest, "5: there are two messages BO_ 291; expected one"},
+        {"BO_ 292 Pages: 8 ECU\n SG_ Plain : 0|8@1+" + rest + " SG_ Odd m1 : 0|8@1+" + rest,
+         "5: the message Pages has multiplexed signals such as Odd; expected a signal with M that selects them"},
+        {"BO_ 292 Pages: 8 ECU\n SG_ Odd m1 : 0|8@1+" + rest + " SG_ Page M : 0|8@2+" + rest,
+         "7: expected a byte order, 0 or 1 instead of '2' in the signal BO_ 292 Page"},
+        {"BA_ \"GenMsgCycleTime\" BO_ 291 -5;\n",
+         "5: expected a cycle time in milliseconds instead of '-5' in the section BA_"},
+        {"VAL_ 291 Odd 1 \"on\nthe\nbeam\"\n\n", "7: expected ';' after the text 'on?the?beam' in the section VAL_",
+         ""},
+        {" SG_ Long : 0|64@1+" + rest + "SIG_VALTYPE_ 291 Long : 1;\n",
+         "6: expected the type of a signal of 64 bits instead of '1' in the section SIG_VALTYPE_", "Long"},
+        {"SG_MUL_VAL_ 291 Odd Gone 1-1;\n",
+         "5: expected a signal of the same message instead of 'Gone' in the section SG_MUL_VAL_"},
+        {"SG_MUL_VAL_ 291 Odd Page 1-1\n", "5: expected ';' after '-1' in the section SG_MUL_VAL_", ""},
+        {"VAL_TABLE_ Broken one \"x\" ;\n",
+         "5: expected a whole number or ';' instead of 'one' in the section VAL_TABLE_", ""},
+        {"what is this;\n", "5: expected a keyword such as BO_ instead of 'what' at the beginning of a section", ""},
+    };
+    EXPECT_EQ(read("VAL_TABLE_ Broken one \"x\" ;\n" + before).messages.size(), 1U) << "wrong before the first message";
+    for (const auto& [text, error, concerned] : cases) {
+        const std::string file = before + text + after;
+        const Database database = read(file, [](const std::string& name) { return name == "Last"; });
+        EXPECT_EQ(database.leftOut, std::vector<std::string>{std::string("a.dbc:") + error});
+        EXPECT_EQ(database.messages.back().signals.at(0).name, "Last") << text;
+        EXPECT_EQ(database.messages[0].signals.at(0).name, "Speed") << text;
+        const auto isConcerned = [concerned = concerned](const std::string& name) { return name == concerned; };
+        EXPECT_EQ(errorIn(file, isConcerned), concerned[0] ? std::string("a.dbc:") + error : "accepted") << text;
+    }
 }
 
 TEST(Dbc, DecodesBothByteOrdersAndEveryType) {
@@ -137,15 +202,15 @@ TEST(Dbc, ReadsNothingBeyondThePayload) {
 
 TEST(Dbc, MultiplexedSignalsAreInTheirFramesOnly) {
     const Message message = withSignals(
+        "SG_ B m3M : 8|8@1+ (1,0) [0|0] \"\" X\n"
         "SG_ Page M : 0|8@1+ (1,0) [0|0] \"\" X\n"
         "SG_ A m0 : 8|8@1+ (1,0) [0|0] \"\" X\n"
-        "SG_ B m3M : 8|8@1+ (1,0) [0|0] \"\" X\n"
         "SG_ C m0 : 16|8@1+ (1,0) [0|0] \"\" X\n"
         "SG_ Ring m9M : 16|8@1+ (1,0) [0|0] \"\" X\n"
         "SG_MUL_VAL_ 291 C B 1-2, 7-7;\nSG_MUL_VAL_ 291 Ring Ring 0 - 255;\n");
     const std::pair<std::string, const char*> cases[] = {
-        {std::string("\0\0\0", 3), "Page A"},   {std::string("\3\2\0", 3), "Page B C"},
-        {std::string("\3\7\0", 3), "Page B C"}, {std::string("\3\3\0", 3), "Page B"},
+        {std::string("\0\0\0", 3), "Page A"},   {std::string("\3\2\0", 3), "B Page C"},
+        {std::string("\3\7\0", 3), "B Page C"}, {std::string("\3\3\0", 3), "B Page"},
         {std::string("\1\1\0", 3), "Page"},     {"", "Page"},
     };
     for (const auto& [payload, present] : cases) {
@@ -155,73 +220,6 @@ TEST(Dbc, MultiplexedSignalsAreInTheirFramesOnly) {
         }
         EXPECT_EQ(names, present);
     }
-}
-
-TEST(Dbc, LeavesOutWhatIsWrongAboutSignalsThatNobodyWants) {
-    const std::string text =
-        "// written by hand\n"
-        "BO_ 1 Good: 8 X // the first\n SG_ Speed : 0|8@1+ (1,0) [0|1] \"\" X\n"
-        " SG_ Huge : 0|1600@1+ (1,0) [0|1] \"\" X\n SG_ Bare m : 0|8@1+ (1,0) [0|1] \"\" X\n"
-        " SG_ Last : 8|8@1+ (1,0) [0|1] \"\" X\n"
-        "BO_ 5000 FarId: 8 X\n SG_ A : 0|8@1+ (1,0) [0|1] \"\" X\n SG_ B : 0|8@1+ (1,0) [0|1] \"\" X\n"
-        "BO_ 6000 FarToo: 8 X\n"
-        "BO_ 1 Twice: 8 X\n SG_ Again : 0|8@1+ (1,0) [0|1] \"\" X\n"
-        "BO_ 2 NoRoot: 8 X\n SG_ Part m1 : 0|8@1+ (1,0) [0|1] \"\" X\n SG_ Whole : 0|8@1+ (1,0) [0|1] \"\" X\n"
-        "CM_ \"C:\\path\\\";\n"
-        "VAL_ 1 Last 0 \"zero\" one ;\n"
-        "VAL_ 2 Whole 18446744073709551615 \"most\" 1 \"one\"\n"
-        "BA_ \"GenMsgCycleTime\" BO_ 1 20;\n";
-    const auto read = [&text](const std::string& wanted) {
-        std::istringstream input(text);
-        return readDatabase(input, "a.dbc", [wanted](std::string_view name) { return name == wanted; });
-    };
-    const Database database = read("Speed");
-    std::string names;
-    for (const Message& message : database.messages) {
-        names += message.name + ":";
-        for (const Signal& signal : message.signals) {
-            names += " " + signal.name;
-        }
-        names += "\n";
-    }
-    EXPECT_EQ(names, "Good: Speed Last\nNoRoot: Whole\n");
-    EXPECT_EQ(database.messages[0].cycleTime, 0.02);
-    EXPECT_EQ(database.messages[1].signals[0].values, (std::map<std::int64_t, std::string>{{-1, "most"}, {1, "one"}}));
-    std::string leftOut;
-    for (const std::string& line : database.leftOut) {
-        leftOut += line + "\n";
-    }
-    for (const char* const line :
-         {"a.dbc:4: expected a number of bits from 1 to 64 instead of '1600' in the signal BO_ 1 Huge; left out\n",
-          "a.dbc:5: expected ':', M, or m with a number instead of 'm' in the signal BO_ 1 Bare; left out\n",
-          "a.dbc:7: expected an id up to 2047, or an extended one with bit 31 instead of '5000' in the message BO_ "
-          "5000; "
-          "left out, as are 1 more like it\n",
-          "a.dbc:11: there are two messages BO_ 1; expected one; left out\n",
-          "a.dbc:13: the message NoRoot has multiplexed signals such as Part; expected a signal with M that selects "
-          "them; left out\n",
-          "a.dbc:17: expected a whole number instead of 'one' in the section VAL_; left out\n",
-          "a.dbc:18: expected ';' at the end of the section; left out\n"}) {
-        EXPECT_NE(leftOut.find(line), std::string::npos) << line << leftOut;
-    }
-    for (const char* const wanted : {"Huge", "Bare", "B", "Again", "Part", "Last"}) {
-        EXPECT_THROW(read(wanted), SyntaxError) << wanted;
-    }
-}
-
-TEST(Dbc, TakesTheRootOfMultiplexingWhereverItStands) {
-    const Message message =
-        withSignals("SG_ B m3M : 8|8@1+ (1,0) [0|0] \"\" X\nSG_ Page M : 0|8@1+ (1,0) [0|0] \"\" X\n");
-    EXPECT_EQ(message.signals[0].selection->multiplexor, 1U);
-    EXPECT_FALSE(message.signals[1].selection);
-}
-
-TEST(Dbc, ACycleTimeOfZeroIsNone) {
-    const auto messages =
-        read("BO_ 1 A: 8 X\nBO_ 2 B: 8 X\nBA_DEF_DEF_ \"GenMsgCycleTime\" 100;\nBA_ \"GenMsgCycleTime\" BO_ 1 0;\n")
-            .messages;
-    EXPECT_EQ(messages.at(0).cycleTime, std::nullopt);
-    EXPECT_EQ(messages.at(1).cycleTime, 0.1);
 }
 
 TEST(Dbc, NamesTheLineAndTheWordThatIsWrong) {
@@ -237,30 +235,19 @@ TEST(Dbc, NamesTheLineAndTheWordThatIsWrong) {
          "2: expected ':', M, or m with a number instead of 'n' in the signal BO_ 291 Speed"},
         {message + " SG_ Speed : 7|8@1+ (1,0) [0|1] X",
          "2: expected a text in '\"' instead of 'X' in the signal BO_ 291 Speed"},
-        {message + " SG_ A m1 : 0|8@1+ (1,0) [0|1] \"\" X",
-         "1: the message ESP has multiplexed signals such as A; expected a signal with M that selects them"},
-        {message + " SG_ A : 0|8@1+ (1,0) [0|1] \"\" X\n SG_ A :",
-         "3: expected a name that no other signal of the message has instead of 'A' in the message BO_ 291"},
-        {message + message + " SG_ A : 0|8@1+ (1,0) [0|1] \"\" X", "2: there are two messages BO_ 291; expected one"},
-        {"BO_ 5000 ESP: 8 ECU\n SG_ A",
+        {"BO_ 5000 ESP: 8 ECU",
          "1: expected an id up to 2047, or an extended one with bit 31 instead of '5000' in the message BO_ 5000"},
-        {message + " SG_ A",
-         "2: expected ':', M, or m with a number instead of the end of the file in the signal BO_ 291 A"},
-        {"BO_ 291 ESP 8\n SG_ A", "1: expected ':' instead of '8' in the message BO_ 291"},
+        {message + " SG_ A", "2: expected ':', M, or m with a number after 'A' in the signal BO_ 291 A"},
+        {"// a remark\nBO_ 291 ESP 8", "2: expected ':' instead of '8' in the message BO_ 291"},
+        {"BO_ 291", "1: expected a name after '291' in the message BO_ 291"},
         {"\nSG_ Speed", "2: expected a message BO_ before its signals instead of 'Speed' in the section SG_"},
         {"CM_ \"\n\n\";\nCM_ \"\n;", "4: the text that begins here has no end; expected another '\"'"},
-        {"BA_ \"GenMsgCycleTime\" BO_ 291 -5;",
-         "1: expected a cycle time in milliseconds instead of '-5' in the section BA_"},
-        {message + " SG_ A : 0|16@1+ (1,0) [0|1] \"\" X\nSIG_VALTYPE_ 291 A : 1;",
-         "3: expected the type of a signal of 16 bits instead of '1' in the section SIG_VALTYPE_"},
-        {message + " SG_ A : 0|64@1+ (1,0) [0|1] \"\" X\nSIG_VALTYPE_ 291 A : 1;",
-         "3: expected the type of a signal of 64 bits instead of '1' in the section SIG_VALTYPE_"},
         {"\x7F"
          "ELF",
          "1: expected a keyword such as BO_ instead of '?ELF' at the beginning of a section"},
     };
     for (const auto& [text, error] : cases) {
-        EXPECT_EQ(errorIn(text), std::string("a.dbc:") + error);
+        EXPECT_EQ(errorIn(text, &isAny), std::string("a.dbc:") + error);
     }
 }
 

@@ -66,7 +66,7 @@ TEST(SignalNotes, ComeFromASignalDatabaseToo) {
     trunk.name = "BCM1_TrunkSts";
     trunk.unit = "\xB0";
     trunk.factor = 0.5;
-    trunk.values = {{0, "closed"}, {1, "half"}, {2, "Not available"}, {4, "2nd"}};
+    trunk.values = {{-2, "never"}, {0, "closed"}, {1, "half"}, {2, "Not available"}, {4, "2nd"}};
     dbc::Signal speed;
     speed.name = "QVN_GET_ESP_FD2_VehSpd";
     speed.unit = "m/s\xC2\xB2 \xE2";
@@ -76,6 +76,7 @@ TEST(SignalNotes, ComeFromASignalDatabaseToo) {
     const std::uint32_t code = findCode(NameKind::Received, "BCM1_TrunkSts");
     EXPECT_EQ(valueWithNote(code, 0) + ", " + valueWithNote(code, 1) + ", " + valueWithNote(code, 2),
               "0 deg closed, 1 deg Not_available, 2 deg _2nd");
+    EXPECT_EQ(valueName(code, -1), "") << "of an unsigned signal";
     EXPECT_EQ(SignalNotes::instance().of(code).range, std::nullopt) << "[0|0] is none";
     EXPECT_EQ(valueWithNote(findCode(NameKind::Received, "ESP_FD2_VehSpd"), 1), "1 m/s^2 ?");
 }

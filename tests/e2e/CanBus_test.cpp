@@ -30,6 +30,23 @@ TEST_F(CanBus, TheParkingLogPlaysThroughToItsEnd) {
     EXPECT_TRUE(waitForValue(*watch, "HAP_FD1_APS_ProcBar", 100)) << watch->output();
 }
 
+TEST_F(CanBus, WhatIsWrongInADatabaseIsToldOnceUnlessTheSchemaNeedsIt) {
+    const std::string odd = desk.file("odd.dbc",
+                                      "BO_ 1 A: 200 E\n SG_ S : 0|1600@1+ (1,0) [0|0] \"\" X\nBO_ 2 B: eight E\n"
+                                      "BO_ 577 C: 8 E\n SG_ ESP_FD2_VehSpd : 7|16@0+ (1,0) [0|0] \"\xB0/s\" X\n");
+    const std::string warning = odd +
+                                ":2: expected a number of bits from 1 to 64 instead of '1600' in the signal BO_ 1 S; "
+                                "this does not matter to the schema's signals (1 more likewise)\n";
+    const auto played = desk.run("can-service-sim -v --speed 100 --exit-at-end --candump " + kLog + " --dbc " + odd);
+    EXPECT_EQ(played.exitCode, 0) << played.errors;
+    EXPECT_NE(played.output.find(warning), std::string::npos) << played.output;
+    EXPECT_NE(played.output.find("wrong: " + odd + ":3: expected a number of bytes"), std::string::npos);
+    const auto told = desk.run("vehiclectl --dbc " + odd + " info ESP_FD2_VehSpd");
+    EXPECT_EQ(told.exitCode, 0);
+    EXPECT_EQ(told.errors, "vehiclectl: " + warning);
+    EXPECT_NE(told.output.find("deg/s"), std::string::npos) << told.output;
+}
+
 TEST_F(CanBus, BadInputIsToldInOneLine) {
     const std::string none = desk.file("none.dbc", "BO_ 1 A: 8 E\n SG_ S : 0|8@1+ (1,0) [0|0] \"\" X\n");
     const std::string broken = desk.file("broken.dbc", "BO_ 1 A: eight E\n");

@@ -33,13 +33,14 @@ void CanInput::read() {
 
 void CanInput::readDatabase() {
     dbc::Database database = readDatabaseFile(database_);
-    warnings_ = std::move(database.leftOut);
+    warning_ = leftOutText(database);
+    leftOut_ = std::move(database.leftOut);
     addNotes(SignalNotes::instance(), database);
     decoder_ = std::make_unique<CanDecoder>(std::move(database));
     if (decoder_->knownSignals() == 0) {
         throw BadInput(database_ + ": none of its " + std::to_string(decoder_->signals()) +
                        " signals is known to the schema; expected names such as ESP_FD2_VehSpd, --list shows them all" +
-                       (warnings_.empty() ? "" : "; " + warnings_.front()));
+                       (leftOut_.empty() ? "" : "; " + leftOut_.front()));
     }
 }
 
@@ -63,8 +64,11 @@ void CanInput::describe(const Journal& journal) const {
     journal.note(database_ + ": " + std::to_string(decoder_->messages()) + " messages, " +
                  std::to_string(decoder_->signals()) + " signals; " + std::to_string(decoder_->knownSignals()) +
                  " of them known to the schema");
-    for (const std::string& warning : warnings_) {
-        journal.note(warning);
+    if (!warning_.empty()) {
+        journal.note(warning_);
+    }
+    for (const std::string& wrong : leftOut_) {
+        journal.detail("wrong: " + wrong);
     }
     for (const std::string& unknown : decoder_->unknownSignals()) {
         journal.detail("unknown to the schema: " + unknown);

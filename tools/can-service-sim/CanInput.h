@@ -41,7 +41,8 @@ private:
     std::string interface_;
     std::string database_;
     std::unique_ptr<CanDecoder> decoder_;
-    std::vector<std::string> warnings_;
+    std::string warning_;               // of what is wrong in the database
+    std::vector<std::string> leftOut_;  // all of it
     std::vector<TraceEvent> trace_;
     std::size_t framesInLog_ = 0;
     std::size_t framesKnown_ = 0;

@@ -54,7 +54,7 @@ struct Message {
 
 struct Database {
     std::vector<Message> messages;
-    std::vector<std::string> leftOut;  ///< sentences: "NAME:LINE: ..."
+    std::vector<std::string> leftOut;  ///< what is wrong and concerns no wanted signal, by line: "NAME:LINE: ..."
 };
 
 }  // namespace qvn::dbc

@@ -5,9 +5,6 @@
 #include <string>
 #include <utility>
 
-#include "dbc/Reader.h"
-#include "dbc/Sections.h"
-
 namespace qvn::dbc {
 namespace {
 
@@ -53,9 +50,8 @@ void readMultiplexor(Syntax& syntax, Signal& signal) {
     signal.multiplexor = word.back() == 'M';
 }
 
-void readSignal(Syntax& syntax, Message& message, std::uint32_t fileId) {
+void readSignal(Syntax& syntax, const Message& message, std::uint32_t fileId, Signal& signal) {
     const Token name = syntax.peek();
-    Signal signal;
     signal.name = syntax.name("the name of a signal");
     if (findSignal(message, signal.name)) {
         syntax.fail("a name that no other signal of the message has", name);
@@ -78,70 +74,47 @@ void readSignal(Syntax& syntax, Message& message, std::uint32_t fileId) {
     syntax.mark("]");
     signal.unit = syntax.text();
     syntax.skipRestOfLine();
-    message.signals.push_back(std::move(signal));
 }
 
-/// Passes over the rest of a signal; false when the message ends there.
-bool skipSignal(Syntax& syntax) {
-    while (!syntax.atEnd() && !(syntax.peek().startsLine && isSectionBegin(syntax.peek()))) {
-        syntax.take();
-    }
-    return syntax.takeIf("SG_");
+/// Unless a later section says more, this one selects all multiplexed signals.
+bool isRoot(const Signal& signal) {
+    return signal.multiplexor && !signal.selection;
 }
 
-void readSignals(Syntax& syntax, const IsWanted& isWanted, Message& message, std::uint32_t fileId) {
+/// Reads the signals that are right. Returns the place of the fault because of which there is no root, if there is one.
+std::optional<std::size_t> readSignals(Syntax& syntax, Message& message, std::uint32_t fileId,
+                                       std::vector<Fault>& faults) {
     const std::string place = "in the message BO_ " + std::to_string(fileId);
-    for (bool more = syntax.takeIf("SG_"); more;) {
-        const Token name = syntax.peek();
+    std::optional<std::size_t> brokenRoot;
+    while (syntax.takeIf("SG_")) {
+        syntax.enter(place);
+        Signal signal;
         try {
-            syntax.enter(place);
-            readSignal(syntax, message, fileId);
-            more = syntax.takeIf("SG_");
-        } catch (const SyntaxError& error) {
-            if (isWanted(name.text)) {
-                throw;
-            }
-            syntax.leaveOut(error.what());
-            more = skipSignal(syntax);
+            readSignal(syntax, message, fileId, signal);
+            message.signals.push_back(std::move(signal));
+        } catch (const Mistake& mistake) {
+            brokenRoot = isRoot(signal) ? faults.size() : brokenRoot;
+            faults.push_back({mistake, {{fileId, signal.name}}});
+            syntax.skipSection();
         }
     }
+    return brokenRoot;
 }
 
-/// Passes over a message that cannot be used, unless it carries a signal that somebody wants.
-void leaveOutMessage(Syntax& syntax, const IsWanted& isWanted, const SyntaxError& error) {
-    syntax.leaveOut(error.what());
-    while (skipSignal(syntax)) {
-        if (isWanted(syntax.peek().text)) {
-            throw error;
-        }
-    }
-}
-
-/// Unless a later section says more, one multiplexor selects all multiplexed signals.
-void resolveMultiplexing(Syntax& syntax, const IsWanted& isWanted, Message& message, int line) {
-    const auto isRoot = [](const Signal& signal) { return signal.multiplexor && !signal.selection; };
+/// Without a root the multiplexed signals are left out.
+void leaveOutMultiplexed(Message& message, std::uint32_t fileId, Fault& fault) {
     auto& signals = message.signals;
-    if (std::none_of(signals.begin(), signals.end(), isRoot)) {
-        const auto lost = [&](const Signal& signal) {
-            if (!signal.selection) {
-                return false;
-            }
-            const std::string problem = "the message " + shown(message.name) + " has multiplexed signals such as " +
-                                        shown(signal.name) + "; expected a signal with M that selects them";
-            isWanted(signal.name) ? syntax.wrong(line, problem) : syntax.leaveOut(syntax.at(line, problem));
-            return true;
-        };
-        signals.erase(std::remove_if(signals.begin(), signals.end(), lost), signals.end());
+    const auto isPlain = [](const Signal& signal) { return !signal.selection; };
+    const auto multiplexed = std::stable_partition(signals.begin(), signals.end(), isPlain);
+    for (auto signal = multiplexed; signal != signals.end(); ++signal) {
+        fault.signals.emplace_back(fileId, signal->name);
     }
-    const auto root = std::find_if(signals.begin(), signals.end(), isRoot);
-    for (Signal& signal : signals) {
-        if (signal.selection) {
-            signal.selection->multiplexor = static_cast<std::size_t>(root - signals.begin());
-        }
-    }
+    signals.erase(multiplexed, signals.end());
 }
 
-Message readHead(Syntax& syntax, std::uint32_t* fileId) {
+}  // namespace
+
+Message readMessage(Syntax& syntax, std::uint32_t* fileId, std::vector<Fault>& faults) {
     const Token id = syntax.peek();
     *fileId = syntax.whole("the id of a message", kLargestId);
     syntax.enter("in the message BO_ " + std::to_string(*fileId));
@@ -155,22 +128,26 @@ Message readHead(Syntax& syntax, std::uint32_t* fileId) {
     syntax.mark(":");
     message.size = syntax.whole("a number of bytes", kLargestSize);
     syntax.skipRestOfLine();
-    return message;
-}
-
-}  // namespace
-
-std::optional<Message> readMessage(Syntax& syntax, const IsWanted& isWanted, std::uint32_t* fileId) {
-    const int line = syntax.peek().line;
-    Message message;
-    try {
-        message = readHead(syntax, fileId);
-    } catch (const SyntaxError& error) {
-        leaveOutMessage(syntax, isWanted, error);
-        return std::nullopt;
+    const std::optional<std::size_t> brokenRoot = readSignals(syntax, message, *fileId, faults);
+    auto& signals = message.signals;
+    const auto root = std::find_if(signals.begin(), signals.end(), &isRoot);
+    const auto multiplexed =
+        std::find_if(signals.begin(), signals.end(), [](const Signal& signal) { return signal.selection.has_value(); });
+    if (root != signals.end()) {
+        for (Signal& signal : signals) {
+            if (signal.selection) {
+                signal.selection->multiplexor = static_cast<std::size_t>(root - signals.begin());
+            }
+        }
+    } else if (brokenRoot) {
+        leaveOutMultiplexed(message, *fileId, faults[*brokenRoot]);
+    } else if (multiplexed != signals.end()) {
+        faults.push_back(
+            {syntax.mistake(id.line, "the message " + shown(message.name) + " has multiplexed signals such as " +
+                                         shown(multiplexed->name) + "; expected a signal with M that selects them"),
+             {}});
+        leaveOutMultiplexed(message, *fileId, faults.back());
     }
-    readSignals(syntax, isWanted, message, *fileId);
-    resolveMultiplexing(syntax, isWanted, message, line);
     return message;
 }
 

@@ -1,9 +1,10 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
 #include <optional>
-#include <string_view>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "dbc/Database.h"
 #include "dbc/Syntax.h"
@@ -13,13 +14,20 @@ namespace qvn::dbc {
 /// Under this id editors keep the signals that belong to no message.
 constexpr std::uint32_t kNoMessage = 0xC0000000U;
 
-/// Whether a signal of this name matters: what is wrong about it is an error, what is wrong about another is left out.
-using IsWanted = std::function<bool(std::string_view)>;
+/// A signal as a file refers to it: the id of its message as it stands in the file, and its own name.
+using SignalKey = std::pair<std::uint32_t, std::string>;
 
-/// Reads a message after its keyword BO_: what is multiplexed is resolved as far as the message itself tells.
-/// @param fileId the id as it stands in the file, by which other sections refer to the message
-/// @return nothing when the message as a whole is left out
-std::optional<Message> readMessage(Syntax& syntax, const IsWanted& isWanted, std::uint32_t* fileId);
+/// Something that is wrong in a file, and the signals that are not what they should be therefore.
+struct Fault {
+    Mistake mistake;
+    std::vector<SignalKey> signals;
+};
+
+/// Reads a message after its keyword BO_: what is multiplexed is resolved as far as the message itself tells. Signals
+/// that are wrong are left out.
+/// @param fileId the id as it stands in the file
+/// @throws Mistake for what is wrong before the first signal
+Message readMessage(Syntax& syntax, std::uint32_t* fileId, std::vector<Fault>& faults);
 
 /// The place of a signal in the message.
 std::optional<std::size_t> findSignal(const Message& message, std::string_view name);

@@ -7,7 +7,6 @@
 #include <utility>
 
 #include "dbc/MessageReader.h"
-#include "dbc/Sections.h"
 #include "dbc/Syntax.h"
 
 namespace qvn::dbc {
@@ -36,24 +35,25 @@ struct SignalPlace {
 /// Reads the sections one after the other.
 class Reader {
 public:
-    Reader(std::istream& input, const std::string& name, IsWanted isWanted)
-        : syntax_(contentOf(input, name), name), isWanted_(std::move(isWanted)) {}
+    Reader(std::istream& input, const std::string& name) : syntax_(contentOf(input, name), name) {}
 
+    Database read(const Wanted& wanted);
+
+private:
     using Section = void (Reader::*)();
 
     static Section sectionNamed(std::string_view keyword);
-
-    Database read();
-
-private:
     void readSection();
-    void readKnown(Section section);
-    void skip();
+    void leaveOut(const Mistake& mistake);
+    void end();
+    void skip() { syntax_.skipSection(); }
+    std::string fullName(const SignalKey& key) const;
+    void judgeFaults(const Wanted& wanted);
 
     void readNewSymbols();
     void readMessage();
-    void readRubbish();
     void readStraySignal();
+    void concern(std::uint32_t id, const Message& message);
     void readAttribute();
     void readAttributeDefault();
     void readValueTable();
@@ -69,14 +69,15 @@ private:
     Signal& at(const SignalPlace& place) { return database_.messages[place.message].signals[place.signal]; }
 
     Syntax syntax_;
-    const IsWanted isWanted_;
     Database database_;
-    std::string about_;                              // the signal that the section is about, as soon as it is known
     std::map<std::uint32_t, std::size_t> messages_;  // places, by the id as it is in the file
+    std::uint32_t lastMessage_ = 0;                  // its id in the file
     std::map<std::string, ValueNames, std::less<>> valueTables_;
     std::map<std::uint32_t, std::optional<double>> cycleTimes_;
     std::optional<double> defaultCycleTime_;
-    std::vector<std::pair<SignalPlace, std::string>> longNames_;  // known once nothing uses the short ones any more
+    std::map<SignalKey, std::string> longNames_;
+    std::vector<Fault> faults_;
+    std::vector<SignalKey> concerned_;  // by the section that is being read
 };
 
 Reader::Section Reader::sectionNamed(std::string_view keyword) {
@@ -100,56 +101,81 @@ Reader::Section Reader::sectionNamed(std::string_view keyword) {
     return found == kSections.end() ? nullptr : found->second;
 }
 
-Database Reader::read() {
+std::string Reader::fullName(const SignalKey& key) const {
+    const auto found = longNames_.find(key);
+    return found == longNames_.end() ? key.second : found->second;
+}
+
+/// What is wrong is left out, unless it matters.
+void Reader::judgeFaults(const Wanted& wanted) {
+    std::stable_sort(faults_.begin(), faults_.end(),
+                     [](const Fault& a, const Fault& b) { return a.mistake.line() < b.mistake.line(); });
+    const auto matters = [&](const SignalKey& key) { return wanted(fullName(key)); };
+    for (const Fault& fault : faults_) {
+        if (database_.messages.empty() || std::any_of(fault.signals.begin(), fault.signals.end(), matters)) {
+            throw SyntaxError(fault.mistake.what());
+        }
+        database_.leftOut.emplace_back(fault.mistake.what());
+    }
+}
+
+Database Reader::read(const Wanted& wanted) {
     while (!syntax_.atEnd()) {
         readSection();
     }
+    judgeFaults(wanted);
     for (const auto& [id, place] : messages_) {
         const auto given = cycleTimes_.find(id);
-        database_.messages[place].cycleTime = given == cycleTimes_.end() ? defaultCycleTime_ : given->second;
+        Message& message = database_.messages[place];
+        message.cycleTime = given == cycleTimes_.end() ? defaultCycleTime_ : given->second;
+        for (Signal& signal : message.signals) {
+            signal.name = fullName({id, signal.name});  // nothing uses the short one any more
+        }
     }
-    for (auto& [place, name] : longNames_) {
-        at(place).name = std::move(name);
-    }
-    database_.leftOut = syntax_.leftOut();
     return std::move(database_);
 }
 
 void Reader::readSection() {
-    const auto ofKeyword = [](char c) { return (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_'; };
+    constexpr const char* kWhat = "a keyword such as BO_";
+    concerned_.clear();
     syntax_.enter("at the beginning of a section");
-    const Token keyword = syntax_.peek();
-    if (keyword.kind != Token::Word || !std::all_of(keyword.text.begin(), keyword.text.end(), ofKeyword)) {
-        readKnown(&Reader::readRubbish);
+    try {
+        const Token keyword = syntax_.peek();
+        const Section known = sectionNamed(keyword.text);
+        if (!std::all_of(keyword.text.begin(), keyword.text.end(), &isOfKeyword)) {
+            syntax_.fail(kWhat);
+        }
+        syntax_.name(kWhat);
+        syntax_.enter("in the section " + std::string(keyword.text));
+        (this->*(known ? known : &Reader::skip))();
+    } catch (const Mistake& mistake) {
+        leaveOut(mistake);
+    }
+}
+
+/// The ';' at the end of a section. Where it alone is missing nothing is lost.
+void Reader::end() {
+    if (syntax_.takeIf(";")) {
         return;
     }
-    syntax_.take();
-    syntax_.enter("in the section " + std::string(keyword.text));
-    const Section known = sectionNamed(keyword.text);
-    readKnown(known ? known : &Reader::skip);
-}
-
-void Reader::readKnown(Section section) {
-    about_.clear();
     try {
-        (this->*section)();
-    } catch (const SyntaxError& error) {
-        // What begins with rubbish is no signal database.
-        if (section == &Reader::readMessage || isWanted_(about_) || database_.messages.empty()) {
+        syntax_.fail("';'");
+    } catch (const Mistake& mistake) {
+        if (!syntax_.atSectionEnd()) {
             throw;
         }
-        syntax_.leaveOut(error.what());
-        skip();
+        faults_.push_back({mistake, {}});
     }
 }
 
-/// Passes over the rest of a section. Some end with a ';', others where the next one begins.
-void Reader::skip() {
-    while (!syntax_.atEnd() && !(syntax_.peek().startsLine && isSectionBegin(syntax_.peek()))) {
-        if (syntax_.take().is(";")) {
-            return;
-        }
+/// Passes over the section that is wrong, and over signals that follow: those of a message that is wrong.
+void Reader::leaveOut(const Mistake& mistake) {
+    skip();
+    while (syntax_.takeIf("SG_")) {
+        concerned_.emplace_back(lastMessage_, syntax_.peek().text);
+        skip();
     }
+    faults_.push_back({mistake, concerned_});
 }
 
 /// The keywords that the file may use: each stands alone on its line, as no section's own keyword does.
@@ -162,35 +188,36 @@ void Reader::readNewSymbols() {
 
 void Reader::readMessage() {
     const int line = syntax_.peek().line;
-    std::uint32_t id = 0;
-    std::optional<Message> message = dbc::readMessage(syntax_, isWanted_, &id);
-    if (!message || id == kNoMessage) {
+    std::vector<Fault> faults;
+    Message message = dbc::readMessage(syntax_, &lastMessage_, faults);
+    const std::uint32_t id = lastMessage_;
+    if (id == kNoMessage) {
         return;
     }
-    if (messages_.emplace(id, database_.messages.size()).second) {
-        database_.messages.push_back(std::move(*message));
-        return;
+    std::move(faults.begin(), faults.end(), std::back_inserter(faults_));
+    if (!messages_.emplace(id, database_.messages.size()).second) {
+        concern(id, message);
+        throw syntax_.mistake(line, "there are two messages BO_ " + std::to_string(id) + "; expected one");
     }
-    const std::string problem = "there are two messages BO_ " + std::to_string(id) + "; expected one";
-    const auto isWanted = [this](const Signal& signal) { return isWanted_(signal.name); };
-    if (std::any_of(message->signals.begin(), message->signals.end(), isWanted)) {
-        syntax_.wrong(line, problem);
-    }
-    syntax_.leaveOut(syntax_.at(line, problem));
+    database_.messages.push_back(std::move(message));
 }
 
-void Reader::readRubbish() {
-    syntax_.fail("a keyword such as BO_");
+void Reader::concern(std::uint32_t id, const Message& message) {
+    for (const Signal& signal : message.signals) {
+        concerned_.emplace_back(id, signal.name);
+    }
 }
 
 void Reader::readStraySignal() {
+    concerned_.emplace_back(lastMessage_, syntax_.peek().text);
     syntax_.fail("a message BO_ before its signals");
 }
 
 std::optional<SignalPlace> Reader::takeSignal() {
-    const auto message = messages_.find(syntax_.whole("the id of a message", kLargestId));
+    const std::uint32_t id = syntax_.whole("the id of a message", kLargestId);
     const std::string_view name = syntax_.name("the name of a signal");
-    about_ = name;
+    concerned_ = {{id, std::string(name)}};
+    const auto message = messages_.find(id);
     if (message == messages_.end()) {
         return std::nullopt;
     }
@@ -214,34 +241,34 @@ void Reader::readAttributeDefault() {
         return;
     }
     defaultCycleTime_ = readCycleTime();
-    syntax_.end();
+    end();
 }
 
 void Reader::readAttribute() {
     const std::string name = syntax_.text();
     if (name == kCycleTime && syntax_.takeIf("BO_")) {
         const std::uint32_t id = syntax_.whole("the id of a message", kLargestId);
+        if (const auto message = messages_.find(id); message != messages_.end()) {
+            concern(id, database_.messages[message->second]);
+        }
         cycleTimes_[id] = readCycleTime();
     } else if (name == kLongName && syntax_.takeIf("SG_")) {
-        const auto place = takeSignal();
-        std::string longName = syntax_.text();
-        if (place) {
-            longNames_.emplace_back(*place, std::move(longName));
-        }
+        takeSignal();
+        longNames_[concerned_.front()] = syntax_.text();
     } else {
         skip();
         return;
     }
-    syntax_.end();
+    end();
 }
 
 ValueNames Reader::readNames() {
     ValueNames names;
-    while (!syntax_.peek().is(";") && !syntax_.atEnd() && !isSectionBegin(syntax_.peek())) {
-        const std::int64_t value = syntax_.wide();
+    while (!syntax_.peek().is(";") && !syntax_.atSectionEnd()) {
+        const std::int64_t value = syntax_.wide("a whole number or ';'");
         names[value] = syntax_.text();
     }
-    syntax_.end();
+    end();
     return names;
 }
 
@@ -262,7 +289,7 @@ void Reader::readValueNames() {
     const bool named = table != valueTables_.end();
     if (named) {
         syntax_.take();
-        syntax_.end();
+        end();
     }
     ValueNames names = named ? table->second : readNames();
     if (place) {
@@ -275,7 +302,7 @@ void Reader::readValueType() {
     syntax_.takeIf(":");
     const Token token = syntax_.peek();
     const std::uint32_t type = syntax_.whole("0, 1 (float) or 2 (double)", 2);
-    syntax_.end();
+    end();
     if (!place || type == 0) {
         return;
     }
@@ -300,7 +327,7 @@ void Reader::readMultiplexing() {
         const std::uint64_t first = syntax_.whole("the range of values", kLargestId);
         ranges.push_back({first, syntax_.rangeEnd()});
     } while (syntax_.takeIf(","));
-    syntax_.end();
+    end();
     if (place) {
         at(*place).selection = Selection{*multiplexor, std::move(ranges)};
     }
@@ -308,12 +335,8 @@ void Reader::readMultiplexing() {
 
 }  // namespace
 
-bool isSectionBegin(const Token& token) {
-    return token.kind == Token::Word && Reader::sectionNamed(token.text) != nullptr;
-}
-
-Database readDatabase(std::istream& input, const std::string& name, std::function<bool(std::string_view)> isWanted) {
-    return Reader(input, name, std::move(isWanted)).read();
+Database readDatabase(std::istream& input, const std::string& name, const Wanted& wanted) {
+    return Reader(input, name).read(wanted);
 }
 
 }  // namespace qvn::dbc

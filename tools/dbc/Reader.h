@@ -4,26 +4,25 @@
 #include <istream>
 #include <stdexcept>
 #include <string>
-#include <string_view>
 
 #include "dbc/Database.h"
 
 namespace qvn::dbc {
 
-/// What is wrong in a file; what() is "NAME:LINE: ..." with the word that is wrong and what is expected.
+/// Why a file is of no use; what() is "NAME:LINE: ..." with the word that is wrong and what is expected.
 class SyntaxError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
 };
 
+/// Whether a signal matters to the caller.
+using Wanted = std::function<bool(const std::string& signal)>;
+
 /// Reads a signal database. Sections that say nothing of messages and their signals are passed over, and so is what is
-/// said of messages and signals that are not there. What is wrong is left out, a signal, a message or a section, as
-/// long as it is not about a signal that somebody wants; Database::leftOut tells what, the first of each kind with its
-/// line.
-/// @param isWanted whether a signal of this name matters
-/// @throws SyntaxError for the first thing that is wrong about one that does, or about the file as a whole
+/// said of messages and signals that are not there. A signal, a message or a statement that is wrong is left out.
+/// @throws SyntaxError for the first one that is wrong and concerns a wanted signal, for a text without an end, and
+/// where nothing is right
 Database readDatabase(
-    std::istream& input, const std::string& name,
-    std::function<bool(std::string_view)> isWanted = [](std::string_view) { return true; });
+    std::istream& input, const std::string& name, const Wanted& wanted = [](const std::string&) { return true; });
 
 }  // namespace qvn::dbc

@@ -1,6 +1,5 @@
 #include "dbc/Syntax.h"
 
-#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <optional>
@@ -53,6 +52,14 @@ void Syntax::skipRestOfLine() {
     }
 }
 
+void Syntax::skipSection() {
+    while (!atSectionEnd()) {
+        if (take().is(";")) {
+            return;
+        }
+    }
+}
+
 std::string_view Syntax::name(const char* what) {
     if (tokens_.peek().kind != Token::Word) {
         fail(what);
@@ -77,34 +84,6 @@ void Syntax::mark(std::string_view mark) {
     }
 }
 
-void Syntax::end() {
-    if (takeIf(";")) {
-        return;
-    }
-    if (!atEnd() && !tokens_.peek().startsLine) {
-        fail("';'");
-    }
-    leaveOut(tokens_.at(tokens_.lastLine(), "expected ';' at the end of the section"));
-}
-
-/// The kind of a complaint is what it expects, without the place and the word that was found.
-void Syntax::leaveOut(const std::string& text) {
-    const std::size_t begin = std::min(text.find("expected "), text.size());
-    Kind& kind = leftOut_[text.substr(begin, text.find(" instead of ") - begin)];
-    if (++kind.count == 1) {
-        kind.first = text;
-    }
-}
-
-std::vector<std::string> Syntax::leftOut() const {
-    std::vector<std::string> result;
-    for (const auto& [expected, kind] : leftOut_) {
-        result.push_back(kind.first + "; left out" +
-                         (kind.count > 1 ? ", as are " + std::to_string(kind.count - 1) + " more like it" : ""));
-    }
-    return result;
-}
-
 double Syntax::number(const char* what) {
     const auto number = parsed<double>(tokens_.peek().text);
     if (tokens_.peek().kind != Token::Word || !number || !std::isfinite(*number)) {
@@ -123,12 +102,12 @@ std::uint32_t Syntax::whole(const char* what, std::uint32_t most, std::uint32_t 
     return *number;
 }
 
-std::int64_t Syntax::wide() {
+std::int64_t Syntax::wide(const char* what) {
     const std::string_view text = tokens_.peek().text;
     const auto isSigned = parsed<std::int64_t>(text);
     const auto isUnsigned = parsed<std::uint64_t>(text);
     if (tokens_.peek().kind != Token::Word || (!isSigned && !isUnsigned)) {
-        fail("a whole number");
+        fail(what);
     }
     tokens_.take();
     return isSigned ? *isSigned : static_cast<std::int64_t>(*isUnsigned);
@@ -147,8 +126,16 @@ std::uint64_t Syntax::rangeEnd() {
     return *number;
 }
 
+void Syntax::fail(const std::string& expected) const {
+    if (!atSectionEnd()) {
+        fail(expected, peek());
+    }
+    const Token& last = tokens_.last();
+    throw mistake(last.lastLine, "expected " + expected + " after " + described(last) + " " + place_);
+}
+
 void Syntax::fail(const std::string& expected, const Token& found) const {
-    tokens_.fail(found.line, "expected " + expected + " instead of " + described(found) + " " + place_);
+    throw mistake(found.line, "expected " + expected + " instead of " + described(found) + " " + place_);
 }
 
 }  // namespace qvn::dbc

@@ -10,7 +10,6 @@ namespace {
 
 constexpr std::string_view kBlanks = " \t\r\n\f\v";
 constexpr std::string_view kMarks = ":;,|@()[]+-";
-constexpr std::string_view kComment = "//";
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 bool isOneOf(char c, std::string_view set) {
@@ -23,6 +22,15 @@ bool beginsNumber(char c) {
 
 }  // namespace
 
+bool isOfKeyword(char c) {
+    return (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_';
+}
+
+bool Token::beginsSection() const {
+    const bool keyword = !text.empty() && std::all_of(text.begin(), text.end(), &isOfKeyword) && text.back() == '_';
+    return kind == Word && startsLine && (keyword || text == "VERSION");
+}
+
 Tokens::Tokens(std::string content, std::string name) : content_(std::move(content)), name_(std::move(name)) {
     if (content_.compare(0, kByteOrderMark.size(), kByteOrderMark) == 0) {
         position_ = kByteOrderMark.size();
@@ -32,24 +40,30 @@ Tokens::Tokens(std::string content, std::string name) : content_(std::move(conte
 }
 
 Token Tokens::take() {
-    const Token taken = next_;
-    lastLine_ = line_;
+    last_ = next_;
     next_ = read();
-    return taken;
+    return last_;
 }
 
-std::string Tokens::at(int line, const std::string& text) const {
+std::string Tokens::located(int line, const std::string& text) const {
     return name_ + ":" + std::to_string(line) + ": " + text;
 }
 
-void Tokens::fail(int line, const std::string& text) const {
-    throw SyntaxError(at(line, text));
+void Tokens::skipBlanksAndRemarks() {
+    while (position_ < content_.size()) {
+        if (isRemark(position_)) {
+            position_ = std::min(content_.find('\n', position_), content_.size());
+        } else if (isOneOf(content_[position_], kBlanks)) {
+            line_ += content_[position_++] == '\n' ? 1 : 0;
+        } else {
+            return;
+        }
+    }
 }
 
 Token Tokens::read() {
     const int lineBefore = line_;
-    while (skipBlank()) {
-    }
+    skipBlanksAndRemarks();
     Token token;
     token.line = line_;
     token.startsLine = line_ != lineBefore;
@@ -62,45 +76,42 @@ Token Tokens::read() {
         readWord(token);
     }
     const std::size_t next = content_.find_first_not_of(" \t\r", position_);
-    token.endsLine = next == std::string::npos || content_[next] == '\n';
+    token.endsLine = next == std::string::npos || content_[next] == '\n' || isRemark(next);
+    token.lastLine = line_;
     return token;
-}
-
-bool Tokens::skipBlank() {
-    if (content_.compare(position_, kComment.size(), kComment) == 0) {
-        position_ = std::min(content_.find('\n', position_), content_.size());
-        return true;
-    }
-    if (position_ == content_.size() || !isOneOf(content_[position_], kBlanks)) {
-        return false;
-    }
-    line_ += content_[position_] == '\n' ? 1 : 0;
-    ++position_;
-    return true;
-}
-
-/// Of a '"' behind a backslash: a path may end with one, and then the section ends behind the text.
-bool Tokens::endsText(std::size_t position) const {
-    const std::size_t next = content_.find_first_not_of(" \t", position + 1);
-    const std::size_t after = next == std::string::npos ? next : content_.find_first_not_of(" \t\r", next + 1);
-    return next == std::string::npos ||
-           (content_[next] == ';' && (after == std::string::npos || content_[after] == '\n'));
 }
 
 void Tokens::readText(Token& token) {
     const std::size_t begin = position_ + 1;
     std::size_t end = begin;
     while (end < content_.size() && content_[end] != '"') {
-        const bool quoted = content_.compare(end, 2, "\\\"") == 0 && !endsText(end + 1);
-        end += quoted ? 2 : 1;
+        end += content_.compare(end, 2, "\\\"") == 0 && !endsText(end) ? 2 : 1;
     }
     if (end >= content_.size()) {
-        fail(line_, "the text that begins here has no end; expected another '\"'");
+        throw SyntaxError(located(line_, "the text that begins here has no end; expected another '\"'"));
     }
     token.kind = Token::Text;
     token.text = std::string_view(content_).substr(begin, end - begin);
     line_ += static_cast<int>(std::count(token.text.begin(), token.text.end(), '\n'));
     position_ = end + 1;
+}
+
+/// Whether the backslash belongs to the text and the '"' after it does not, as of a path: the statement ends there, and
+/// another one begins in the next line.
+bool Tokens::endsText(std::size_t backslash) const {
+    const std::size_t semicolon = content_.find_first_not_of(" \t", backslash + 2);
+    if (semicolon == std::string::npos || content_[semicolon] != ';') {
+        return false;
+    }
+    const std::size_t next = content_.find_first_not_of(kBlanks, semicolon + 1);
+    if (next == std::string::npos) {
+        return true;
+    }
+    const std::string_view rest = std::string_view(content_).substr(next);
+    const std::size_t end =
+        static_cast<std::size_t>(std::find_if_not(rest.begin(), rest.end(), &isOfKeyword) - rest.begin());
+    const bool ofNextLine = content_.find('\n', semicolon) < next;
+    return ofNextLine && (isRemark(next) || (end > 0 && rest[end - 1] == '_'));
 }
 
 void Tokens::readWord(Token& token) {
@@ -117,7 +128,7 @@ std::size_t Tokens::endOfWord() const {
     for (; end < content_.size(); ++end) {
         const bool ofExponent = number && isOneOf(content_[end - 1], "eE") && isSign(end);
         if (isOneOf(content_[end], kBlanks) || content_[end] == '"' ||
-            (isOneOf(content_[end], kMarks) && !ofExponent)) {
+            (isOneOf(content_[end], kMarks) && !ofExponent) || isRemark(end)) {
             break;
         }
     }

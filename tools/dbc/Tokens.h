@@ -12,14 +12,20 @@ struct Token {
     Kind kind = End;
     std::string_view text;    ///< a Text without its quotation marks
     int line = 1;             ///< where it begins
+    int lastLine = 1;         ///< where it ends
     bool startsLine = false;  ///< whether it is the first one on its line
     bool endsLine = false;    ///< whether it is the last one
 
     bool is(std::string_view word) const { return kind != Text && kind != End && text == word; }
+    /// Whether it looks like the keyword of a section, or of a signal: SG_.
+    bool beginsSection() const;
 };
 
-/// A DBC file as a sequence of words (names and numbers, with their signs), quoted texts and marks such as ':'. What
-/// follows "//" on a line is passed over.
+/// Whether keywords of sections have such characters.
+bool isOfKeyword(char c);
+
+/// A DBC file as a sequence of words (names and numbers, with their signs), quoted texts and marks such as ':', without
+/// the remarks that begin with //.
 class Tokens {
 public:
     Tokens(std::string content, std::string name);
@@ -27,30 +33,29 @@ public:
     Tokens& operator=(const Tokens&) = delete;
 
     const Token& peek() const { return next_; }
-    /// Where the token ends that was taken last.
-    int lastLine() const { return lastLine_; }
     /// @throws SyntaxError when the token after it is a text without an end
     Token take();
+    /// The token that was taken last.
+    const Token& last() const { return last_; }
 
-    /// "NAME:LINE: TEXT"
-    std::string at(int line, const std::string& text) const;
-    /// @throws SyntaxError with that
-    [[noreturn]] void fail(int line, const std::string& text) const;
+    /// "NAME:LINE: ..."
+    std::string located(int line, const std::string& text) const;
 
 private:
     Token read();
+    void skipBlanksAndRemarks();
     void readWord(Token& token);
     void readText(Token& token);
-    bool skipBlank();
-    bool endsText(std::size_t position) const;
+    bool endsText(std::size_t backslash) const;
     std::size_t endOfWord() const;
     bool isSign(std::size_t position) const;
+    bool isRemark(std::size_t position) const { return content_.compare(position, 2, "//") == 0; }
 
     std::string content_;
     std::string name_;
     std::size_t position_ = 0;
     int line_ = 1;
-    int lastLine_ = 1;
+    Token last_;
     Token next_;
 };
 

@@ -46,6 +46,13 @@ std::string asWord(std::string name) {
     return name.empty() || std::isalpha(static_cast<unsigned char>(name[0])) != 0 ? name : "_" + name;
 }
 
+/// A raw value that a database gives a name, in the signal's unit.
+double physicalOf(const dbc::Signal& signal, std::int64_t raw) {
+    const double number = signal.type == dbc::ValueType::Unsigned ? static_cast<double>(static_cast<std::uint64_t>(raw))
+                                                                  : static_cast<double>(raw);
+    return number * signal.factor + signal.offset;
+}
+
 SignalNote noteOf(const dbc::Signal& signal) {
     SignalNote note;
     note.unit = plain(signal.unit);
@@ -53,7 +60,7 @@ SignalNote noteOf(const dbc::Signal& signal) {
         note.range = {signal.minimum, signal.maximum};
     }
     for (const auto& [raw, name] : signal.values) {
-        const double value = static_cast<double>(raw) * signal.factor + signal.offset;
+        const double value = physicalOf(signal, raw);
         if (value == std::floor(value) && std::fabs(value) < 1e9 && !name.empty()) {
             note.values[static_cast<std::int32_t>(value)] = asWord(name);
         }
@@ -69,12 +76,18 @@ dbc::Database readDatabaseFile(const std::string& path) {
         throw BadInput("cannot open " + path);
     }
     try {
-        return dbc::readDatabase(file, path, [](std::string_view signal) {
-            return lookUpCode(NameKind::Received, std::string(signal)).has_value();
-        });
+        return dbc::readDatabase(
+            file, path, [](const std::string& signal) { return lookUpCode(NameKind::Received, signal).has_value(); });
     } catch (const dbc::SyntaxError& error) {
         throw BadInput(error.what());
     }
+}
+
+std::string leftOutText(const dbc::Database& database) {
+    const std::size_t count = database.leftOut.size();
+    return count == 0 ? ""
+                      : database.leftOut[0] + "; this does not matter to the schema's signals" +
+                            (count == 1 ? "" : " (" + std::to_string(count - 1) + " more likewise)");
 }
 
 void addNotes(SignalNotes& notes, const dbc::Database& database) {

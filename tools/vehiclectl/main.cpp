@@ -145,7 +145,7 @@ int run(int argc, char** argv, const StopSignals& stop, Output& output) {
     }
     for (const std::string& file : options.databases) {
         const dbc::Database database = readDatabaseFile(file);
-        for (const std::string& warning : database.leftOut) {
+        if (const std::string warning = leftOutText(database); !warning.empty()) {
             printError(warning);
         }
         addNotes(SignalNotes::instance(), database);
