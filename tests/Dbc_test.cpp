@@ -53,15 +53,17 @@ const char kWholeFile[] =
     "BO_TX_BU_ 291 : ESP,HUT;\n"
     "SIG_GROUP_ 291 Group 1 : Speed Valid;\n"
     "CM_ \"a text;\nBO_ 1 of\nseveral lines\";\n"
-    "CM_ BU_ ESP \"C:\\brakes\\\" ; \nCM_ \"\\\";\n// a remark\nCM_ \"ends with \\\";\" ;\nCM_ BO_ 291 \"of the "
+    "CM_ BU_ ESP \"C:\\brakes\\\" ; \nCM_ \"\\\";\n// a remark\n"
+    "BA_ \"GenMsgCycleTime\" BO_ 292 0;  // whenever it likes\n"
+    "CM_ \"see \\\"x\\\"\nBO_ 7 there, or \\\"y\\\";\nABC\";\n"
+    "BA_ \"GenMsgCycleTime\" BO_ 291 20;\n"
+    "CM_ \"ends with \\\";\" ;\nCM_ BO_ 291 \"of the "
     "brakes\";\nCM_ SG_ 291 Speed \"over \\\"ground\\\"\";\n"
     "BA_DEF_ BO_  \"GenMsgCycleTime\" INT 0 65535;\n"
     "BA_DEF_ \"Kind\" ENUM \"a;\",\"b\";\n"
     "BA_DEF_DEF_  \"Kind\" \"b\";\n"
     "BA_DEF_DEF_  \"GenMsgCycleTime\" 100;\n"
     "BA_ \"Kind\" 0;\n"
-    "BA_ \"GenMsgCycleTime\" BO_ 291 20;\n"
-    "BA_ \"GenMsgCycleTime\" BO_ 292 0;  // whenever it likes\n"
     "BA_ \"SystemSignalLongSymbol\" SG_ 2566844693 Ratio \"Ratio_by_its_long_name\";\n"
     "BA_ \"GenMsgCycleTime\" BO_ 999 20;\n"
     "VAL_ Ignition 0 \"off\" ;\n"
@@ -139,13 +141,19 @@ TEST(Dbc, LeavesOutWhatIsWrongUnlessItConcernsAWantedSignal) {
          ""},
         {" SG_ Long : 0|64@1+" + rest + "SIG_VALTYPE_ 291 Long : 1;\n",
          "6: expected the type of a signal of 64 bits instead of '1' in the section SIG_VALTYPE_", "Long"},
+        {"SIG_VALTYPE_ 291 Odd : 0 x;\n", "5: expected ';' instead of 'x' in the section SIG_VALTYPE_"},
         {"SG_MUL_VAL_ 291 Odd Gone 1-1;\n",
          "5: expected a signal of the same message instead of 'Gone' in the section SG_MUL_VAL_"},
         {"SG_MUL_VAL_ 291 Odd Page 1-1\n", "5: expected ';' after '-1' in the section SG_MUL_VAL_", ""},
-        {"VAL_TABLE_ Broken one \"x\" ;\n",
-         "5: expected a whole number or ';' instead of 'one' in the section VAL_TABLE_", ""},
+        {"VAL_ 291 Odd 1 \"x\" ;\nVAL_TABLE_ Broken one \"x\" ;\n",
+         "6: expected a whole number or ';' instead of 'one' in the section VAL_TABLE_", ""},
         {"what is this;\n", "5: expected a keyword such as BO_ instead of 'what' at the beginning of a section", ""},
     };
+    const auto none = [](const std::string&) { return false; };
+    const Database two = read("BO_ 2 A: 8 X\n SG_ B : 0|99@1+" + rest + " SG_ C m1 : 0|8@1+" + rest, none);
+    ASSERT_EQ(two.leftOut.size(), 2U);
+    EXPECT_EQ(two.leftOut[0].find("a.dbc:1: the message A has multiplexed signals such as C"), 0U) << two.leftOut[0];
+    EXPECT_TRUE(two.messages[0].signals.empty());
     EXPECT_EQ(read("VAL_TABLE_ Broken one \"x\" ;\n" + before).messages.size(), 1U) << "wrong before the first message";
     for (const auto& [text, error, concerned] : cases) {
         const std::string file = before + text + after;
@@ -153,7 +161,9 @@ TEST(Dbc, LeavesOutWhatIsWrongUnlessItConcernsAWantedSignal) {
         EXPECT_EQ(database.leftOut, std::vector<std::string>{std::string("a.dbc:") + error});
         EXPECT_EQ(database.messages.back().signals.at(0).name, "Last") << text;
         EXPECT_EQ(database.messages[0].signals.at(0).name, "Speed") << text;
-        const auto isConcerned = [concerned = concerned](const std::string& name) { return name == concerned; };
+        const auto isConcerned = [concerned = concerned](const std::string& name) {
+            return concerned[0] == 0 || name == concerned;
+        };
         EXPECT_EQ(errorIn(file, isConcerned), concerned[0] ? std::string("a.dbc:") + error : "accepted") << text;
     }
 }
@@ -239,6 +249,12 @@ TEST(Dbc, NamesTheLineAndTheWordThatIsWrong) {
          "1: expected an id up to 2047, or an extended one with bit 31 instead of '5000' in the message BO_ 5000"},
         {message + " SG_ A", "2: expected ':', M, or m with a number after 'A' in the signal BO_ 291 A"},
         {"// a remark\nBO_ 291 ESP 8", "2: expected ':' instead of '8' in the message BO_ 291"},
+        {"BO_ 291 ESP: " + std::string(61, 'x'),
+         "1: expected a number of bytes instead of 'xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx...' "
+         "in "
+         "the message BO_ 291"},
+        {"BA_ \"GenMsgCycleTime\" BO_ 291 1e10;",
+         "1: expected a cycle time in milliseconds instead of '1e10' in the section BA_"},
         {"BO_ 291", "1: expected a name after '291' in the message BO_ 291"},
         {"\nSG_ Speed", "2: expected a message BO_ before its signals instead of 'Speed' in the section SG_"},
         {"CM_ \"\n\n\";\nCM_ \"\n;", "4: the text that begins here has no end; expected another '\"'"},
