@@ -19,6 +19,7 @@ class OutputTest : public testing::Test {
 protected:
     OutputTest() {
         EXPECT_EQ(pipe(ends_), 0);
+        std::fflush(stdout);
         dup2(ends_[1], STDOUT_FILENO);
         close(ends_[1]);
     }
@@ -50,7 +51,6 @@ private:
 
 TEST_F(OutputTest, CountsWhatAStoppedReaderDoesNotGetAndCutsNoLine) {
     constexpr int kLines = 2000;  // more than a pipe holds
-    std::fflush(stdout);
     pid_t child = -1;
     int status = -1;
     const std::string complaint = test::logOf([&] {

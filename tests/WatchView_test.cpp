@@ -4,29 +4,21 @@
 
 #include <cmath>
 
+#define NCURSES_NOMACROS
+#include <curses.h>
+
+#include "support/Updates.h"
 #include "vehiclectl/Periods.h"
+#include "vehiclectl/WatchKeys.h"
 
 namespace qvn::tools {
 namespace {
 
-constexpr long kSecond = 1'000'000'000;
-
 class WatchViewTest : public testing::Test {
 protected:
-    void value(const std::string& name, int number, double at) {
-        Update update{Update::Kind::Value, Update::Origin::Service, idOf(name), {}};
-        update.at = static_cast<long>(at * kSecond);
-        update.value.timestamp = update.at;
-        update.value.value.int32Values = {number};
-        states.apply(update);
-    }
-    void status(const std::string& name, bool good, double at) {
-        states.apply(
-            {Update::Kind::Status, Update::Origin::Service, idOf(name), {}, good, static_cast<long>(at * kSecond)});
-    }
-    void service(bool up, double at) {
-        states.apply({Update::Kind::Service, Update::Origin::Link, 0, {}, up, static_cast<long>(at * kSecond)});
-    }
+    void value(const std::string& name, int number, double at) { states.apply(valueOf(name, {number}, at)); }
+    void status(const std::string& name, bool good, double at) { states.apply(statusOf(name, good, at)); }
+    void service(bool up, double at) { states.apply(serviceIs(up, at)); }
     const PropertyState& of(const std::string& name) { return states.of(propertyNamed(name)); }
     std::string rows(double at) {
         view.refresh(static_cast<long>(at * kSecond));
@@ -36,7 +28,6 @@ protected:
         }
         return names;
     }
-    static int idOf(const std::string& name) { return static_cast<int>(propertyNamed(name).id); }
 
     const std::vector<const PropertyInfo*> properties = {&propertyNamed("DCT5_TGS_LEVER"),
                                                          &propertyNamed("BCM1_TrunkSts"), &propertyNamed("EPB1_EPBSts"),
@@ -89,6 +80,51 @@ TEST_F(WatchViewTest, FilterFreezeAndScroll) {
     view.scroll(-1);
     EXPECT_EQ(view.top(2), 1U) << "from where it ended";
     EXPECT_EQ(view.top(4), 0U);
+}
+
+TEST_F(WatchViewTest, KeysScrollSortFilterAndFreeze) {
+    WatchKeys keys(view);
+    const auto press = [&](const std::vector<int>& all) {
+        for (const int key : all) {
+            keys.take(key, 2);
+        }
+        rows(1);
+        return view.top(1);
+    };
+    const std::pair<std::vector<int>, std::size_t> scrolls[] = {
+        {{KEY_DOWN}, 1},  {{'j'}, 2},     {{KEY_UP}, 1}, {{'k'}, 0},      {{KEY_NPAGE}, 2}, {{'j'}, 3},
+        {{KEY_PPAGE}, 1}, {{KEY_END}, 3}, {{KEY_UP}, 2}, {{KEY_HOME}, 0}, {{'x'}, 0}};
+    for (const auto& [pressed, top] : scrolls) {
+        EXPECT_EQ(press(pressed), top) << pressed.front();
+    }
+    for (const auto sort : {WatchView::Sort::Name, WatchView::Sort::Age, WatchView::Sort::Change}) {
+        press({'s'});
+        EXPECT_EQ(view.sort(), sort);
+    }
+    press({'f'});
+    EXPECT_TRUE(view.frozen());
+    press({' '});
+    EXPECT_FALSE(view.frozen());
+    const struct {
+        std::vector<int> pressed;
+        std::string filter;
+        bool editing;
+    } edits[] = {{{'/', 'q', 's', ' '}, "qs", true},
+                 {{KEY_BACKSPACE, 0x7F, '\b'}, "", true},
+                 {{'e', 'p', '\r'}, "ep", false},
+                 {{'/', '1', '\n'}, "ep1", false},
+                 {{'/', 'x', KEY_ENTER}, "ep1x", false},
+                 {{'/', 27}, "", false},
+                 {{'/', 'a', KEY_UP, KEY_ENTER}, "a", false},
+                 {{27}, "", false}};
+    for (const auto& [pressed, filter, editing] : edits) {
+        press(pressed);
+        EXPECT_EQ(view.filter(), filter);
+        EXPECT_EQ(keys.editing(), editing) << filter;
+    }
+    EXPECT_FALSE(keys.ended()) << "the q was a letter of the filter";
+    press({'q'});
+    EXPECT_TRUE(keys.ended());
 }
 
 TEST_F(WatchViewTest, AServiceThatGoesLeavesStaleValues) {

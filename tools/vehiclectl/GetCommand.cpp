@@ -4,6 +4,7 @@
 #include "desk/MonotonicTime.h"
 #include "desk/Number.h"
 #include "vehiclectl/Commands.h"
+#include "vehiclectl/PropertySelection.h"
 #include "vehiclectl/PropertyState.h"
 #include "vehiclectl/ServiceLink.h"
 #include "vehiclectl/Waiting.h"

@@ -1,11 +1,12 @@
 #include <map>
 #include <nlohmann/json.hpp>
-#include <set>
 
 #include "desk/ExitCode.h"
 #include "desk/Json.h"
 #include "vehiclectl/Commands.h"
+#include "vehiclectl/FirstValues.h"
 #include "vehiclectl/Periods.h"
+#include "vehiclectl/PropertySelection.h"
 #include "vehiclectl/Waiting.h"
 
 namespace qvn::tools {
@@ -36,13 +37,11 @@ int hzCommand(const MeasureOptions& options, const StopSignals& stop, Output& ou
     if (!startFeed(ids)) {
         return kFailed;
     }
-    std::set<int> known;  // of these the current value has come, which is no sign of a period
+    FirstValues first;
     const Clock::time_point start = Clock::now();
     followFor(options.duration, stop, [&](const Update& update) {
-        if (update.kind == Update::Kind::Value && update.origin == Update::Origin::Service) {
-            if (!known.insert(update.property).second) {
-                periods[update.property].add(update.value.timestamp);
-            }
+        if (first.isTraffic(update)) {
+            periods[update.property].add(update.value.timestamp);
         }
     });
     std::size_t silent = 0;

@@ -13,6 +13,7 @@
 #include "desk/Text.h"
 #include "vehiclectl/BusTap.h"
 #include "vehiclectl/Commands.h"
+#include "vehiclectl/PropertySelection.h"
 #include "vehiclectl/TraceFile.h"
 #include "vehiclectl/Waiting.h"
 

@@ -7,7 +7,6 @@
 #include <vector>
 
 #include "desk/PollUntil.h"
-#include "desk/PropertyNames.h"
 #include "desk/StopSignals.h"
 #include "vehiclectl/PropertyFeed.h"
 
@@ -28,11 +27,6 @@ bool prepareService();
 
 /// Subscribes, and tells the user when the vehicle client could not start.
 bool startFeed(const std::vector<int>& ids);
-
-/// The properties that the user named, each of which must be one that the vehicle reports. A pattern with * or ?
-/// (HAP_FD3_RPAS_*) stands for all of these whose signals match. No names: all that the vehicle reports.
-/// @throws BadInput
-std::vector<const PropertyInfo*> receivedProperties(const std::vector<std::string>& names = {});
 
 /// Takes the feed's updates as they come until the time is over. False when the user stops the tool.
 bool followFor(double seconds, const StopSignals& stop, const std::function<void(Update)>& take);

@@ -7,6 +7,7 @@
 #include "desk/ExitCode.h"
 #include "desk/Json.h"
 #include "vehiclectl/Commands.h"
+#include "vehiclectl/PropertySelection.h"
 #include "vehiclectl/PropertyState.h"
 #include "vehiclectl/ServiceLink.h"
 #include "vehiclectl/Waiting.h"

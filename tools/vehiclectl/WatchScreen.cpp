@@ -23,7 +23,6 @@ namespace {
 constexpr long kHighlight = 1'000'000'000;  // ns that a changed value stands out
 constexpr int kHeadLines = 2;
 constexpr int kFootLines = 1;
-constexpr int kEscape = 27;
 
 enum Color : short { kRed = 1, kYellow };
 
@@ -164,7 +163,7 @@ std::array<int, 2> WatchScreen::fds() const {
 void WatchScreen::handleInput() {
     handleSignals();
     for (int key = getch(); key != ERR; key = getch()) {
-        editing_ ? editFilter(key) : handleKey(key);
+        keys_.take(key, std::max(LINES - kHeadLines - kFootLines, 1));
     }
 }
 
@@ -182,65 +181,6 @@ void WatchScreen::handleSignals() {
         }
         clearok(stdscr, TRUE);
     }
-}
-
-void WatchScreen::handleKey(int key) {
-    const int page = std::max(LINES - kHeadLines - kFootLines, 1);
-    switch (key) {
-        case 'q':
-            ended_ = true;
-            break;
-        case '/':
-            editing_ = true;
-            break;
-        case 's':
-            view_.sortBy(view_.sort() == WatchView::Sort::Change ? WatchView::Sort::Name
-                         : view_.sort() == WatchView::Sort::Name ? WatchView::Sort::Age
-                                                                 : WatchView::Sort::Change);
-            break;
-        case 'f':
-        case ' ':
-            view_.freeze(!view_.frozen());
-            break;
-        case kEscape:
-            view_.filter("");
-            break;
-        case KEY_UP:
-        case 'k':
-            view_.scroll(-1);
-            break;
-        case KEY_DOWN:
-        case 'j':
-            view_.scroll(1);
-            break;
-        case KEY_PPAGE:
-            view_.scroll(-page);
-            break;
-        case KEY_NPAGE:
-            view_.scroll(page);
-            break;
-        case KEY_HOME:
-            view_.scroll(-static_cast<long>(view_.total()));
-            break;
-        case KEY_END:
-            view_.scroll(static_cast<long>(view_.total()));
-            break;
-        default:
-            break;
-    }
-}
-
-void WatchScreen::editFilter(int key) {
-    std::string text = view_.filter();
-    if (key == kEscape) {
-        text.clear();
-    } else if ((key == KEY_BACKSPACE || key == '\b' || key == 0x7F) && !text.empty()) {
-        text.pop_back();
-    } else if (key > ' ' && key < 0x7F) {
-        text += static_cast<char>(key);
-    }
-    editing_ = key != kEscape && key != '\r' && key != '\n' && key != KEY_ENTER;
-    view_.filter(text);
 }
 
 void WatchScreen::draw() {
@@ -296,9 +236,9 @@ void WatchScreen::drawRow(int line, const Layout& layout, const PropertyState& s
 }
 
 void WatchScreen::drawFoot() {
-    drawAs(editing_ ? attr_t{A_NORMAL} : attr_t{A_DIM});
+    drawAs(keys_.editing() ? attr_t{A_NORMAL} : attr_t{A_DIM});
     std::string text = std::string("q quit  / filter  s sort: ") + sortText(view_.sort()) + "  f freeze  arrows scroll";
-    if (editing_) {
+    if (keys_.editing()) {
         text = "filter: " + view_.filter() + "_   (Enter keeps it, Escape drops it)";
     } else if (!view_.filter().empty()) {
         text = "filter: " + view_.filter() + "   Escape drops it  " + text;

@@ -7,6 +7,7 @@
 
 #include "desk/FileDescriptor.h"
 #include "vehiclectl/PropertyState.h"
+#include "vehiclectl/WatchKeys.h"
 #include "vehiclectl/WatchView.h"
 
 namespace qvn::tools {
@@ -28,7 +29,7 @@ public:
     std::array<int, 2> fds() const;
     void handleInput();
     /// Whether the user asked for the end.
-    bool ended() const { return ended_; }
+    bool ended() const { return keys_.ended(); }
 
     /// Draws, unless the terminal takes nothing at the moment (Ctrl-S).
     void draw();
@@ -38,17 +39,14 @@ private:
     struct Layout;
 
     void handleSignals();
-    void handleKey(int key);
-    void editFilter(int key);
     void drawHead(const Layout& layout);
     void drawRow(int line, const Layout& layout, const PropertyState& state);
     void drawFoot();
 
     const PropertyStates& states_;
     WatchView view_;
+    WatchKeys keys_{view_};
     std::unique_ptr<Terminal> terminal_;
-    bool editing_ = false;  // the filter
-    bool ended_ = false;
 };
 
 }  // namespace qvn::tools
