@@ -71,6 +71,7 @@ protected:
     void onOnline(FdbSessionId_t session, bool isFirst) override;
     void onOffline(FdbSessionId_t session, bool isLast) override;
     void onBroadcast(CBaseJob::Ptr& job) override;
+    void onBroadcast(const CFdbMessage& message);
     void onReply(CBaseJob::Ptr& job) override;
     void onStatus(CBaseJob::Ptr& job, int32_t error, const char* text) override;
 
@@ -79,7 +80,6 @@ private:
     /// callback does to that thread. `task` is what to do, unless the gate is closed; `what` is lost when memory is
     /// short.
     void onLibraryThread(const char* what, const std::function<void()>& task);
-    void onBroadcast(const CFdbMessage& message);
     /// What the GPIO library calls.
     static void onInterrupt(void* context);
     static void gpioIsrCallback(void* context);
