@@ -2,8 +2,10 @@
 
 #include <gtest/gtest.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 
 #include <csignal>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 
@@ -40,31 +42,58 @@ private:
     rlimit usual_{};
 };
 
-TEST_F(TraceFileTest, HoldsWholeLinesAtAnyMoment) {
+TEST_F(TraceFileTest, EndsWithAWholeLineWhenItIsFull) {
     TraceFile file(path, false, "# first\n");
     file.append("(0.1) a\n(0.2) b\n");
     EXPECT_EQ(text(), "# first\n(0.1) a\n(0.2) b\n") << "at once";
-    {
-        const FileSizeLimit full(file.bytes() + 10);  // in the second line
-        EXPECT_THROW(file.append("(0.3) c\n(0.4) d\n"), std::runtime_error);
+    std::string longer;
+    for (int line = 100; line < 2000; ++line) {  // more than is written at once
+        longer += "(0.3) " + std::to_string(line).substr(0, 3) + "\n";
     }
-    EXPECT_EQ(text(), "# first\n(0.1) a\n(0.2) b\n(0.3) c\n");
+    const std::size_t most = file.bytes() + 1234 * 10;
+    {
+        const FileSizeLimit full(most + 4);
+        EXPECT_THROW(file.append(longer), std::runtime_error);
+    }
+    EXPECT_EQ(text().size(), most);
+    EXPECT_EQ(text().substr(most - 10), longer.substr(1233 * 10, 10));
+    file.append("(0.4) c\n");
+    EXPECT_EQ(text().substr(most), "(0.4) c\n");
 }
 
 TEST_F(TraceFileTest, ReplacesAFileOnlyWhenItCanBegin) {
+    const std::string link = path + ".link";
     writeFile(path, "before\n");
+    std::filesystem::permissions(path, std::filesystem::perms(0640));
+    std::filesystem::create_symlink(path, link);
     EXPECT_EQ(errorOf([&] { TraceFile(path, false, "# first\n"); }), path + " is there already; --force replaces it");
     {
         const FileSizeLimit full(4);
         EXPECT_THROW(TraceFile(path, true, "# first\n"), std::runtime_error);
+        EXPECT_THROW(TraceFile(path + "2", false, "# first\n"), std::runtime_error);
     }
     EXPECT_EQ(text(), "before\n");
-    TraceFile file(path, true, "# first\n");
+    TraceFile file(link, true, "# first\n");
     file.append("(0.1) a\n");
     EXPECT_EQ(text(), "# first\n(0.1) a\n");
     EXPECT_EQ(file.bytes(), text().size());
-    EXPECT_NE(errorOf([] { TraceFile("/nonexistent/a.trace", true, ""); }).find("cannot write /nonexistent/a.trace"),
-              std::string::npos);
+    EXPECT_EQ(std::filesystem::status(path).permissions(), std::filesystem::perms(0640));
+    const std::filesystem::directory_iterator all(directory.root());
+    EXPECT_EQ(std::distance(begin(all), end(all)), 2) << "nothing else is left";
+}
+
+TEST_F(TraceFileTest, SaysWhatIsNoFile) {
+    const std::string fifo = path + ".fifo";
+    mkfifo(fifo.c_str(), 0600);
+    const struct {
+        std::string path, error;
+    } cases[] = {{"/nonexistent/a.trace", "cannot write /nonexistent/a.trace: No such file or directory"},
+                 {fifo, fifo + " is no file; '-' writes to standard output"},
+                 {directory.root(), directory.root().string() + " is no file; '-' writes to standard output"},
+                 {"/dev/null", "accepted"}};
+    for (const auto& [name, error] : cases) {
+        EXPECT_EQ(errorOf([&, &file = name] { TraceFile(file, true, "# first\n"); }), error);
+    }
 }
 
 }  // namespace

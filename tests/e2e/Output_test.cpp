@@ -96,6 +96,10 @@ TEST_F(Output, AFullDiskIsAnError) {
         EXPECT_NE(result.errors.find(": cannot write standard output: No space left on device\n"), std::string::npos)
             << command << ": " << result.errors;
     }
+    const std::string list = desk.directory() + "/list";
+    const auto limited = desk.run("sh -c 'ulimit -f 9; exec vehiclectl list --json' >" + list);
+    EXPECT_EQ(limited.errors, "vehiclectl: cannot write standard output: File too large\n");
+    EXPECT_EQ(desk.run("tail -c 2 " + list).output, "}\n") << "a whole object";
 }
 
 TEST_F(Output, ThatIsClosedIsAnErrorAndTakesNothingElsesPlace) {

@@ -3,7 +3,6 @@
 #include <limits.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <cstdarg>
@@ -14,6 +13,7 @@
 
 #include "desk/PollUntil.h"
 #include "desk/WakeUp.h"
+#include "desk/WholeLines.h"
 #include "sync/Mutex.h"
 
 namespace qvn::tools {
@@ -21,14 +21,6 @@ namespace {
 
 constexpr std::size_t kMostWaiting = std::size_t{256} * 1024;  // bytes; a pipe of the system holds 64 KiB more
 constexpr std::chrono::milliseconds kHurriedWait(500);
-
-/// How many bytes to write at once: as many whole lines as a pipe takes or leaves as one, so that no line is cut when
-/// the process ends while its reader has stopped.
-std::size_t wholeLines(const std::string& text, std::size_t begin) {
-    const std::size_t most = std::min<std::size_t>(text.size() - begin, PIPE_BUF);
-    const std::size_t end = text.rfind('\n', begin + most - 1);
-    return end == std::string::npos || end < begin ? most : end + 1 - begin;
-}
 
 }  // namespace
 
@@ -51,7 +43,6 @@ public:
 private:
     std::string next();
     bool awaitText();
-    bool writeAll(const std::string& text);
     void fail(int error);
 
     WakeUp added_;
@@ -101,7 +92,8 @@ long Output::Writer::leftOut() {
 
 void Output::Writer::run() {
     for (std::string text = next(); !text.empty(); text = next()) {
-        if (!writeAll(text)) {
+        if (const int error = writeWholeLines(STDOUT_FILENO, text)) {
+            fail(error);
             return;
         }
     }
@@ -113,6 +105,7 @@ std::string Output::Writer::next() {
         const sync::MutexLock lock(mutex_);
         std::string text;
         inHand_ = 0;
+        // No more than a pipe takes at once: it is counted as a whole when the reader does not get it.
         while (!closed_ && !waiting_.empty() && (text.empty() || text.size() + waiting_.front().size() <= PIPE_BUF)) {
             bytes_ -= waiting_.front().size();
             text += waiting_.front();
@@ -136,22 +129,6 @@ bool Output::Writer::awaitText() {
         return false;
     }
     added_.clear();
-    return true;
-}
-
-bool Output::Writer::writeAll(const std::string& text) {
-    for (std::size_t done = 0; done < text.size();) {
-        const ssize_t count = ::write(STDOUT_FILENO, text.data() + done, wholeLines(text, done));
-        if (count >= 0) {
-            done += static_cast<std::size_t>(count);
-        } else if (errno == EAGAIN) {
-            pollfd writable{STDOUT_FILENO, POLLOUT, 0};
-            poll(&writable, 1, -1);
-        } else if (errno != EINTR) {
-            fail(errno);
-            return false;
-        }
-    }
     return true;
 }
 

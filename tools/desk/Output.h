@@ -21,7 +21,7 @@ public:
     Output(const Output&) = delete;
     Output& operator=(const Output&) = delete;
 
-    /// Writes a text, usually one line: it is shown or left out as a whole.
+    /// Writes whole lines, usually one: they are shown or left out together.
     void write(std::string text);
     /// The same, formatted as by printf.
     void print(const char* format, ...) __attribute__((format(printf, 2, 3)));

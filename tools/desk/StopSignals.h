@@ -4,7 +4,8 @@
 
 namespace qvn::tools {
 
-/// SIGINT and SIGTERM as a file descriptor, and SIGPIPE ignored: the end of a tool is an event of its main loop.
+/// SIGINT and SIGTERM as a file descriptor: the end of a tool is an event of its main loop. SIGPIPE and SIGXFSZ are
+/// ignored: a pipe without a reader and a file at its limit are errors of the write that meets them.
 /// Made before the first thread starts, since threads inherit the blocked signals.
 class StopSignals {
 public:

@@ -112,9 +112,10 @@ public:
           to_(options, output, "# recorded by vehiclectl; times are seconds since its start\n") {}
 
     void run(BusTap& tap, const StopSignals& stop) {
-        begin(tap, stop);
         const std::optional<Clock::time_point> end =
             options_.duration ? std::optional(inSeconds(*options_.duration)) : std::nullopt;
+        const Clock::time_point connected = Clock::now() + kTimeToConnect;
+        begin(tap, stop, end ? std::min(*end, connected) : connected);
         while (!complete() && (!end || Clock::now() < *end)) {
             pollfd fds[] = {{stop.fd(), POLLIN, 0}, {output_.fd(), POLLIN, 0}, {tap.fd(), POLLIN, 0}};
             const Clock::time_point wake = Clock::now() + kProgressInterval;
@@ -138,8 +139,7 @@ private:
     double seconds() const { return static_cast<double>(monotonicNow() - start_) / kNanosecondsPerSecond; }
 
     /// A recording begins with the state of the service: who plays it has one, and what it does not say stays.
-    void begin(BusTap& tap, const StopSignals& stop) {
-        const Clock::time_point end = Clock::now() + kTimeToConnect;
+    void begin(BusTap& tap, const StopSignals& stop, Clock::time_point end) {
         std::vector<TapEvent> events = tap.take();
         const auto isUp = [&events] {
             return std::any_of(events.begin(), events.end(),

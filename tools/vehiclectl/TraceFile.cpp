@@ -5,66 +5,81 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <climits>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <stdexcept>
 
 #include "desk/BadInput.h"
+#include "desk/WholeLines.h"
 
 namespace qvn::tools {
 namespace {
 
 constexpr mode_t kMode = 0666;  // as the umask has it
 
-[[noreturn]] void refuse(const std::string& path) {
-    throw BadInput("cannot write " + path + ": " + std::strerror(errno));
-}
-
-/// A device or a FIFO is written to; it cannot be replaced.
-bool isFile(const std::string& path) {
-    struct stat status = {};
-    return stat(path.c_str(), &status) != 0 || S_ISREG(status.st_mode);
-}
-
-int openFile(const std::string& path, bool replace) {
-    const int flags = replace ? O_TRUNC : O_EXCL;
-    const int file = open(path.c_str(), O_WRONLY | O_CLOEXEC | O_CREAT | flags, kMode);
-    if (file < 0 && errno == EEXIST) {
-        throw BadInput(path + " is there already; --force replaces it");
-    }
+int openFile(const std::string& path, int flags) {
+    const int file = open(path.c_str(), O_WRONLY | O_CLOEXEC | flags, kMode);
     if (file < 0) {
-        refuse(path);
+        throw BadInput(errno == EEXIST ? path + " is there already; --force replaces it"
+                                       : "cannot write " + path + ": " + std::strerror(errno));
     }
     return file;
+}
+
+/// Behind all links: these stay when a file is replaced.
+std::string linkedPath(const std::string& path) {
+    char resolved[PATH_MAX];
+    return realpath(path.c_str(), resolved) ? resolved : path;
+}
+
+/// A new file beside that of this path, with these rights; `made` is its name.
+int openBeside(const std::string& path, mode_t mode, std::string& made) {
+    made = path + ".XXXXXX";
+    const int file = mkostemp(&made[0], O_CLOEXEC);
+    if (file < 0) {
+        throw BadInput("cannot write beside " + path + ": " + std::strerror(errno));
+    }
+    fchmod(file, mode);
+    return file;
+}
+
+int openTrace(const std::string& path, bool replace, std::string& made) {
+    struct stat there = {};
+    if (!replace || stat(path.c_str(), &there) != 0) {
+        const int file = openFile(path, O_CREAT | O_EXCL);
+        made = path;
+        return file;
+    }
+    if (S_ISREG(there.st_mode)) {
+        return openBeside(linkedPath(path), there.st_mode & ALLPERMS, made);
+    }
+    if (!S_ISCHR(there.st_mode)) {
+        throw BadInput(path + " is no file; '-' writes to standard output");
+    }
+    return openFile(path, 0);
 }
 
 }  // namespace
 
 TraceFile::TraceFile(const std::string& path, bool replace, const std::string& firstLines)
-    : path_(path), madeAs_(replace && isFile(path) ? path + ".new" : path), file_(openFile(madeAs_, replace), "open") {
-    write(firstLines);
-    if (madeAs_ != path && std::rename(madeAs_.c_str(), path.c_str()) != 0) {
-        refuse(path);
+    : path_(path), file_(openTrace(path, replace, made_), "open") {
+    try {
+        append(firstLines);
+        const bool replaces = !made_.empty() && made_ != path;
+        if (replaces && std::rename(made_.c_str(), linkedPath(path).c_str()) != 0) {
+            throw BadInput("cannot replace " + path + ": " + std::strerror(errno));
+        }
+    } catch (const std::exception&) {
+        unlink(made_.c_str());
+        throw;
     }
 }
 
 void TraceFile::append(const std::string& lines) {
-    write(lines);
-}
-
-void TraceFile::write(const std::string& lines) {
-    std::size_t done = 0;
-    while (done < lines.size()) {
-        const ssize_t count = ::write(file_.get(), lines.data() + done, lines.size() - done);
-        if (count < 0 && errno != EINTR) {
-            const int error = errno;
-            // Up to the end of its last whole line; what is no file cannot be shortened.
-            const std::size_t end = lines.rfind('\n', done == 0 ? 0 : done - 1);
-            const std::size_t kept = done == 0 || end == std::string::npos ? 0 : end + 1;
-            [[maybe_unused]] const int shortened = ftruncate(file_.get(), static_cast<off_t>(bytes_ + kept));
-            throw std::runtime_error("cannot write " + path_ + ": " + std::strerror(error) + "; it ends before this");
-        }
-        done += count > 0 ? static_cast<std::size_t>(count) : 0;
+    if (const int error = writeWholeLines(file_.get(), lines)) {
+        throw std::runtime_error("cannot write " + path_ + ": " + std::strerror(error) + "; it ends before this");
     }
     bytes_ += lines.size();
 }
