@@ -34,6 +34,29 @@ TEST_F(Faults, AServiceThatIsStoppedForSecondsGoesOnWithItsClients) {
     EXPECT_EQ(valuesOf(watch->output(), kWord), range(0, 2));
 }
 
+TEST_F(Faults, AServiceThatIsKilledUnderTrafficIsFoundAgain) {
+    constexpr int kRounds = 5;
+    constexpr int kValues = 300;  // a round
+    const auto roundOf = [](int value) { return (value - 1) / kValues; };
+    const auto watch = desk.start("vehiclectl watch " + kWord);
+    for (int first = 1; first <= kRounds * kValues; first += kValues) {
+        const auto simulator = desk.simulator("--no-initial");
+        simulator->write(wordLines(first, first + kValues - 1));
+        ASSERT_TRUE(watch->waitForOutput([&](const std::string& output) {
+            const std::vector<int> values = valuesOf(output, kWord);
+            return !values.empty() && values.back() > first + kValues / 3;
+        }));
+        simulator->signal(SIGKILL);
+        ASSERT_EQ(simulator->wait(), -SIGKILL);
+    }
+    const std::vector<int> values = valuesOf(watch->output(), kWord);
+    for (std::size_t i = 1; i < values.size(); ++i) {
+        const bool next = values[i] == values[i - 1] + 1;
+        EXPECT_TRUE(next || roundOf(values[i]) == roundOf(values[i - 1]) + 1)
+            << values[i] << " after " << values[i - 1] << ", neither the next one nor a current one";
+    }
+}
+
 // Three clients: one reads, one is killed and one is stopped while the service broadcasts. The stopped one stands for
 // an application that never comes back from its callback.
 TEST_F(Faults, ClientsThatDieOrStopHarmNeitherTheServiceNorTheOthers) {

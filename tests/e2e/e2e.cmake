@@ -1,8 +1,8 @@
 qvn_add_test(NAME e2e_test
     SOURCES e2e/Browser.cpp e2e/Desk.cpp e2e/Process.cpp e2e/RawSocket.cpp e2e/BadInput_test.cpp e2e/CanBus_test.cpp
             e2e/Faults_test.cpp e2e/HostilePeer_test.cpp e2e/Output_test.cpp e2e/Panel_test.cpp e2e/PanelPage_test.cpp
-            e2e/ProcessEnd_test.cpp e2e/Prompt_test.cpp e2e/Restart_test.cpp e2e/Security_test.cpp
-            e2e/Simulator_test.cpp e2e/Vehiclectl_test.cpp
+            e2e/ProcessEnd_test.cpp e2e/Prompt_test.cpp e2e/Security_test.cpp e2e/Simulator_test.cpp
+            e2e/Vehiclectl_test.cpp
     LIBS qvn_can_service_sim nlohmann_json::nlohmann_json PkgConfig::httplib
     LABELS e2e
     TOGETHER PanelInBrowser)
