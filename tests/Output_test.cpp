@@ -2,13 +2,16 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <poll.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cstdio>
 #include <string>
+#include <thread>
 
+#include "desk/WholeLines.h"
 #include "support/Resources.h"
 
 namespace qvn::tools {
@@ -50,7 +53,7 @@ private:
 };
 
 TEST_F(OutputTest, CountsWhatAStoppedReaderDoesNotGetAndCutsNoLine) {
-    constexpr int kLines = 2000;  // more than a pipe holds
+    constexpr int kLines = 5000;  // more than a pipe and what waits for it hold
     pid_t child = -1;
     int status = -1;
     const std::string complaint = test::logOf([&] {
@@ -78,6 +81,27 @@ TEST_F(OutputTest, CountsWhatAStoppedReaderDoesNotGetAndCutsNoLine) {
     EXPECT_EQ(text.size(), static_cast<std::size_t>(shown) * 100) << "whole lines";
     EXPECT_EQ(complaint,
               "standard output was not read in time; " + std::to_string(kLines - shown) + " lines were left out");
+}
+
+TEST_F(OutputTest, APipeThatIsFullHoldsWholeLines) {
+    std::string lines;
+    while (lines.size() < 100'000) {
+        lines += "16 bytes and end\n";
+    }
+    std::thread writer([&] { writeWholeLines(STDOUT_FILENO, lines); });
+    pollfd writable{STDOUT_FILENO, POLLOUT, 0};
+    while (poll(&writable, 1, 0) > 0) {
+        std::this_thread::yield();
+    }
+    std::string text = read();
+    const std::string first = text;
+    while (text.size() < lines.size()) {
+        text += read();
+    }
+    writer.join();
+    restore();
+    EXPECT_EQ(first.back(), '\n');
+    EXPECT_EQ(text, lines);
 }
 
 TEST_F(OutputTest, RestsWhenEverythingHasBeenWritten) {

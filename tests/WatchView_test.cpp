@@ -156,11 +156,28 @@ TEST_F(WatchViewTest, TheRateIsThatOfTheLastValues) {
     EXPECT_EQ(of("EPB1_EPBSts").arrivals.rate(17 * kSecond), 0.0);
 }
 
-TEST_F(WatchViewTest, AnOlderValueDoesNotReplaceANewerOne) {
-    value("EPB1_EPBSts", 2, 5);
-    value("EPB1_EPBSts", 1, 4);  // was there before the subscription
-    EXPECT_EQ(valueText(of("EPB1_EPBSts")).substr(0, 1), "2");
-    EXPECT_EQ(ageText(of("EPB1_EPBSts"), 6 * kSecond), ">1.0 s");
+TEST_F(WatchViewTest, OnlyWhatIsNewIsTold) {
+    const struct {
+        Update update;
+        bool told;
+        const char* state;
+    } cases[] = {
+        {valueOf("EPB1_EPBSts", {2}, 5), true, "2 available >1.0 s"},
+        {valueOf("EPB1_EPBSts", {1}, 4), false, "2 available >1.0 s"},  // was there before the subscription
+        {valueOf("EPB1_EPBSts", {2}, 5.5), false, "2 available 0.5 s"},
+        {statusOf("EPB1_EPBSts", true, 5.6), false, "2 available 0.5 s"},
+        {statusOf("EPB1_EPBSts", false, 5.7), true, "2 timed out 0.5 s"},
+        {statusOf("EPB1_EPBSts", false, 5.8), false, "2 timed out 0.5 s"},
+        {statusOf("EPB1_EPBSts", true, 5.9), true, "2 available 0.5 s"},
+        {valueOf("EPB1_EPBSts", {3}, 6), true, "3 available 0.0 s"},
+        {valueOf("ESP_FD2_VehSpd", {3}, 6), false, "3 available 0.0 s"},  // not looked at
+    };
+    for (const auto& [update, told, expected] : cases) {
+        EXPECT_EQ(states.apply(update) != nullptr, told) << expected;
+        const PropertyState& state = of("EPB1_EPBSts");
+        EXPECT_EQ(valueText(state).substr(0, 1) + " " + statusText(state) + " " + ageText(state, 6 * kSecond),
+                  expected);
+    }
 }
 
 TEST(PeriodsTest, AreMeasuredBetweenValues) {
