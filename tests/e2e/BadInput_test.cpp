@@ -92,25 +92,27 @@ TEST_F(BadInput, HelpManualPageAndCompletionNameTheSameOptions) {
         const std::string manual{std::istreambuf_iterator<char>(page), {}};
         EXPECT_EQ(optionsIn(manual), optionsIn(help)) << tool;
     }
-    const std::pair<const char*, const char*> cases[] = {{"vehiclectl wat", "watch"},
-                                                         {"vehiclectl --signals x wat", "watch"},
-                                                         {"vehiclectl watch --exit", "--exit-on-loss"},
-                                                         {"vehiclectl get ESP_FD2_VehSpdV", "ESP_FD2_VehSpdVld"},
-                                                         {"vehiclectl get HUT6_CarMdlD", ""},
-                                                         {"vehiclectl set HUT6_CarMdlD", "HUT6_CarMdlDispCmd"},
-                                                         {"vehiclectl record a.trace BCM1_Trunk", "BCM1_TrunkSts"},
-                                                         {"vehiclectl set A 1 --wait-for BCM1_Trunk", "BCM1_TrunkSts"},
-                                                         {"vehiclectl set A 1 --wait-for BCM1_DrvDoorSts = op", "open"},
-                                                         {"can-service-sim --exit", "--exit-at-end"}};
-    for (const auto& [line, completed] : cases) {
-        const std::string words(line);
+    const std::string notes = desk.file("notes.json", R"({"HUT6_CarMdlDispCmd": {"values": {"0": "off", "1": "on"}}})");
+    const std::pair<std::string, const char*> cases[] = {
+        {"vehiclectl wat", "watch"},
+        {"vehiclectl --signals x wat", "watch"},
+        {"vehiclectl watch --exit", "--exit-on-loss"},
+        {"vehiclectl get ESP_FD2_VehSpdV", "ESP_FD2_VehSpdVld"},
+        {"vehiclectl get HUT6_CarMdlD", ""},
+        {"vehiclectl set HUT6_CarMdlD", "HUT6_CarMdlDispCmd"},
+        {"vehiclectl record a.trace BCM1_Trunk", "BCM1_TrunkSts"},
+        {"vehiclectl set A 1 --wait-for BCM1_Trunk", "BCM1_TrunkSts"},
+        {"vehiclectl set A 1 --wait-for BCM1_DrvDoorSts = op", "open"},
+        {"vehiclectl --signals " + notes + " set HUT6_CarMdlDispCmd o", "off"},
+        {"can-service-sim --exit", "--exit-at-end"}};
+    for (const auto& [words, completed] : cases) {
         const std::string tool = words.substr(0, words.find(' '));
         const std::string function = tool == "vehiclectl" ? "_vehiclectl" : "_can_service_sim";
         EXPECT_EQ(desk.run("bash -c '. " QVN_COMPLETION_DIR "/" + tool + "; COMP_WORDS=(" + words +
                            "); COMP_CWORD=$((${#COMP_WORDS[@]} - 1)); " + function + " " + tool + "; echo $COMPREPLY'")
                       .output,
                   std::string(completed) + "\n")
-            << line;
+            << words;
     }
 }
 

@@ -200,7 +200,21 @@ TEST_F(Vehiclectl, ExaminesTheService) {
     EXPECT_NE(desk.run("vehiclectl get --signals " + notes + " ESP_FD2_VehSpd").output.find("4.5 mph"),
               std::string::npos)
         << "the file is no list of files";
-    EXPECT_NE(desk.run("vehiclectl info ESP_FD2_VehSpd").output.find("range        0 to 3686.344"), std::string::npos);
+    for (const auto& [name, range] :
+         {std::pair("ESP_FD2_VehSpd", "0 to 3686.344"), {"HUT6_CarMdlDispCmd", "0 to 255"}}) {
+        const std::string info = desk.run(std::string("vehiclectl info ") + name).output;
+        EXPECT_NE(info.find(std::string("range        ") + range), std::string::npos) << info;
+    }
+}
+
+TEST_F(Vehiclectl, HzTellsHowLongItLooked) {
+    const auto simulator = desk.simulator("-v");
+    const auto hz = desk.start("vehiclectl hz BCM1_DrvDoorSts --duration 100");
+    ASSERT_TRUE(simulator->waitForOutput("a client subscribed"));
+    hz->signal(SIGINT);
+    EXPECT_EQ(hz->wait(), 3);
+    EXPECT_NE(hz->errors().find("1 of 1 properties came less than twice in "), std::string::npos) << hz->errors();
+    EXPECT_EQ(hz->errors().find("100"), std::string::npos) << hz->errors();
 }
 
 TEST_F(Vehiclectl, RecordsATraceThatTheSimulatorPlays) {
@@ -238,6 +252,10 @@ TEST_F(Vehiclectl, RecordsATraceThatTheSimulatorPlays) {
     EXPECT_NE(played.output.find("CSA3_SeekUpSwtSts=2"), std::string::npos) << played.output;
     EXPECT_NE(played.output.find("service down"), std::string::npos) << played.output;
     EXPECT_EQ(desk.run("vehiclectl record " + trace).exitCode, 2) << "it would be lost";
+    const auto counted = desk.run("vehiclectl record --count 2 --force " + trace);
+    EXPECT_EQ(counted.exitCode, 0);
+    EXPECT_EQ(counted.errors.substr(0, 12), "2 events in ");
+    EXPECT_EQ(desk.run("grep -c . " + trace).output, "3\n");
     EXPECT_EQ(desk.run("vehiclectl record /dev/full --force --duration 0.1").exitCode, 1);
 }
 
