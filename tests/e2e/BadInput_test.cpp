@@ -100,6 +100,7 @@ TEST_F(BadInput, HelpManualPageAndCompletionNameTheSameOptions) {
         {"vehiclectl get ESP_FD2_VehSpdV", "ESP_FD2_VehSpdVld"},
         {"vehiclectl get HUT6_CarMdlD", ""},
         {"vehiclectl set HUT6_CarMdlD", "HUT6_CarMdlDispCmd"},
+        {"vehiclectl record BCM1_Trunk", ""},  // a file
         {"vehiclectl record a.trace BCM1_Trunk", "BCM1_TrunkSts"},
         {"vehiclectl set A 1 --wait-for BCM1_Trunk", "BCM1_TrunkSts"},
         {"vehiclectl set A 1 --wait-for BCM1_DrvDoorSts = op", "open"},
