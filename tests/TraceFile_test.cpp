@@ -50,13 +50,14 @@ TEST_F(TraceFileTest, EndsWithAWholeLineWhenItIsFull) {
     for (int line = 100; line < 2000; ++line) {  // more than is written at once
         longer += "(0.3) " + std::to_string(line).substr(0, 3) + "\n";
     }
-    const std::size_t most = file.bytes() + 1234 * 10;
+    constexpr std::size_t kFit = 12340;  // bytes, 10 a line
+    const std::size_t most = file.bytes() + kFit;
     {
         const FileSizeLimit full(most + 4);
         EXPECT_THROW(file.append(longer), std::runtime_error);
     }
     EXPECT_EQ(text().size(), most);
-    EXPECT_EQ(text().substr(most - 10), longer.substr(1233 * 10, 10));
+    EXPECT_EQ(text().substr(most - 10), longer.substr(kFit - 10, 10));
     file.append("(0.4) c\n");
     EXPECT_EQ(text().substr(most), "(0.4) c\n");
 }
