@@ -113,6 +113,10 @@ constexpr Span<SetRow> kSetSignals(kSetRows);
 
 static_assert(firstUnsortedRow(kSetRows) == kSetSignals.size(), "set signals must be sorted by code");
 
+SetRange setRange(const SetRow& row) {
+    return {-row.offset, (row.bytes == 1 ? 0xFF : 0xFFFF) - row.offset};
+}
+
 const SetRow* findSetSignal(std::uint32_t code) {
     return findByCode(kSetRows, code);
 }

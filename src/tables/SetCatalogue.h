@@ -20,6 +20,14 @@ struct SetRow {
 /// Sorted by code.
 extern const Span<SetRow> kSetSignals;
 
+/// The smallest and largest number that a set signal can carry.
+struct SetRange {
+    std::int32_t low;
+    std::int32_t high;
+};
+
+SetRange setRange(const SetRow& row);
+
 /// The set signal with that code, or null for a signal that cannot be set.
 const SetRow* findSetSignal(std::uint32_t code);
 

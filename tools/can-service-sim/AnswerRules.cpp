@@ -33,7 +33,7 @@ NameAndValue split(const std::string& word) {
 }
 
 std::int32_t checkedSetValue(std::uint32_t code, double value) {
-    const SetRange range = setRange(*tables::findSetSignal(code));
+    const tables::SetRange range = setRange(*tables::findSetSignal(code));
     if (value != std::floor(value) || value < range.low || value > range.high) {
         throw BadInput("value " + formatNumber(value) + " cannot be set; expected a whole number from " +
                        std::to_string(range.low) + " to " + std::to_string(range.high));

@@ -82,8 +82,4 @@ std::optional<std::int32_t> decodeSet(const tables::SetRow& row, const std::stri
     return static_cast<std::int32_t>(tables::numberIn(raw, row.bytes)) - row.offset;
 }
 
-SetRange setRange(const tables::SetRow& row) {
-    return {-row.offset, static_cast<std::int32_t>(largestNumber(row.bytes)) - row.offset};
-}
-
 }  // namespace qvn::tools

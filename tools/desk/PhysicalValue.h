@@ -29,12 +29,4 @@ std::string decodedText(const tables::DecodingRow& row, const std::string& raw);
 /// The number that a client set, from the bytes of its request. Nothing when the bytes are not of the signal's length.
 std::optional<std::int32_t> decodeSet(const tables::SetRow& row, const std::string& raw);
 
-/// The smallest and largest number that a set signal can carry.
-struct SetRange {
-    std::int32_t low;
-    std::int32_t high;
-};
-
-SetRange setRange(const tables::SetRow& row);
-
 }  // namespace qvn::tools

@@ -18,7 +18,7 @@ Json describe(std::uint32_t code) {
     object["signal"] = signalName(code);
     object["code"] = hexText(code);
     if (const tables::SetRow* const row = tables::findSetSignal(code)) {
-        const SetRange range = setRange(*row);
+        const tables::SetRange range = setRange(*row);
         object["direction"] = "set";
         object["range"] = {range.low, range.high};
         object["bytes"] = row->bytes;

@@ -19,7 +19,7 @@ std::int32_t valueToSet(const PropertyInfo& property, const std::string& text) {
     }
     const std::uint32_t code = property.settable.front();
     const double value = parseValue(code, text, "the value to set");
-    const SetRange range = setRange(*tables::findSetSignal(code));
+    const tables::SetRange range = setRange(*tables::findSetSignal(code));
     if (value != std::floor(value) || value < range.low || value > range.high) {
         throw BadInput("value " + text + " does not fit " + property.name + "; expected a whole number from " +
                        std::to_string(range.low) + " to " + std::to_string(range.high));
