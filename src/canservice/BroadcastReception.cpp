@@ -52,8 +52,10 @@ void T21CanServiceFdbusClient::onBroadcast(const CFdbMessage& message) {
     if (messageStatus.msg_status() == qvn::wire::kMessageTimedOut) {
         feedbackSignalStatus(message.code(), VEHICLE_PROPERTY_STATUS_TIMEOUT, row);
         QVN_LOG(Error, "[%s][%d]can service dispatchs signals timeout!");
+        tellStatus(*row, VEHICLE_PROPERTY_STATUS_TIMEOUT);
     } else if (messageStatus.msg_status() == qvn::wire::kMessageOk) {
         feedbackSignalStatus(message.code(), VEHICLE_PROPERTY_STATUS_AVAILABLE, row);
         QVN_LOG(Info, "[%s][%d]can service dispatchs signals becomes ok!");
+        tellStatus(*row, VEHICLE_PROPERTY_STATUS_AVAILABLE);
     }
 }

@@ -40,15 +40,18 @@ private:
 }  // namespace
 
 CanServiceFdbusClientManager::CanServiceFdbusClientManager(const VehilceClientInfo* table,
-                                                           const SignalCallback& callback, CBaseWorker* worker) {
-    createCanServiceFdbusClient(table, callback, worker);
+                                                           const SignalCallback& callback, CBaseWorker* worker,
+                                                           ServiceObserver* observer) {
+    createCanServiceFdbusClient(table, callback, worker, observer);
 }
 
 void CanServiceFdbusClientManager::createCanServiceFdbusClient(const VehilceClientInfo* table,
-                                                               const SignalCallback& callback, CBaseWorker* worker) {
+                                                               const SignalCallback& callback, CBaseWorker* worker,
+                                                               ServiceObserver* observer) {
     const std::string address = std::string("svc://") + qvn::wire::kServiceName;
     const std::string name = std::string(qvn::wire::kServiceName) + "_client";
     theClient = std::make_shared<T21CanServiceFdbusClient>(name.c_str(), worker);
+    theClient->setObserver(observer);
     theClient->enableReconnect(true);
     // The service answers the first subscribe with current values, which would be lost on a client without callback and
     // table.

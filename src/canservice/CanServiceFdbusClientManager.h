@@ -8,10 +8,11 @@
 /// Creates, connects and owns the one client of the CAN service.
 class CanServiceFdbusClientManager {
 public:
-    CanServiceFdbusClientManager(const VehilceClientInfo* table, const SignalCallback& callback, CBaseWorker* worker);
+    CanServiceFdbusClientManager(const VehilceClientInfo* table, const SignalCallback& callback, CBaseWorker* worker,
+                                 ServiceObserver* observer = nullptr);
 
     void createCanServiceFdbusClient(const VehilceClientInfo* table, const SignalCallback& callback,
-                                     CBaseWorker* worker);
+                                     CBaseWorker* worker, ServiceObserver* observer = nullptr);
     void registerErrSignalCallback(qvn::platform::vehicle::SetErrorCallback callback, std::uint64_t subscription = 0);
     void registerAvailableSignalCallabck(AvailableSignalCallback callback);
 

@@ -21,7 +21,7 @@ void FdbusServiceManager::init() {
 }
 
 void FdbusServiceManager::createCanServiceClientManager() {
-    clientManager = std::make_shared<CanServiceFdbusClientManager>(signalTable, signalCallback, worker);
+    clientManager = std::make_shared<CanServiceFdbusClientManager>(signalTable, signalCallback, worker, observer);
 }
 
 void FdbusServiceManager::registerErrSignalCallback(qvn::platform::vehicle::SetErrorCallback callback,
@@ -31,6 +31,10 @@ void FdbusServiceManager::registerErrSignalCallback(qvn::platform::vehicle::SetE
 
 void FdbusServiceManager::registerAvailableSignalCallabck(AvailableSignalCallback callback) {
     clientManager->registerAvailableSignalCallabck(std::move(callback));
+}
+
+void FdbusServiceManager::observeReverseLine() {
+    clientManager->client().observeReverseLine();
 }
 
 void FdbusServiceManager::stop() {

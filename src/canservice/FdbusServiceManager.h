@@ -15,6 +15,8 @@ public:
     void setFuncType(FUNCTION_TYPE type);
     void setSignalTable(const VehilceClientInfo* table);
     void registerSignalCallback(SignalCallback callback);
+    /// Must outlive the manager; may be left away.
+    void setObserver(ServiceObserver* newObserver) { observer = newObserver; }
 
     /// Creates the client and connects it. A further call replaces the client.
     void init();
@@ -27,6 +29,7 @@ public:
     bool signalFeedback(qvn::platform::vehicle::VehicleProperty property, T value) {
         return clientManager->signalFeedback(property, value);
     }
+    void observeReverseLine();
     // These do nothing, and find nothing at work, before init(); otherwise see T21CanServiceFdbusClient.
     void stop();
     bool endCallbacks(std::chrono::steady_clock::time_point deadline);
@@ -39,6 +42,7 @@ private:
     std::shared_ptr<CanServiceFdbusClientManager> clientManager;
     const VehilceClientInfo* signalTable = nullptr;
     SignalCallback signalCallback;
+    ServiceObserver* observer = nullptr;
     FUNCTION_TYPE functionType{};
 };
 

@@ -37,6 +37,7 @@ void T21CanServiceFdbusClient::sendPasworkCmd(int cmd) {
 }
 
 void T21CanServiceFdbusClient::registerErrSignalCallback(SetErrorCallback callback, std::uint64_t subscription) {
+    lineSubscribed = true;
     {
         const qvn::sync::MutexLock lock(callbackMutex);
         if (subscription >= subscriptionNumber) {
@@ -77,9 +78,29 @@ void T21CanServiceFdbusClient::watchReverseLine() {
     }
 }
 
+void T21CanServiceFdbusClient::observeReverseLine() {
+    const CallbackGate::Passage passage(gate);
+    if (!passage || online) {
+        return;
+    }
+    if (!lineSubscribed) {
+        watchReverseLine();
+    }
+    tellReverseLine();
+}
+
+void T21CanServiceFdbusClient::tellReverseLine() {
+    const int level = online ? -1 : gpioport_get_inout_value(kReverseLine);
+    if (observer != nullptr && (level == kReverseEngaged || level == kReverseReleased)) {
+        observer->reverseLineRead(kParkingWorkCommand, level == kReverseEngaged ? kOpenViews : kCloseViews);
+        observer->reverseLineRead(kSystemPowerMode, kPowerModeOn);
+    }
+}
+
 void T21CanServiceFdbusClient::onInterrupt(void* context) {
-    static_cast<T21CanServiceFdbusClient*>(context)->onLibraryThread("an edge of the reverse line",
-                                                                     [&] { gpioIsrCallback(context); });
+    auto* const client = static_cast<T21CanServiceFdbusClient*>(context);
+    client->onLibraryThread("an edge of the reverse line",
+                            [client] { client->lineSubscribed ? gpioIsrCallback(client) : client->tellReverseLine(); });
 }
 
 // The texts name neither this class nor always the level that was read; log analysis knows them this way.

@@ -88,9 +88,16 @@ void T21CanServiceFdbusClient::onOnline(FdbSessionId_t, bool) {
     }
     subscribe(list, 0);
     QVN_LOG(Info, "[%s][%d]T21CanServiceFdbusClient online...");
+    if (observer != nullptr) {
+        onLibraryThread("the coming of the service", [this] { observer->serviceChanged(true); });
+    }
 }
 
-void T21CanServiceFdbusClient::onOffline(FdbSessionId_t, bool) {}
+void T21CanServiceFdbusClient::onOffline(FdbSessionId_t, bool isLast) {
+    if (observer != nullptr && isLast) {
+        onLibraryThread("the going of the service", [this] { observer->serviceChanged(false); });
+    }
+}
 
 // Sets are not confirmed: whatever the service answers is of no interest.
 void T21CanServiceFdbusClient::onReply(CBaseJob::Ptr&) {}

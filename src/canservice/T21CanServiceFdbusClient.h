@@ -12,6 +12,7 @@
 
 #include "adapter/T21CanSignalAdapter.h"
 #include "canservice/CallbackGate.h"
+#include "canservice/ServiceObserver.h"
 #include "common.base.canservice.pb.h"
 #include "sync/Mutex.h"
 #include "tables/MessageCatalogue.h"
@@ -32,10 +33,16 @@ public:
     void setFuncSignalTable(const VehilceClientInfo* table);
     void registerSignalCallback(SignalCallback callback);
     void registerAvailableSignalCallabck(AvailableSignalCallback callback);
+    /// To be set before connect(); it must outlive the client.
+    void setObserver(ServiceObserver* newObserver) { observer = newObserver; }
     /// Stores the application's status callback, acts on the reverse line's present level and starts watching it.
     /// A callback is not stored when one with a higher number is there: of two subscriptions at once the later one
     /// counts.
     void registerErrSignalCallback(qvn::platform::vehicle::SetErrorCallback callback, std::uint64_t subscription = 0);
+
+    /// For the observer where nobody may have subscribed: watches the reverse line and tells its present level, unless
+    /// the service was reached already. No value is injected.
+    void observeReverseLine();
 
     /// Sends one set request for each enabled table row of the property, in table order, on the caller's thread.
     /// Returns the outcome of the last one: false if that row's signal cannot be set, or if there was no row.
@@ -89,6 +96,8 @@ private:
     void feedbackSignalStatus(int code_id, qvn::platform::vehicle::VehiclePropertyStatus status,
                               const qvn::tables::MessageRow* message);
     void watchReverseLine();
+    void tellReverseLine();
+    void tellStatus(const qvn::tables::MessageRow& message, qvn::platform::vehicle::VehiclePropertyStatus status);
     void endSending();
     bool hand(int code, const can_service::SetSignalValueRequest& request);
 
@@ -96,6 +105,9 @@ private:
     // Stays true once the service was reached: from then on the reverse line is left to CAN.
     std::atomic<bool> online{false};
     std::atomic<qvn::platform::vehicle::SetErrorCallback> errorCallback{nullptr};
+    ServiceObserver* observer = nullptr;
+    // From the first subscription on the line makes values.
+    std::atomic<bool> lineSubscribed{false};
     std::shared_ptr<T21CanSignalAdapter> signalAdapter;
     std::atomic<const VehilceClientInfo*> signal_table_{nullptr};
     AvailableSignalCallback availableSignalCallback QVN_GUARDED_BY(callbackMutex);

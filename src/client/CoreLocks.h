@@ -33,6 +33,19 @@ private:
     sync::Mutex* const mMutex;
 };
 
+/// For the whole of a dispatch, also when the application's callback throws: at its end, with the lock given back, the
+/// observer is told. What that leads to may end the thread.
+class VehicleClientImpl::Telling {
+public:
+    explicit Telling(VehicleClientImpl& core) : mCore(core) {}
+    ~Telling() noexcept(false) { mCore.tellDispatched(); }
+    Telling(const Telling&) = delete;
+    Telling& operator=(const Telling&) = delete;
+
+private:
+    VehicleClientImpl& mCore;
+};
+
 /// For a dispatch, by a thread that has just been given the turn. At the end it delivers what others have left to it.
 class QVN_SCOPED_LOCK VehicleClientImpl::DispatchLock {
 public:

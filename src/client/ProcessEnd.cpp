@@ -65,6 +65,8 @@ public:
         --mChanges;
         mChanged.notify_all();
     }
+    void alsoEnd(ProcessEnd::Callbacks& callbacks) { mOthers = &callbacks; }
+    ProcessEnd::Callbacks* others() const { return mOthers; }
     void busRuns() { mBusRuns = true; }
     bool doesBusRun() const { return mBusRuns; }
 
@@ -84,6 +86,7 @@ private:
     int mChanges QVN_GUARDED_BY(mMutex) = 0;
     bool mEnding QVN_GUARDED_BY(mMutex) = false;
     std::atomic<bool> mBusRuns{false};
+    std::atomic<ProcessEnd::Callbacks*> mOthers{nullptr};
 };
 
 /// The first client may be in the making when the end has begun already, too late for a Guard. This is destroyed before
@@ -211,11 +214,16 @@ void Guard::endTraffic() {
 /// False when a callback still runs: the one that calls exit(), or one that takes too long.
 bool Guard::endCallbacks(Clock::time_point deadline) {
     const std::vector<VehicleClientImpl*>& cores = Cores::instance().all();
+    ProcessEnd::Callbacks* const others = Cores::instance().others();
     const bool inside =
+        (others != nullptr && others->isInside()) ||
         std::any_of(cores.begin(), cores.end(), [](VehicleClientImpl* core) { return core->isInsideCallback(); });
     bool ended = true;
     for (VehicleClientImpl* const core : cores) {
         ended = core->endCallbacks(inside ? Clock::now() : deadline) && ended;
+    }
+    if (others != nullptr) {
+        ended = others->end(inside ? Clock::now() : deadline) && ended;
     }
     if (!ended && !inside) {
         logError("[%s][%d]a callback of the application is still running; the process ends without it");
@@ -235,6 +243,10 @@ bool Guard::endBus(Clock::time_point deadline, bool callbackRuns) {
 }
 
 }  // namespace
+
+void ProcessEnd::alsoEnd(Callbacks& callbacks) {
+    Cores::instance().alsoEnd(callbacks);
+}
 
 ProcessEnd::CoreChange::CoreChange(VehicleClientImpl& core, Kind kind)
     : mAllowed(Cores::instance().beginChange(core, kind == kMade)) {}

@@ -1,6 +1,8 @@
 #ifndef CLIENT_PROCESS_END_H
 #define CLIENT_PROCESS_END_H
 
+#include <chrono>
+
 namespace qvn {
 namespace platform {
 namespace vehicle {
@@ -18,6 +20,19 @@ class VehicleClientImpl;
 /// callback waits for no other callback. A child of fork, which has none of the threads, just ends.
 class ProcessEnd {
 public:
+    /// Callbacks of the application that run on other threads than a core's.
+    class Callbacks {
+    public:
+        /// Whether the calling thread is inside one.
+        virtual bool isInside() = 0;
+        /// Lets no further one begin, and waits for those that run, other than on the calling thread. False when the
+        /// time is over before.
+        virtual bool end(std::chrono::steady_clock::time_point deadline) = 0;
+
+    protected:
+        ~Callbacks() = default;
+    };
+
     /// While a core is made or destroyed. The end of the process waits for that; once it has begun, no core begins any
     /// more, and none that there is may be destroyed: it stays as it is, for whoever still calls it.
     class CoreChange {
@@ -35,6 +50,9 @@ public:
     private:
         const bool mAllowed;
     };
+
+    /// Has these ended with those of the cores; they live for ever.
+    static void alsoEnd(Callbacks& callbacks);
 
     /// Starts FDBus's own thread, unless it runs, and sees to its end. False when there is no thread to be had.
     static bool startBus();

@@ -85,6 +85,7 @@ void VehicleClientImpl::dispatchSingal(VehiclePropValue value, PropertyType type
     } else if (!dispatchTurn.takeOrLeave(delivery)) {
         return;
     }
+    const Telling telling(*this);
     const DispatchLock lock(*this);
     deliver(delivery);
 }
@@ -111,6 +112,7 @@ void VehicleClientImpl::deliver(DispatchTurn::Delivery& delivery) {
         if (contains(subscribedIds, value.prop)) {
             callback = propertyChangedCallback;
         }
+        willTell(value, delivery.type);
     }
     if (callback != nullptr) {
         callback(std::move(value), delivery.type);

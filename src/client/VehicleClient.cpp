@@ -3,6 +3,7 @@
 #include <chrono>
 #include <utility>
 
+#include "client/ProcessCore.h"
 #include "client/ProcessEnd.h"
 #include "client/VehicleClientImpl.h"
 #include "sync/Mutex.h"
@@ -16,6 +17,7 @@ namespace {
 constexpr std::chrono::hours kForAsLongAsItTakes(24);
 
 sync::Mutex gSingletonMutex;
+std::atomic<VehicleClientImpl*> gProcessCore{nullptr};
 
 }  // namespace
 
@@ -28,10 +30,15 @@ VehicleClient* VehicleClient::getInstance() {
         client = mVehicleClient;
         if (client == nullptr) {
             client = new VehicleClient;
+            gProcessCore = client->mImpl.get();
             mVehicleClient = client;
         }
     }
     return client;
+}
+
+VehicleClientImpl* processCore() {
+    return gProcessCore;
 }
 
 VehicleClient::VehicleClient() : mImpl(new VehicleClientImpl) {
@@ -43,10 +50,13 @@ VehicleClient::~VehicleClient() {
     {
         const sync::MutexLock lock(gSingletonMutex);
         VehicleClient* self = this;
-        mVehicleClient.compare_exchange_strong(self, nullptr);
+        if (mVehicleClient.compare_exchange_strong(self, nullptr)) {
+            gProcessCore = nullptr;
+        }
     }
     const ProcessEnd::CoreChange destruction(*mImpl, ProcessEnd::CoreChange::kDestroyed);
     mImpl->endCallbacks(std::chrono::steady_clock::now() + kForAsLongAsItTakes);
+    mImpl->endObservation();
     if (destruction && !mImpl->hasLostThread()) {
         mImpl.reset();
     } else {

@@ -87,7 +87,12 @@ void VehicleClientImpl::init() {
     }
     initSignalTable(functionType);
 
+    {
+        const sync::MutexLock state(stateMutex);
+        getTimestamp(service.since);
+    }
     serviceManager = std::make_shared<FdbusServiceManager>(this);
+    serviceManager->setObserver(this);
     serviceManager->setSignalTable(signalTable);
     serviceManager->setFuncType(functionType);
     // A lambda with one pointer fits into std::function, so that copying it on the receive path allocates nothing.

@@ -4,13 +4,17 @@
 #include <common_base/fdbus.h>
 #include <vehicle/VehicleProperty.h>
 
+#include <atomic>
 #include <chrono>
 #include <cstdint>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
+#include "canservice/ServiceObserver.h"
 #include "client/DispatchTurn.h"
+#include "client/VehicleObserver.h"
 #include "sync/Mutex.h"
 
 class FdbusServiceManager;
@@ -25,7 +29,7 @@ namespace vehicle {
 /// dispatch, there also while the application's callback runs: it keeps them apart from each other. stateMutex is a
 /// leaf: it guards the cache and the few words that subscribe, the replay and the set path share with a dispatch, and
 /// is never held across a call out.
-class VehicleClientImpl : public CBaseWorker {
+class VehicleClientImpl : public CBaseWorker, private ServiceObserver {
 public:
     VehicleClientImpl();
     /// Must not run on the worker itself or inside a callback.
@@ -68,6 +72,13 @@ public:
     bool setByteProperty(int property, std::vector<unsigned char>& value);
     bool setStringProperty(int property, std::string& value);
 
+    /// Has everything that is received from now on told to the observer, in place of the one before; null: to nobody.
+    /// Calls to the one before may still be running.
+    VehicleSnapshot observe(VehicleObserver* newObserver);
+    void endObservation();
+    /// Tells the observer of the reverse line, too, until the service has been reached; the present level at once.
+    void observeReverseLine();
+
     // How the traffic of a process that exits is ended; see T21CanServiceFdbusClient.
     void stop();
     bool endCallbacks(std::chrono::steady_clock::time_point deadline);
@@ -78,8 +89,17 @@ public:
 private:
     class CacheLock;
     class DispatchLock;
+    class Telling;
 
     void deliver(DispatchTurn::Delivery& delivery);
+
+    // For the observer: a value is noted while it is dispatched, and told when the locks are given back.
+    void willTell(const VehiclePropValue& value, PropertyType type) QVN_REQUIRES(stateMutex);
+    void tellDispatched();
+
+    void serviceChanged(bool there) override;
+    void statusReported(int property, VehiclePropertyStatus status) override;
+    void reverseLineRead(int property, int number) override;
 
     template <class Payload>
     bool readPayload(int property, Payload VehiclePropValue::RawValue::*payload, Payload& out);
@@ -106,6 +126,11 @@ protected:
     std::uint64_t subscriptionNumber QVN_GUARDED_BY(stateMutex) = 0;
     bool workerStarted = false;
     DispatchTurn dispatchTurn;
+
+    // Changed under stateMutex, so that an observer misses nothing between its snapshot and what it is told.
+    std::atomic<VehicleObserver*> observer{nullptr};
+    ServiceState service QVN_GUARDED_BY(stateMutex);
+    std::set<int> timedOut QVN_GUARDED_BY(stateMutex);
 };
 
 }  // namespace vehicle
