@@ -39,7 +39,7 @@ if(QVN_PLATFORM STREQUAL "host")
         LIBS qvn_test_support qvn_internals
         LABELS library)
     qvn_add_test(NAME vehicle_client_test
-        SOURCES VehicleClientSet_test.cpp VehicleClient_test.cpp
+        SOURCES VehicleClientSet_test.cpp VehicleClient_test.cpp VehicleSession_test.cpp
         LIBS qvn_test_support qvn::vehicleclient
         LABELS library)
 endif()

@@ -1,0 +1,98 @@
+#include "session/Mailbox.h"
+
+#include <algorithm>
+
+namespace qvn {
+namespace session {
+
+namespace {
+
+bool sameNumber(double a, double b) {
+    return !(a < b) && !(a > b) && std::isnan(a) == std::isnan(b);
+}
+
+}  // namespace
+
+Mailbox::Mailbox(const SubscribeOptions& options, std::size_t properties)
+    : mChangesOnly(options.isChangesOnly()),
+      mLatestOnly(options.isLatestOnly()),
+      mMost(options.queueSize()),
+      mPeriod(std::chrono::duration_cast<std::chrono::steady_clock::duration>(options.minimumPeriod())),
+      mSlots(properties) {}
+
+Mailbox::Offer Mailbox::offer(std::size_t index, const PropertyState& state, Time now) {
+    Slot& slot = mSlots[index];
+    if (slot.waits) {
+        slot.waiting->state = state;
+        return Offer::Settled;
+    }
+    if (now < slot.opensAt) {
+        const bool toBeReleased = slot.isHeldBack;
+        slot.heldBack = state;
+        slot.isHeldBack = true;
+        return toBeReleased ? Offer::Settled : Offer::HeldBack;
+    }
+    return enqueue(index, state, now) ? Offer::Waits : Offer::Settled;
+}
+
+bool Mailbox::release(std::size_t index, Time now) {
+    Slot& slot = mSlots[index];
+    slot.isHeldBack = false;
+    return enqueue(index, slot.heldBack, now);
+}
+
+bool Mailbox::take(PropertyState& state) {
+    while (!mWaiting.empty()) {
+        const auto first = mWaiting.begin();
+        mSpare.splice(mSpare.begin(), mWaiting, first);
+        Slot& slot = mSlots[first->index];
+        slot.waits = false;
+        state = first->state;
+        if (!mLatestOnly || isNews(slot, state)) {
+            slot.last = state;
+            slot.hasLast = true;
+            state.missed = mMissed;
+            mMissed = 0;
+            return true;
+        }
+    }
+    return false;
+}
+
+bool Mailbox::isNews(const Slot& slot, const PropertyState& state) const {
+    return !mChangesOnly || !slot.hasLast || state.reception != slot.last.reception ||
+           state.direction != slot.last.direction || !sameNumber(state.payload, slot.last.payload);
+}
+
+bool Mailbox::enqueue(std::size_t index, const PropertyState& state, Time now) {
+    Slot& slot = mSlots[index];
+    if (!isNews(slot, state)) {
+        return false;
+    }
+    slot.opensAt = now + mPeriod;
+    const auto waiting = append(index, state);
+    if (mLatestOnly) {
+        slot.waits = true;
+        slot.waiting = waiting;
+    } else {
+        slot.last = state;
+        slot.hasLast = true;
+    }
+    return true;
+}
+
+std::list<Mailbox::Waiting>::iterator Mailbox::append(std::size_t index, const PropertyState& state) {
+    if (!mLatestOnly && mWaiting.size() >= mMost) {
+        mSpare.splice(mSpare.begin(), mWaiting, mWaiting.begin());
+        ++mMissed;
+    }
+    if (mSpare.empty()) {
+        mSpare.push_back({index, state});
+    }
+    mWaiting.splice(mWaiting.end(), mSpare, mSpare.begin());
+    mWaiting.back() = {index, state};
+    return std::prev(mWaiting.end());
+}
+
+}  // namespace session
+}  // namespace qvn

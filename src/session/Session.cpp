@@ -1,0 +1,347 @@
+#include "session/Session.h"
+
+#include <algorithm>
+
+#include "canservice/CallApplication.h"
+#include "canservice/ForkGuard.h"
+#include "log/Log.h"
+
+namespace qvn {
+namespace session {
+
+namespace {
+
+/// After so many handlers an executor's thread may do something else first.
+constexpr int kMostInOneTask = 256;
+
+}  // namespace
+
+/// While one handler or task runs.
+class Session::Run {
+public:
+    Run(Session& session, const Work& work) : mSession(session), mReceiver(work.receiver.get()) {}
+    ~Run() {
+        Receiver::Handler ended;
+        const sync::MutexLock lock(mutex);
+        mSession.mRunner = std::thread::id();
+        mSession.mRunning = nullptr;
+        if (mReceiver != nullptr && mReceiver->ended) {
+            ended.swap(mReceiver->handler);  // it has ended itself, or the session
+        }
+        Sessions::instance().settled();
+    }
+    Run(const Run&) = delete;
+    Run& operator=(const Run&) = delete;
+
+private:
+    Session& mSession;
+    Receiver* const mReceiver;
+};
+
+/// While the executor takes the task. False when the session has ended.
+class Session::Posting {
+public:
+    explicit Posting(Session& session) : mSession(session) {
+        const sync::MutexLock lock(mutex);
+        mAllowed = !session.mEnded && !Sessions::instance().hasStopped();
+        if (mAllowed) {
+            session.mPosters.push_back(std::this_thread::get_id());
+        }
+    }
+    ~Posting() {
+        if (mAllowed) {
+            const sync::MutexLock lock(mutex);
+            std::vector<std::thread::id>& all = mSession.mPosters;
+            all.erase(std::find(all.begin(), all.end(), std::this_thread::get_id()));
+            Sessions::instance().settled();
+        }
+    }
+    Posting(const Posting&) = delete;
+    Posting& operator=(const Posting&) = delete;
+
+    explicit operator bool() const { return mAllowed; }
+
+private:
+    Session& mSession;
+    bool mAllowed = false;
+};
+
+Session::Session(Executor executor) : mExecutor(std::move(executor)) {}
+
+void Session::start() {
+    const std::shared_ptr<Session> self = shared_from_this();
+    const std::weak_ptr<Session> session = self;
+    mDrain = [session] {
+        if (const std::shared_ptr<Session> there = session.lock()) {
+            there->drain();
+        }
+    };
+    const sync::MutexLock lock(mutex);
+    mIsAwake = !mExecutor;
+    mThread = std::thread([self] { self->mExecutor ? self->keepTime() : self->serve(); });
+    Sessions::instance().all().push_back(this);
+}
+
+void Session::end() {
+    bool isOver = false;
+    {
+        sync::MutexLock lock(mutex);
+        mEnded = true;
+        mWake.notify_all();
+        isOver = Sessions::instance().waitFor(*this, lock, Time::max(),
+                                              [this]() QVN_REQUIRES(mutex) { return !isOccupied(); });
+        Sessions::instance().all().remove(this);
+    }
+    if (isOver && mThread.get_id() != std::this_thread::get_id()) {
+        mThread.join();
+    } else {
+        mThread.detach();
+    }
+}
+
+void Session::add(const std::shared_ptr<Receiver>& receiver) {
+    receiver->place = mQuiet.insert(mQuiet.end(), receiver);
+}
+
+std::shared_ptr<Receiver> Session::remove(Receiver& receiver) {
+    receiver.ended = true;
+    mHeldBack.erase(std::remove_if(mHeldBack.begin(), mHeldBack.end(),
+                                   [&](const HeldBack& held) { return held.receiver == &receiver; }),
+                    mHeldBack.end());
+    std::make_heap(mHeldBack.begin(), mHeldBack.end(), comesLater);
+    std::shared_ptr<Receiver> removed = std::move(*receiver.place);
+    (receiver.isReady ? mReady : mQuiet).erase(receiver.place);
+    return removed;
+}
+
+std::shared_ptr<Receiver> Session::anyReceiver() const {
+    const Receivers& some = mReady.empty() ? mQuiet : mReady;
+    return some.empty() ? nullptr : some.front();
+}
+
+void Session::offer(Receiver& receiver, std::size_t index, const PropertyState& state, Time now) {
+    switch (receiver.mailbox.offer(index, state, now)) {
+        case Mailbox::Offer::Settled:
+            break;
+        case Mailbox::Offer::Waits:
+            setReady(receiver);
+            break;
+        case Mailbox::Offer::HeldBack:
+            holdBack(receiver, index);
+            break;
+    }
+}
+
+void Session::run(Task task) {
+    mTasks.push_back(std::move(task));
+    workHasCome();
+}
+
+void Session::setReady(Receiver& receiver) {
+    if (!receiver.isReady) {
+        receiver.isReady = true;
+        mReady.splice(mReady.end(), mQuiet, receiver.place);
+    }
+    workHasCome();
+}
+
+void Session::workHasCome() {
+    if (!mIsAwake && !mEnded) {
+        mIsAwake = true;
+        Change::willSignal(*this);
+    }
+}
+
+void Session::holdBack(Receiver& receiver, std::size_t index) {
+    const Time until = receiver.mailbox.opensAt(index);
+    mHeldBack.push_back({until, &receiver, index});
+    std::push_heap(mHeldBack.begin(), mHeldBack.end(), comesLater);
+    if (until < mSleepsUntil) {
+        mWake.notify_all();
+    }
+}
+
+void Session::release() {
+    if (mHeldBack.empty()) {
+        return;
+    }
+    const Time now = std::chrono::steady_clock::now();
+    while (!mHeldBack.empty() && mHeldBack.front().until <= now) {
+        const HeldBack due = mHeldBack.front();
+        std::pop_heap(mHeldBack.begin(), mHeldBack.end(), comesLater);
+        mHeldBack.pop_back();
+        if (due.receiver->mailbox.release(due.index, now)) {
+            setReady(*due.receiver);
+        }
+    }
+}
+
+void Session::signal() {
+    if (mExecutor) {
+        post();
+    } else {
+        mWake.notify_all();
+    }
+}
+
+// The session's own thread.
+
+void Session::serve() {
+    try {
+        while (waitForWork()) {
+            for (bool more = true; more;) {
+                const ForkGuard forkGuard;
+                more = runOne();
+            }
+        }
+    } catch (const canservice::ForcedUnwind&) {
+        QVN_LOG(Error,
+                "[%s][%d]a handler ended its thread, which is its session's: the session's handlers run no more!");
+        const sync::MutexLock lock(mutex);
+        mEnded = true;
+        throw;
+    }
+}
+
+bool Session::waitForWork() {
+    sync::MutexLock lock(mutex);
+    for (; !mEnded; sleep(lock)) {
+        mIsAwake = true;
+        release();
+        if (hasWork()) {
+            return true;
+        }
+        mIsAwake = false;
+        Sessions::instance().settled();
+    }
+    return false;
+}
+
+void Session::keepTime() {
+    for (;;) {
+        {
+            sync::MutexLock lock(mutex);
+            while (!mEnded && (mHeldBack.empty() || std::chrono::steady_clock::now() < mHeldBack.front().until)) {
+                sleep(lock);
+            }
+            if (mEnded) {
+                return;
+            }
+        }
+        const Change change;
+        release();
+    }
+}
+
+void Session::sleep(sync::MutexLock& lock) {
+    if (mHeldBack.empty()) {
+        mSleepsUntil = Time::max();
+        mWake.wait(lock.native());
+    } else {
+        mSleepsUntil = mHeldBack.front().until;
+        mWake.wait_until(lock.native(), mSleepsUntil);
+    }
+    mSleepsUntil = Time::min();
+}
+
+// The executor's.
+
+void Session::post() {
+    const Posting posting(*this);
+    if (!posting) {
+        return;
+    }
+    bool isTaken = false;
+    canservice::callApplication([this, &isTaken] {
+        mExecutor(mDrain);
+        isTaken = true;
+    });
+    if (!isTaken) {
+        const sync::MutexLock lock(mutex);
+        mIsAwake = false;  // the next update tries again
+    }
+}
+
+void Session::drain() {
+    for (int i = 0; i < kMostInOneTask && runOne(); ++i) {
+    }
+    const Change change;
+    mIsAwake = false;
+    if (hasWork()) {
+        workHasCome();
+    }
+}
+
+// Handlers.
+
+bool Session::runOne() {
+    Work work;
+    {
+        const sync::MutexLock lock(mutex);
+        if (!next(work)) {
+            return false;
+        }
+        mRunner = std::this_thread::get_id();
+        mRunning = work.receiver.get();
+    }
+    const Run run(*this, work);
+    canservice::callApplication([&work] { work.receiver ? work.receiver->handler(work.state) : work.task(); });
+    return true;
+}
+
+bool Session::next(Work& work) {
+    release();
+    const bool isRunning = mRunner != std::thread::id();  // by a task that the executor took, and threw
+    if (isRunning || !hasWork() || Sessions::instance().hasStopped()) {
+        return false;
+    }
+    if (mTasks.empty()) {
+        return nextUpdate(work);
+    }
+    work.task = std::move(mTasks.front());
+    mTasks.pop_front();
+    return true;
+}
+
+bool Session::nextUpdate(Work& work) {
+    while (!mReady.empty()) {
+        const auto first = mReady.begin();
+        Receiver& receiver = **first;
+        const bool isNews = receiver.mailbox.take(work.state);
+        receiver.isReady = !receiver.mailbox.empty();
+        Receivers& to = receiver.isReady ? mReady : mQuiet;
+        to.splice(to.end(), mReady, first);
+        if (isNews) {
+            work.receiver = *first;
+            return true;
+        }
+    }
+    return false;
+}
+
+// Who is in here.
+
+bool Session::isOccupied() const {
+    const std::thread::id self = std::this_thread::get_id();
+    return (mRunner != std::thread::id() && mRunner != self) ||
+           std::any_of(mPosters.begin(), mPosters.end(), [self](std::thread::id poster) { return poster != self; });
+}
+
+bool Session::isInside() const {
+    const std::thread::id self = std::this_thread::get_id();
+    return mRunner == self || std::find(mPosters.begin(), mPosters.end(), self) != mPosters.end();
+}
+
+bool Session::isBusy() const {
+    const bool hasNothing = mReady.empty() && mTasks.empty() && mHeldBack.empty() && mRunner == std::thread::id();
+    return !mExecutor && !mEnded && mRunner != std::this_thread::get_id() && !hasNothing;
+}
+
+int Session::busyWith() const {
+    const Receiver* const receiver = mRunning != nullptr ? mRunning : mReady.empty() ? nullptr : mReady.front().get();
+    const Receiver* const known = receiver != nullptr || mHeldBack.empty() ? receiver : mHeldBack.front().receiver;
+    return known == nullptr ? 0 : known->properties.front();
+}
+
+}  // namespace session
+}  // namespace qvn

@@ -1,0 +1,97 @@
+#include "session/Sessions.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <thread>
+#include <utility>
+
+#include "session/Session.h"
+
+namespace qvn {
+namespace session {
+
+sync::Mutex mutex;
+
+Sessions& Sessions::instance() {
+    static Sessions& sessions = *new Sessions;
+    return sessions;
+}
+
+void Sessions::settled() {
+    if (mWaiting > 0) {
+        mSettled.notify_all();
+    }
+}
+
+bool Sessions::waitFor(Session& session, sync::MutexLock& lock, Time deadline, const std::function<bool()>& done) {
+    setWaiting(&session);
+    ++mWaiting;
+    bool inTime = true;
+    while (!done() && !mEnded && !isForItself(session) && inTime) {
+        inTime = deadline == Time::max() ? (mSettled.wait(lock.native()), true)
+                                         : mSettled.wait_until(lock.native(), deadline) == std::cv_status::no_timeout;
+    }
+    --mWaiting;
+    setWaiting(nullptr);
+    return done();
+}
+
+bool Sessions::waitForAll(sync::MutexLock& lock, Time deadline, const std::function<bool(const Session&)>& isBusy) {
+    ++mWaiting;
+    const bool inTime = mSettled.wait_until(lock.native(), deadline, [&]() QVN_REQUIRES(mutex) {
+        return std::none_of(mAll.begin(), mAll.end(), [&](const Session* session) { return isBusy(*session); });
+    });
+    --mWaiting;
+    return inTime;
+}
+
+bool Sessions::isForItself(const Session& session) const {
+    const std::thread::id self = std::this_thread::get_id();
+    for (const Session* next = &session; next != nullptr; next = next->waitsFor) {
+        if (next->isRunBy(self)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+/// For whom the handlers wait that the calling thread is inside of.
+void Sessions::setWaiting(const Session* session) {
+    for (Session* const each : mAll) {
+        if (each->isRunBy(std::this_thread::get_id())) {
+            each->waitsFor = session;
+        }
+    }
+    settled();  // who waits for one of these may now be waiting for itself
+}
+
+Change::Change() {
+    mutex.lock();
+}
+
+Change::~Change() noexcept(false) {
+    std::vector<std::shared_ptr<Session>>& all = Sessions::instance().mToSignal;
+    for (bool more = true; more;) {
+        std::array<std::shared_ptr<Session>, 8> some;
+        std::size_t count = 0;
+        while (count < some.size() && !all.empty()) {
+            some[count++] = std::move(all.back());
+            all.pop_back();
+        }
+        more = !all.empty();
+        mutex.unlock();
+        std::for_each(some.begin(), some.begin() + count,
+                      [](const std::shared_ptr<Session>& session) { session->signal(); });
+        if (more) {
+            mutex.lock();
+        }
+    }
+}
+
+void Change::willSignal(Session& session) {
+    Sessions::instance().mToSignal.push_back(session.shared_from_this());
+}
+
+}  // namespace session
+}  // namespace qvn

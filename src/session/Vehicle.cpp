@@ -1,0 +1,374 @@
+#include "session/Vehicle.h"
+
+#include <unistd.h>
+#include <vehicle/PropertyIds.h>
+#include <vehicle/VehicleClient.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <utility>
+
+#include "client/ProcessCore.h"
+#include "client/VehicleClientImpl.h"
+#include "session/Properties.h"
+
+namespace qvn {
+namespace session {
+
+using namespace platform::vehicle;
+
+constexpr int Vehicle::kService;
+
+namespace {
+
+/// So many sessions see the end of the process before static objects do: those that a program keeps are among its
+/// first.
+constexpr int kMostExitHandlers = 256;
+
+constexpr std::chrono::seconds kPatienceAtExit(2);
+
+SetResult refused(int property, SetError error, const char* why) {
+    SetResult result;
+    result.error = error;
+    result.text = why + nameOf(property) + " was not set";
+    return result;
+}
+
+}  // namespace
+
+Vehicle::Vehicle() : mProcess(::getpid()) {}
+
+bool Vehicle::isForked() const {
+    return ::getpid() != mProcess;
+}
+
+Vehicle& Vehicle::instance() {
+    static Vehicle& vehicle = *new Vehicle;
+    return vehicle;
+}
+
+void Vehicle::open(const std::shared_ptr<Session>& session) {
+    VehicleClient::getInstance();
+    ProcessEnd::alsoEnd(*this);
+    session->start();
+    const Change change;
+    observe();
+}
+
+void Vehicle::close(Session& session) {
+    session.end();
+    PendingSets::Finished finished;
+    Session::Receivers removed;
+    const Change change;
+    while (const std::shared_ptr<Receiver> receiver = session.anyReceiver()) {
+        removed.push_back(detach(*receiver, session));
+    }
+    mSets.endAllOf(session, SetEnd::SessionEnded, finished);
+    if (Sessions::instance().all().empty() && mObserved != nullptr && mObserved == processCore()) {
+        processCore()->observe(nullptr);
+        mObserved = nullptr;
+    }
+}
+
+std::shared_ptr<Receiver> Vehicle::subscribe(const std::shared_ptr<Session>& session, std::vector<int> properties,
+                                             Receiver::Handler handler, const SubscribeOptions& options) {
+    const auto isOfLine = [](int property) {
+        return property == ids::BCM8_PASWorkCmd || property == ids::PEPS2_SysPowerMod;
+    };
+    const bool needsLine = std::any_of(properties.begin(), properties.end(), isOfLine);
+    const auto receiver = std::make_shared<Receiver>(session, std::move(properties), std::move(handler), options);
+    {
+        const Change change;
+        observe();
+        session->add(receiver);
+        route(*receiver, *session);
+        if (options.isPresentFirst()) {
+            offerPresent(*receiver, *session);
+        }
+        seeExit(*session);
+    }
+    if (needsLine && processCore() != nullptr) {
+        processCore()->observeReverseLine();
+    }
+    return receiver;
+}
+
+void Vehicle::route(Receiver& receiver, Session& session) {
+    for (std::size_t i = 0; i < receiver.properties.size(); ++i) {
+        mRecords[receiver.properties[i]].routes.push_back({&session, &receiver, i});
+    }
+}
+
+void Vehicle::offerPresent(Receiver& receiver, Session& session) {
+    const Time now = std::chrono::steady_clock::now();
+    for (std::size_t i = 0; i < receiver.properties.size(); ++i) {
+        const Record& record = mRecords[receiver.properties[i]];
+        if (record.state.reception != Reception::NeverReceived) {
+            session.offer(receiver, i, record.state, now);
+        }
+    }
+}
+
+void Vehicle::end(Receiver& receiver) {
+    std::shared_ptr<Receiver> removed;
+    Receiver::Handler handler;
+    const std::shared_ptr<Session> session = receiver.session.lock();
+    if (!session || isForked()) {
+        return;
+    }
+    sync::MutexLock lock(mutex);
+    if (!receiver.ended) {
+        removed = detach(receiver, *session);
+    }
+    const auto hasReturned = [&]() QVN_REQUIRES(mutex) { return !session->isRunning(receiver); };
+    if (Sessions::instance().waitFor(*session, lock, Time::max(), hasReturned)) {
+        handler.swap(receiver.handler);
+    }
+}
+
+std::shared_ptr<Receiver> Vehicle::detach(Receiver& receiver, Session& session) {
+    for (const int property : receiver.properties) {
+        std::vector<Route>& routes = mRecords[property].routes;
+        routes.erase(std::remove_if(routes.begin(), routes.end(),
+                                    [&](const Route& route) { return route.receiver == &receiver; }),
+                     routes.end());
+    }
+    return session.remove(receiver);
+}
+
+// What the client reports.
+
+void Vehicle::observe() {
+    VehicleClientImpl* const core = processCore();
+    if (core != nullptr && core != mObserved) {
+        mObserved = core;
+        mService = ServiceState();
+        for (auto& each : mRecords) {
+            each.second.state = PropertyState();
+            each.second.state.property = each.first;
+            each.second.isTimedOut = each.second.isAway = false;
+        }
+        take(core->observe(this));
+    }
+}
+
+void Vehicle::take(const VehicleSnapshot& snapshot) {
+    take(snapshot.service);
+    for (const PropertyState& value : snapshot.values) {
+        Record& record = mRecords[value.property];
+        if (value.hasValue() && take(record, value)) {
+            // From an earlier connection, unless it came on this one.
+            record.isAway = mService.presence == ServicePresence::Gone ||
+                            (value.origin == ValueOrigin::Can && value.timestamp < mService.since);
+        } else if (!record.state.hasValue()) {
+            record.state.property = value.property;
+            record.state.type = value.type;
+        }
+    }
+    for (const int property : snapshot.timedOut) {
+        mRecords[property].isTimedOut = true;
+    }
+    for (auto& each : mRecords) {
+        if (each.first != kService && updateReception(each.second)) {
+            publish(each.second);
+        }
+    }
+}
+
+void Vehicle::valueReceived(const PropertyState& value) {
+    PendingSets::Finished finished;
+    const Change change;
+    Record& record = mRecords[value.property];
+    if (take(record, value)) {
+        record.isAway = false;
+        updateReception(record);
+        publish(record);
+        mSets.valueReceived(record.state, finished);
+    }
+}
+
+/// False for a value that a newer one has overtaken, and for one of the reverse line where CAN has said something.
+bool Vehicle::take(Record& record, const PropertyState& value) {
+    const bool isOvertaken = value.timestamp != 0 && value.timestamp <= record.state.timestamp;
+    const bool isOfCan = record.state.hasValue() && record.state.origin == ValueOrigin::Can;
+    if (isOvertaken || (isOfCan && value.origin == ValueOrigin::ReverseLine)) {
+        return false;
+    }
+    record.state = value;
+    return true;
+}
+
+void Vehicle::statusReported(int property, VehiclePropertyStatus status) {
+    const Change change;
+    Record& record = mRecords[property];
+    record.isTimedOut = status == VEHICLE_PROPERTY_STATUS_TIMEOUT;
+    if (updateReception(record)) {
+        publish(record);
+    }
+}
+
+void Vehicle::serviceChanged(const ServiceState& state) {
+    PendingSets::Finished finished;
+    const Change change;
+    take(state);
+    if (state.presence == ServicePresence::Gone) {
+        mSets.endAll(SetEnd::ServiceGone, finished);
+    }
+}
+
+/// An application has deleted the process's client; the one that comes in its place is observed when it is needed.
+void Vehicle::observationEnded() {
+    {
+        const sync::MutexLock lock(mutex);
+        mObserved = nullptr;
+    }
+    ServiceState gone;
+    gone.presence = ServicePresence::Gone;
+    gone.since = std::chrono::nanoseconds(std::chrono::steady_clock::now().time_since_epoch()).count();
+    serviceChanged(gone);
+}
+
+void Vehicle::take(const ServiceState& state) {
+    if (state.since <= mService.since) {
+        return;
+    }
+    mService = state;
+    Record& service = mRecords[kService];
+    service.state.property = kService;
+    service.state.payload = static_cast<double>(state.presence);
+    service.state.timestamp = state.since;
+    service.state.reception = Reception::Received;
+    publish(service);
+    if (state.presence != ServicePresence::Gone) {
+        return;
+    }
+    for (auto& each : mRecords) {
+        Record& record = each.second;
+        record.isTimedOut = false;
+        record.isAway = record.isAway || record.state.reception != Reception::NeverReceived;
+        if (each.first != kService && updateReception(record)) {
+            publish(record);
+        }
+    }
+}
+
+bool Vehicle::updateReception(Record& record) {
+    const Reception before = record.state.reception;
+    record.state.reception = record.isTimedOut         ? Reception::TimedOut
+                             : record.isAway           ? Reception::ServiceAway
+                             : record.state.hasValue() ? Reception::Received
+                                                       : Reception::NeverReceived;
+    return record.state.reception != before;
+}
+
+void Vehicle::publish(Record& record) {
+    if (record.routes.empty()) {
+        return;
+    }
+    const Time now = std::chrono::steady_clock::now();
+    for (const Route& route : record.routes) {
+        route.session->offer(*route.receiver, route.index, record.state, now);
+    }
+}
+
+PropertyState Vehicle::state(int property) {
+    const sync::MutexLock lock(mutex);
+    const auto found = mRecords.find(property);
+    if (found != mRecords.end() && property != kService) {
+        return found->second.state;
+    }
+    PropertyState unknown;
+    unknown.property = property;
+    return unknown;
+}
+
+ServiceState Vehicle::serviceState() {
+    const sync::MutexLock lock(mutex);
+    return mService;
+}
+
+SetResult Vehicle::send(int property, int number, PendingSets::Pending* awaited, bool whenThereAlready) {
+    const int effect = awaited != nullptr ? awaited->effect : 0;
+    const double effectNumber = awaited != nullptr ? awaited->number : 0.0;
+    std::uint64_t id = 0;
+    {
+        const sync::MutexLock lock(mutex);
+        if (mService.presence != ServicePresence::There || Sessions::instance().hasStopped()) {
+            return refused(property, SetError::ServiceAway, "the CAN service is not there; ");
+        }
+        id = awaited != nullptr ? mSets.add(std::move(*awaited)) : 0;
+    }
+    std::vector<int> numbers{number};
+    const bool isSent = VehicleClient::getInstance()->setInt32Property(property, numbers);
+
+    PendingSets::Finished finished;
+    std::list<PendingSets::Pending> removed;
+    const sync::MutexLock lock(mutex);
+    if (!isSent) {
+        removed = mSets.remove(id);
+        return removed.empty() && awaited != nullptr
+                   ? SetResult()
+                   : refused(property, SetError::Ended, "the vehicle client serves nothing; ");
+    }
+    const PropertyState& present = mRecords[effect].state;
+    if (whenThereAlready && present.isCurrent() && PendingSets::isReached(present, effectNumber)) {
+        mSets.end(id, SetEnd::Reached, finished);
+    }
+    return SetResult();
+}
+
+bool Vehicle::waitUntilIdle(Time deadline, std::string* busy) {
+    sync::MutexLock lock(mutex);
+    const auto isBusy = [](const Session& session) QVN_REQUIRES(mutex) { return session.isBusy(); };
+    if (Sessions::instance().waitForAll(lock, deadline, isBusy)) {
+        return true;
+    }
+    for (const Session* const session : Sessions::instance().all()) {
+        if (busy != nullptr && session->isBusy()) {
+            *busy = session->busyWith() == kService ? "the CAN service" : nameOf(session->busyWith());
+        }
+    }
+    return false;
+}
+
+// The end of the process.
+
+bool Vehicle::isInside() {
+    const sync::MutexLock lock(mutex);
+    const std::list<Session*>& all = Sessions::instance().all();
+    return std::any_of(all.begin(), all.end(),
+                       [](const Session* session) QVN_REQUIRES(mutex) { return session->isInside(); });
+}
+
+bool Vehicle::end(Time deadline) {
+    PendingSets::Finished finished;
+    sync::MutexLock lock(mutex);
+    Sessions& sessions = Sessions::instance();
+    sessions.stop();
+    mSets.endAll(SetEnd::SessionEnded, finished);
+    const bool ended =
+        sessions.waitForAll(lock, sessions.hasEnded() ? Time() : deadline,
+                            [](const Session& session) QVN_REQUIRES(mutex) { return session.isOccupied(); });
+    sessions.end();
+    return ended;
+}
+
+/// A static session is destroyed before the client's traffic ends, and must not wait for a handler that hangs. What is
+/// registered when a session is used is done before the session goes.
+void Vehicle::seeExit(Session& session) {
+    if (!session.seesExit && mExitHandlers < kMostExitHandlers && std::atexit(&Vehicle::endBeforeStaticObjects) == 0) {
+        session.seesExit = true;
+        ++mExitHandlers;
+    }
+}
+
+void Vehicle::endBeforeStaticObjects() {
+    Vehicle& vehicle = instance();
+    if (!vehicle.isForked()) {
+        vehicle.end(std::chrono::steady_clock::now() +
+                    (vehicle.isInside() ? std::chrono::seconds(0) : kPatienceAtExit));
+    }
+}
+
+}  // namespace session
+}  // namespace qvn
