@@ -144,12 +144,18 @@ TEST_F(WatchViewTest, AServiceThatGoesLeavesStaleValues) {
     value("BCM1_DrvDoorSts", 1, 8);
     EXPECT_STREQ(statusText(of("BCM1_DrvDoorSts")), "available");
     EXPECT_EQ(ageText(of("BCM1_DrvDoorSts"), 9 * kSecond), ">1.0 s");
+    service(false, 10);
+    EXPECT_EQ(states.service().since, 10 * kSecond);
+    status("BCM1_DrvDoorSts", true, 9.9);
+    EXPECT_STREQ(statusText(of("BCM1_DrvDoorSts")), "stale");
+    status("BCM1_DrvDoorSts", false, 11);
+    EXPECT_STREQ(statusText(of("BCM1_DrvDoorSts")), "timed out");
 }
 
 TEST_F(WatchViewTest, TheRateIsThatOfTheLastValues) {
     EXPECT_EQ(of("EPB1_EPBSts").arrivals.rate(0), 0.0);
-    for (int i = 0; i <= 100; ++i) {
-        value("EPB1_EPBSts", 1, 1 + i * 0.1);
+    for (int i = 0; i <= 96; ++i) {  // three times as many as are kept, and one
+        value("EPB1_EPBSts", 1, 1.4 + i * 0.1);
     }
     EXPECT_NEAR(of("EPB1_EPBSts").arrivals.rate(11 * kSecond), 10.0, 0.01);
     EXPECT_NEAR(of("EPB1_EPBSts").arrivals.rate(13 * kSecond), 1.0, 0.01) << "it has stopped";
