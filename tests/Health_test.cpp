@@ -18,7 +18,9 @@ TEST(Health, CountsValuesMessagesAndWhatTheServiceSendsAnew) {
     for (const int direction : {1000, 1001, 1002}) {
         health.take(valueOf("CSA3_SeekUpSwtSts", {0, direction}, 1));
     }
-    health.take(valueOf("BCM1_DrvDoorSts", {1}, 1));
+    for (int again = 0; again < 2; ++again) {  // from the client's callback and from its cache
+        health.take(valueOf("BCM1_DrvDoorSts", {1}, 1));
+    }
     health.take(statusOf("BCM1_DrvDoorSts", true, 1.5));
     for (const double at : {1.0, 2.0}) {
         health.take(valueOf("PEPS2_SysPowerMod", {2}, at, Update::Origin::ReverseLine));
@@ -40,6 +42,8 @@ TEST(Health, CountsValuesMessagesAndWhatTheServiceSendsAnew) {
     health.take(serviceIs(false, 4));
     EXPECT_TRUE(findings().timedOut.empty());
     EXPECT_FALSE(findings().up);
+    health.take(valueOf("BCM1_DrvDoorSts", {1}, 5));
+    EXPECT_EQ(findings().rate, 1.5) << "a first value again";
 }
 
 }  // namespace

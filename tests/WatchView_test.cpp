@@ -154,12 +154,25 @@ TEST_F(WatchViewTest, AServiceThatGoesLeavesStaleValues) {
 
 TEST_F(WatchViewTest, TheRateIsThatOfTheLastValues) {
     EXPECT_EQ(of("EPB1_EPBSts").arrivals.rate(0), 0.0);
-    for (int i = 0; i <= 96; ++i) {  // three times as many as are kept, and one
-        value("EPB1_EPBSts", 1, 1.4 + i * 0.1);
+    for (int i = 0; i <= 97; ++i) {  // the first one, three times as many as are kept, and one
+        value("EPB1_EPBSts", 1, 1.3 + i * 0.1);
     }
     EXPECT_NEAR(of("EPB1_EPBSts").arrivals.rate(11 * kSecond), 10.0, 0.01);
     EXPECT_NEAR(of("EPB1_EPBSts").arrivals.rate(13 * kSecond), 1.0, 0.01) << "it has stopped";
     EXPECT_EQ(of("EPB1_EPBSts").arrivals.rate(17 * kSecond), 0.0);
+}
+
+TEST(PropertyStatesTest, KnowTheFirstValueOfEachSwitchOfAProperty) {
+    PropertyStates states({&propertyNamed("CSA3_*")});
+    const PropertyState& state = states.of(propertyNamed("CSA3_*"));
+    for (const int direction : {1000, 1001, 1002}) {
+        states.apply(valueOf("CSA3_*", {0, direction}, 1 + direction * 1e-6));
+    }
+    EXPECT_EQ(valueText(state), "0 dir. 1002");
+    EXPECT_EQ(ageText(state, 3 * kSecond), ">2.0 s");
+    EXPECT_EQ(state.arrivals.rate(2 * kSecond), 0.0);
+    states.apply(valueOf("CSA3_*", {1, 1001}, 2));
+    EXPECT_EQ(ageText(state, 3 * kSecond), "1.0 s");
 }
 
 TEST_F(WatchViewTest, OnlyWhatIsNewIsTold) {

@@ -1,6 +1,8 @@
 #pragma once
 
-#include <set>
+#include <algorithm>
+#include <cstdint>
+#include <map>
 #include <utility>
 #include <vector>
 
@@ -8,21 +10,26 @@
 
 namespace qvn::tools {
 
-/// Tells the values that the service has had for long, which all come when a client connects, from those that tell how
-/// often it sends.
+/// Tells the values that the service has had for long, which all come when a client connects, from those that it sends
+/// afterwards.
 class FirstValues {
 public:
-    /// Whether the service sent this value while it was looked at. The first one of a property is none of these, nor is
-    /// that of each switch that shares a property with others.
-    bool isTraffic(const Update& update) {
+    /// The service has gone; when it is back, its values are first ones again.
+    void lose(long at) { lostAt_ = at; }
+
+    /// Whether a value is the first one of its property, or of its switch where several share the property; or one that
+    /// has come already.
+    bool take(const Update& update) {
         const std::vector<std::int32_t>& numbers = update.value.value.int32Values;
-        const bool isSwitch = numbers.size() == 2;
-        return update.kind == Update::Kind::Value && update.origin == Update::Origin::Service &&
-               !seen_.insert({update.property, isSwitch ? numbers[1] : 0}).second;
+        long& last = last_[{update.property, numbers.size() == 2 ? numbers[1] : 0}];
+        const bool first = last <= lostAt_ || update.at <= last;
+        last = std::max(last, update.at);
+        return first;
     }
 
 private:
-    std::set<std::pair<int, std::int32_t>> seen_;  // property, direction
+    std::map<std::pair<int, std::int32_t>, long> last_;  // by property and direction; CLOCK_MONOTONIC, ns
+    long lostAt_ = 0;
 };
 
 }  // namespace qvn::tools

@@ -7,7 +7,11 @@
 namespace qvn::tools {
 
 void Health::take(Update update) {
-    traffic_ += first_.isTraffic(update) ? 1U : 0U;
+    if (update.kind == Update::Kind::Value && update.origin == Update::Origin::Service) {
+        traffic_ += first_.take(update) ? 0U : 1U;
+    } else if (update.kind == Update::Kind::Service && !update.good) {
+        first_.lose(update.at);
+    }
     if (update.origin != Update::Origin::ReverseLine) {
         states_.apply(std::move(update));
     }

@@ -40,7 +40,8 @@ int hzCommand(const MeasureOptions& options, const StopSignals& stop, Output& ou
     FirstValues first;
     const Clock::time_point start = Clock::now();
     followFor(options.duration, stop, [&](const Update& update) {
-        if (first.isTraffic(update)) {
+        const bool received = update.kind == Update::Kind::Value && update.origin == Update::Origin::Service;
+        if (received && !first.take(update)) {
             periods[update.property].add(update.value.timestamp);
         }
     });

@@ -129,8 +129,10 @@ const PropertyState* PropertyStates::apply(Update update) {
         return nullptr;
     }
     if (received > before) {
-        state.arrivals.add(received);
-        state.first = before <= lostAt_;
+        state.first = first_.take(update);
+        if (!state.first) {
+            state.arrivals.add(received);
+        }
         state.stale = state.stale && received <= lostAt_;
     }
     if (state.value && sameValue(*state.value, update.value)) {
@@ -149,6 +151,7 @@ void PropertyStates::serviceChanged(const Update& update) {
     service_ = {update.good, update.at};
     if (!update.good) {
         lostAt_ = update.at;
+        first_.lose(update.at);
         for (auto& entry : states_) {
             entry.second.stale = entry.second.value.has_value();
         }

@@ -7,6 +7,7 @@
 
 #include "desk/PropertyNames.h"
 #include "vehiclectl/Arrivals.h"
+#include "vehiclectl/FirstValues.h"
 #include "vehiclectl/PropertyFeed.h"
 
 namespace qvn::tools {
@@ -72,6 +73,7 @@ private:
 
     std::map<int, PropertyState> states_;
     ServiceState service_;
+    FirstValues first_;
     long lostAt_ = 0;
 };
 
