@@ -6,6 +6,7 @@ qvn_add_test(NAME tables_test
 set_property(SOURCE support/ExpectedTables.cpp PROPERTY COMPILE_DEFINITIONS
     QVN_EXPECTED_TABLES="${CMAKE_CURRENT_SOURCE_DIR}/data/expected_tables.txt")
 qvn_add_test(NAME schema_test SOURCES Schema_test.cpp LIBS canservice_schema LABELS library)
+qvn_add_test(NAME mailbox_test SOURCES Mailbox_test.cpp LIBS qvn_internals LABELS library)
 qvn_add_test(NAME value_encoding_test
     SOURCES ValueEncoding_test.cpp
     LIBS qvn_internals

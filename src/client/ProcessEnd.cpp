@@ -226,7 +226,7 @@ bool Guard::endCallbacks(Clock::time_point deadline) {
         ended = others->end(inside ? Clock::now() : deadline) && ended;
     }
     if (!ended && !inside) {
-        logError("[%s][%d]a callback of the application is still running; the process ends without it");
+        ProcessEnd::leaveCallbackBehind();
     }
     return ended;
 }
@@ -254,6 +254,13 @@ ProcessEnd::CoreChange::CoreChange(VehicleClientImpl& core, Kind kind)
 ProcessEnd::CoreChange::~CoreChange() {
     if (mAllowed) {
         Cores::instance().endChange();
+    }
+}
+
+void ProcessEnd::leaveCallbackBehind() {
+    static std::atomic<bool> told{false};
+    if (!told.exchange(true)) {
+        logError("[%s][%d]a callback of the application is still running; the process ends without it");
     }
 }
 

@@ -54,6 +54,9 @@ public:
     /// Has these ended with those of the cores; they live for ever.
     static void alsoEnd(Callbacks& callbacks);
 
+    /// Logs, once, that the process ends without a callback that still runs.
+    static void leaveCallbackBehind();
+
     /// Starts FDBus's own thread, unless it runs, and sees to its end. False when there is no thread to be had.
     static bool startBus();
 };

@@ -364,9 +364,13 @@ void Vehicle::seeExit(Session& session) {
 
 void Vehicle::endBeforeStaticObjects() {
     Vehicle& vehicle = instance();
-    if (!vehicle.isForked()) {
-        vehicle.end(std::chrono::steady_clock::now() +
-                    (vehicle.isInside() ? std::chrono::seconds(0) : kPatienceAtExit));
+    if (vehicle.isForked()) {
+        return;
+    }
+    const bool inside = vehicle.isInside();
+    const Time now = std::chrono::steady_clock::now();
+    if (!vehicle.end(inside ? now : now + kPatienceAtExit) && !inside) {
+        ProcessEnd::leaveCallbackBehind();
     }
 }
 
