@@ -6,6 +6,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 #include <vehicle/VehicleClient.h>
+#include <vehicle/VehicleSession.h>
 
 #include <atomic>
 #include <chrono>
@@ -107,7 +108,6 @@ int exitOnTheBussThread() {
 
 /// As a shell does it, for a program that is not there.
 int forkAChildThatCannotExec() {
-    subscribe(&tell);
     const pid_t child = fork();
     if (child == 0) {
         execl("/nonexistent", "nonexistent", nullptr);
@@ -226,6 +226,79 @@ int setInADestructor() {
     return kExitCode;
 }
 
+/// A session that lasts as long as the process does: destroyed before the client's traffic ends.
+VehicleSession& staticSession() {
+    static VehicleSession session;
+    return session;
+}
+
+/// Values arrive at this handler until the process ends, and it must see none after.
+void subscribeSession(VehicleSession& session, const VehicleSession::Handler& handler) {
+    static std::vector<Subscription> subscriptions;
+    subscriptions.push_back(session.subscribe({kDoor, kSpeed}, handler));
+    firstValue.get_future().wait();
+}
+
+void tellState(const PropertyState&) {
+    if (!nothingArrivesAfterMe.alive) {
+        std::abort();
+    }
+    tell({}, PROPERTY_TYPE_UNKNOWN);
+}
+
+int leaveASessionOnTheHeap() {
+    subscribeSession(*new VehicleSession, &tellState);
+    return kExitCode;
+}
+
+int exitInAHandler() {
+    subscribeSession(staticSession(), &tellState);
+    const Subscription exiting = staticSession().subscribe({kDoor}, [](const PropertyState&) { std::exit(kExitCode); });
+    return pause();
+}
+
+int exitInAHandlerInPlace() {
+    static VehicleSession session([](const VehicleSession::Task& task) { task(); });
+    const Subscription exiting = session.subscribe({kDoor}, [](const PropertyState&) { std::exit(kExitCode); });
+    return pause();
+}
+
+int endASessionsThread() {
+    auto session = std::make_unique<VehicleSession>();
+    subscribeSession(*session, [](const PropertyState& state) {
+        tellState(state);
+        pthread_exit(nullptr);
+    });
+    session.reset();
+    return kExitCode;
+}
+
+/// The child's copies of static sessions have no threads.
+int forkBesideASession() {
+    subscribeSession(staticSession(), &tellState);
+    return forkAChildThatCannotExec();
+}
+
+int forkInAHandler() {
+    subscribeSession(staticSession(), [](const PropertyState&) { forkAndReturn({}, PROPERTY_TYPE_UNKNOWN); });
+    const int status = childsStatus.get_future().get();
+    return WIFEXITED(status) && WEXITSTATUS(status) == EXIT_FAILURE ? kExitCode : 1;
+}
+
+int waitForAnEffectOnAThread() {
+    subscribeSession(staticSession(), &tellState);
+    std::thread([] { staticSession().setAndAwait(kCommand, 1, kDoor, 99, std::chrono::hours(1)).wait(); }).detach();
+    return kExitCode;
+}
+
+int hangInAHandler() {
+    subscribeSession(staticSession(), [](const PropertyState& state) {
+        tellState(state);
+        mainHasEnded.get_future().wait();
+    });
+    return kExitCode;
+}
+
 const std::map<std::string, int (*)()> ways = {
     {"return", [] { return subscribe(&tell), kExitCode; }},
     {"return-without-service", [] { return subscribe(&tell, false), kExitCode; }},
@@ -235,11 +308,20 @@ const std::map<std::string, int (*)()> ways = {
     {"exit-on-bus-thread", &exitOnTheBussThread},
     {"slow-callback", [] { return subscribe(&beSlow), kExitCode; }},
     {"callback-waits-for-main", [] { return subscribe(&waitForMain), kExitCode; }},
-    {"fork-and-fail-to-exec", &forkAChildThatCannotExec},
+    {"fork-and-fail-to-exec", [] { return subscribe(&tell), forkAChildThatCannotExec(); }},
     {"fork-in-callback", &forkInACallback},
     {"own-client", &haveAClientOfItsOwn},
     {"exit-beside-get-instance", &exitBesideGetInstance},
     {"end-thread-in-callback", &endTheThreadInACallback},
+    {"session-static", [] { return subscribeSession(staticSession(), &tellState), kExitCode; }},
+    {"session-on-heap", &leaveASessionOnTheHeap},
+    {"session-exit-in-handler", &exitInAHandler},
+    {"session-exit-in-place", &exitInAHandlerInPlace},
+    {"session-end-thread", &endASessionsThread},
+    {"session-fork", &forkBesideASession},
+    {"session-fork-in-handler", &forkInAHandler},
+    {"session-awaits", &waitForAnEffectOnAThread},
+    {"session-handler-waits-for-main", &hangInAHandler},
     {"log-nobody-reads", &leaveALogThatNobodyReads},
     {"many-sets", &leaveManySetsOnTheWay},
     {"set-in-destructor", &setInADestructor},

@@ -41,6 +41,10 @@ TEST_F(ProcessEnd, IsCleanOnEveryWayOut) {
                             "own-client", "end-thread-in-callback"}) {
         endsCleanly(way, 4);
     }
+    for (const char* way : {"session-static", "session-on-heap", "session-exit-in-handler", "session-exit-in-place",
+                            "session-end-thread", "session-fork", "session-fork-in-handler", "session-awaits"}) {
+        endsCleanly(way, 6);
+    }
     service.reset();
     endsCleanly("return-without-service", 4);
 }
@@ -52,9 +56,11 @@ TEST_F(ProcessEnd, WaitsForNobodyLongerThanTwoSeconds) {
         int exitCode;
         const char* output;
         const char* complaint;
-    } cases[] = {{"callback-waits-for-main", "1", kExitCode, "", "a callback of the application is still running"},
-                 {"log-nobody-reads", "1", EXIT_FAILURE, "one, two", ""},
-                 {"log-nobody-reads", "3", EXIT_FAILURE, "one, two", ""}};
+    } cases[] = {
+        {"callback-waits-for-main", "1", kExitCode, "", "a callback of the application is still running"},
+        {"session-handler-waits-for-main", "1", kExitCode, "", "a callback of the application is still running"},
+        {"log-nobody-reads", "1", EXIT_FAILURE, "one, two", ""},
+        {"log-nobody-reads", "3", EXIT_FAILURE, "one, two", ""}};
     for (const auto& [way, logLevel, exitCode, output, complaint] : cases) {
         const auto begin = std::chrono::steady_clock::now();
         const Desk::Result result = end(way, logLevel);
