@@ -31,10 +31,19 @@ protected:
         delete VehicleClient::getInstance();  // perhaps that of a test before, with another bus
         VehicleClient::getInstance();
     }
+    ~VehicleSessionTest() override { delete VehicleClient::getInstance(); }
 
+    /// Returns when it has its subscriber and sessions know of it.
     void startService() {
         server.emplace();
         ASSERT_TRUE(server->waitForSubscriptions(1));
+        VehicleSession session;
+        Journal<ServicePresence> seen;
+        const Subscription service =
+            session.subscribeService([&seen](const ServiceState& state) { seen.add(state.presence); });
+        ASSERT_TRUE(seen.waitUntil([](const std::vector<ServicePresence>& all) {
+            return !all.empty() && all.back() == ServicePresence::There;
+        }));
     }
     static VehicleSession::Handler noting(Journal<PropertyState>& journal) {
         return [&journal](const PropertyState& state) { journal.add(state); };

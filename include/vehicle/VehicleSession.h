@@ -73,7 +73,8 @@ private:
     bool mPresentFirst = true;
 };
 
-/// A subscription lasts as long as this object and its session do. It may outlive the session.
+/// A subscription lasts as long as this object and its session do. It may outlive the session. Any thread may end it,
+/// also while another one assigns to it; a handler that runs before its own subscription was assigned ends nothing.
 class QVN_VEHICLE_API Subscription {
 public:
     Subscription();  ///< of nothing
@@ -89,6 +90,7 @@ public:
 private:
     friend class VehicleSession;
     explicit Subscription(std::shared_ptr<session::Receiver> receiver);
+    std::shared_ptr<session::Receiver> exchange(std::shared_ptr<session::Receiver> receiver) noexcept;
 
     std::shared_ptr<session::Receiver> mReceiver;
 };

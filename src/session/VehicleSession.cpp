@@ -84,22 +84,30 @@ Subscription::~Subscription() {
     end();
 }
 
-Subscription::Subscription(Subscription&& other) noexcept = default;
+Subscription::Subscription(Subscription&& other) noexcept : mReceiver(other.exchange(nullptr)) {}
 
 Subscription& Subscription::operator=(Subscription&& other) noexcept {
     if (this != &other) {
-        end();
-        mReceiver = std::move(other.mReceiver);
+        Subscription(exchange(other.exchange(nullptr))).end();
     }
     return *this;
 }
 
 void Subscription::end() {
-    const std::shared_ptr<Receiver> receiver = std::move(mReceiver);
-    mReceiver.reset();
-    if (receiver) {
+    if (const std::shared_ptr<Receiver> receiver = exchange(nullptr)) {
         Vehicle::instance().end(*receiver);
     }
+}
+
+/// A handler may be ending the subscription that another thread is about to keep.
+std::shared_ptr<Receiver> Subscription::exchange(std::shared_ptr<Receiver> receiver) noexcept {
+    if (Vehicle::instance().isForked()) {
+        mReceiver.swap(receiver);
+    } else {
+        const sync::MutexLock lock(session::mutex);
+        mReceiver.swap(receiver);
+    }
+    return receiver;
 }
 
 VehicleSession::VehicleSession() : VehicleSession(Executor()) {}
