@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 #include <vehicle/PropertyIds.h>
 #include <vehicle/VehicleClient.h>
+#include <vehicle/VehicleSession.h>
 #include <vehicle_testing/TestVehicle.h>
 
 #include <algorithm>
@@ -199,6 +200,47 @@ TEST(TestVehicle, SettleCoversASetThatWasMadeBeforeTheClientHadConnected) {
     }
     EXPECT_EQ(1, vehicle.waitForSet("HUT6_CarMdlDispCmd", std::chrono::hours::max()));
     EXPECT_EQ(2, vehicle.waitForSet("HUT6_CarMdlDispCmd", std::chrono::hours::min()));
+}
+
+TEST(TestVehicle, SettleCoversTheHandlersOfSessionsAndWhatTheySet) {
+    TestVehicle vehicle;
+    VehicleSession session;
+    std::vector<double> speeds;
+    ServicePresence service = ServicePresence::NeverThere;
+    const Subscription speed = session.subscribe(
+        {ids::ESP_FD2_VehSpd},
+        [&](const PropertyState& state) {
+            speeds.push_back(state.number());
+            session.set(ids::HUT6_CarMdlDispCmd, state.integer());
+        },
+        SubscribeOptions().atMost(100).changesOnly());
+    const Subscription presence =
+        session.subscribeService([&](const ServiceState& state) { service = state.presence; });
+    vehicle.set("ESP_FD2_VehSpd", 4.5);
+    vehicle.settle();
+    vehicle.set("ESP_FD2_VehSpd", 9);  // held back, so that it comes after the time of this
+    vehicle.settle();
+    EXPECT_EQ(speeds, (std::vector<double>{4.5, 9}));
+    EXPECT_EQ(vehicle.lastSet("HUT6_CarMdlDispCmd"), 9);
+    EXPECT_EQ(service, ServicePresence::There);
+    vehicle.serviceDown();
+    vehicle.settle();
+    EXPECT_EQ(service, ServicePresence::Gone);
+    EXPECT_EQ(session.state(ids::ESP_FD2_VehSpd).reception, Reception::ServiceAway);
+    vehicle.serviceUp();
+    vehicle.settle();
+    EXPECT_EQ(service, ServicePresence::There);
+    EXPECT_TRUE(session.state(ids::ESP_FD2_VehSpd).isCurrent());
+
+    static std::mutex gate;
+    const Subscription hanging = session.subscribe(
+        {ids::DCT5_TGS_LEVER}, [&](const PropertyState&) { const std::lock_guard<std::mutex> lock(gate); });
+    std::unique_lock<std::mutex> held(gate);
+    vehicle.set("DCT5_TGS_LEVER", 1);
+    EXPECT_EQ(errorOf([&] { vehicle.settle(TestVehicle::Duration(100)); }),
+              "a session's handler for DCT5_TGS_LEVER has not returned after 100 ms; look for what it waits for");
+    held.unlock();
+    vehicle.settle();
 }
 
 TEST(TestVehicle, MustBeMadeBeforeTheClient) {

@@ -203,6 +203,9 @@ public:
     /// the deadline has passed; `busy`, unless null, is then the name of a property whose handler is at work. A handler
     /// that calls it is not waited for.
     static bool waitUntilIdle(std::chrono::steady_clock::time_point deadline, std::string* busy = nullptr);
+    /// For tests: waits until the sessions know the CAN service as there, or as not there; at once where there is no
+    /// session. False when the deadline has passed.
+    static bool waitForService(bool there, std::chrono::steady_clock::time_point deadline);
 
 private:
     void awaitEffect(int property, double number, int effect, double effectNumber, std::chrono::milliseconds timeout,

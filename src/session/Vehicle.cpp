@@ -239,6 +239,7 @@ void Vehicle::take(const ServiceState& state) {
     service.state.timestamp = state.since;
     service.state.reception = Reception::Received;
     publish(service);
+    Sessions::instance().settled();
     if (state.presence != ServicePresence::Gone) {
         return;
     }
@@ -329,6 +330,13 @@ bool Vehicle::waitUntilIdle(Time deadline, std::string* busy) {
         }
     }
     return false;
+}
+
+bool Vehicle::waitForService(bool there, Time deadline) {
+    sync::MutexLock lock(mutex);
+    return Sessions::instance().waitForAll(lock, deadline, [this, there](const Session&) QVN_REQUIRES(mutex) {
+        return (mService.presence == ServicePresence::There) != there;
+    });
 }
 
 // The end of the process.

@@ -50,6 +50,7 @@ public:
 
     /// See VehicleSession.
     bool waitUntilIdle(Time deadline, std::string* busy);
+    bool waitForService(bool there, Time deadline);
 
     /// The service's presence as if it were a property: the presence is the number, since when the time stamp.
     static constexpr int kService = 0;

@@ -213,6 +213,10 @@ bool VehicleSession::waitUntilIdle(std::chrono::steady_clock::time_point deadlin
     return Vehicle::instance().waitUntilIdle(deadline, busy);
 }
 
+bool VehicleSession::waitForService(bool there, std::chrono::steady_clock::time_point deadline) {
+    return Vehicle::instance().waitForService(there, deadline);
+}
+
 }  // namespace vehicle
 }  // namespace platform
 }  // namespace qvn

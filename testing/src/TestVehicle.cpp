@@ -1,5 +1,7 @@
 #include "vehicle_testing/TestVehicle.h"
 
+#include <vehicle/VehicleSession.h>
+
 #include <atomic>
 #include <cerrno>
 #include <cstdlib>
@@ -7,6 +9,7 @@
 #include <filesystem>
 #include <stdexcept>
 #include <system_error>
+#include <utility>
 
 #include "MarkerLine.h"
 #include "TestService.h"
@@ -144,7 +147,10 @@ public:
         if (mService.isUp()) {
             awaitClient(wait);
             awaitCallbacks(wait);
+        } else if (!platform::vehicle::VehicleSession::waitForService(false, wait.end)) {
+            throwHang("", wait);
         }
+        awaitSessions(wait);
     }
 
 private:
@@ -162,11 +168,30 @@ private:
         }
     }
 
+    /// What their handlers set is on its way to the service then.
+    void awaitSessions(const Wait& wait) {
+        const std::string handler = busyHandler(wait.end);
+        if (!handler.empty()) {
+            throwHang(handler, wait);
+        }
+        if (mService.isUp()) {
+            awaitCallbacks(wait);
+        }
+    }
+
+    /// The handler that a session is in at the deadline; empty when all have returned.
+    static std::string busyHandler(Clock::time_point deadline) {
+        std::string property;
+        const bool idle = platform::vehicle::VehicleSession::waitUntilIdle(deadline, &property);
+        return idle ? "" : "a session's handler for " + property;
+    }
+
     /// For the watchdog, on its thread.
     std::string whatHangs() {
         const auto aMoment = Clock::now() + std::chrono::seconds(1);
         const bool lineHangs = mLineMoved && !MarkerLine::instance().waitUntilHandled(aMoment);
-        const std::string callback = lineHangs ? kLineCallback : mService.runningCallback();
+        const std::string client = lineHangs ? kLineCallback : mService.runningCallback();
+        const std::string callback = client.empty() ? busyHandler(aMoment) : client;
         return callback.empty() ? "no callback of the application is running; look for what the test itself waits for"
                                 : callback + " has not returned; look for what it waits for";
     }

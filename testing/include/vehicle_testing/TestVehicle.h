@@ -81,10 +81,11 @@ public:
     /// @throws std::runtime_error when none is after 10 s
     void serviceUp();
 
-    /// Waits until the application's callbacks have returned for everything that was put in before, and what they, or
-    /// this thread, have set is seen by lastSet(), also when that was before the client was connected. While the
-    /// service is up it first waits for the application's client to connect; while it is down only the reverse line can
-    /// have reached anybody. It cannot see what the application hands over to threads of its own.
+    /// Waits until the application's callbacks, and the handlers of its VehicleSessions, have returned for everything
+    /// that was put in before, and what they, or this thread, have set is seen by lastSet(), also when that was before
+    /// the client was connected. While the service is up it first waits for the application's client to connect; while
+    /// it is down only the reverse line can have reached anybody. It cannot see what the application hands over to
+    /// threads of its own, nor what waits in the executor of a session.
     ///
     /// Nothing is guessed from time: the client answers a request that comes to it behind everything else.
     /// @throws std::runtime_error when that takes longer than `patience`: no client, or a callback that does not
