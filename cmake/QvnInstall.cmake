@@ -68,5 +68,6 @@ function(qvn_install_package)
     install(FILES "${binary_dir}/vehicleclient.pc" DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT client-dev)
 
     qvn_install_data(client-dev ${QVN_DATA_DIR}/schema common/ipc_common_soc/common.base.canservice.proto)
-    qvn_install_data(client-dev ${QVN_DATA_DIR}/examples/application examples/main.cpp examples/CMakeLists.txt)
+    qvn_install_data(client-dev ${QVN_DATA_DIR}/examples/application examples/main.cpp
+        examples/client.cpp examples/components.cpp examples/CMakeLists.txt)
 endfunction()

@@ -19,6 +19,21 @@ enum class Reception : std::int32_t {
     ServiceAway     ///< the CAN service has gone since it was last heard of; the value is the last known one
 };
 
+/// "never received", "received", "timed out" or "without service": for a log or a screen.
+inline const char* receptionText(Reception reception) {
+    switch (reception) {
+        case Reception::NeverReceived:
+            return "never received";
+        case Reception::Received:
+            return "received";
+        case Reception::TimedOut:
+            return "timed out";
+        case Reception::ServiceAway:
+            return "without service";
+    }
+    return "unknown";
+}
+
 /// Who said what the value is.
 enum class ValueOrigin : std::int32_t {
     Can,         ///< the CAN service
