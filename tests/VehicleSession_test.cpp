@@ -188,7 +188,14 @@ TEST_F(VehicleSessionTest, TheReverseLineIsTheSourceUntilCanIs) {
     EXPECT_TRUE(VehicleClient::getInstance()->getPropValue(ids::BCM8_PASWorkCmd, &cached));
     EXPECT_EQ(cached.timestamp, 0) << "the client has no subscriber whose line it would be";
 
+    const Subscription service =
+        session.subscribeService([this](const ServiceState& state) { presences.add(state.presence); });
     startService();
+    ASSERT_EQ(presences.atLeast(2).back(), ServicePresence::There);
+    EXPECT_EQ(
+        session.setAndAwait(kDisplayCommand, 1, ids::BCM8_PASWorkCmd, 0, 1ms, EffectCounts::WhenThereAlready).get().end,
+        SetEnd::TimedOut)
+        << "what the line tells is no effect";
     server->signal(0x029F0110, "\x01");
     ASSERT_TRUE(updates.waitForSize(3));
     EXPECT_EQ(updates.entries()[2].origin, ValueOrigin::Can);

@@ -188,7 +188,7 @@ public:
     /// Sends a number towards the vehicle, unless something is wrong about it. Nothing confirms a set: see setAndAwait.
     SetResult set(int property, double number);
 
-    /// The same, and then looks for the effect: `effect`, usually another property, is received with `effectNumber`
+    /// The same, and then looks for the effect: of `effect`, usually another property, CAN reports `effectNumber`
     /// (within 0.001). The result is there at last when `timeout` is over. It may be waited for inside a handler.
     std::future<SetOutcome> setAndAwait(int property, double number, int effect, double effectNumber,
                                         std::chrono::milliseconds timeout,

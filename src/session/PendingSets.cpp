@@ -55,7 +55,7 @@ void PendingSets::endAllOf(const Session& session, SetEnd end, Finished& finishe
 }
 
 bool PendingSets::isReached(const PropertyState& state, double number) {
-    return std::fabs(state.payload - number) < kTolerance;
+    return state.origin == platform::vehicle::ValueOrigin::Can && std::fabs(state.payload - number) < kTolerance;
 }
 
 template <class Matches>

@@ -58,7 +58,7 @@ public:
     void endAll(SetEnd end, Finished& finished) QVN_REQUIRES(mutex);
     void endAllOf(const Session& session, SetEnd end, Finished& finished) QVN_REQUIRES(mutex);
 
-    /// Whether a property has this number; the tolerance only allows for the rounding of floats.
+    /// Whether CAN tells this number of a property; the tolerance only allows for the rounding of floats.
     static bool isReached(const PropertyState& state, double number);
 
 private:
