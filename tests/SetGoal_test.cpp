@@ -4,7 +4,6 @@
 
 #include "desk/BadInput.h"
 #include "support/ErrorOf.h"
-#include "support/Updates.h"
 #include "vehiclectl/PropertySelection.h"
 
 namespace qvn::tools {
@@ -34,35 +33,6 @@ TEST(SetGoal, TakesWholeNumbersOfTheRangeAndNames) {
         const std::string error = errorOf([&, &p = property, &t = text] { value = std::to_string(valueToSet(p, t)); });
         EXPECT_EQ(value.empty() ? error : value, result) << text;
     }
-}
-
-TEST(SetGoal, IsReachedByAnyValueFromNowOn) {
-    PropertyStates states(receivedProperties());
-    SetProgress progress(states);
-    progress.take(serviceIs(true, 1));
-    progress.take(valueOf("BCM8_PASWorkCmd", {1}, 1, Update::Origin::ReverseLine));
-    progress.take(valueOf("BCM8_PASWorkCmd", {0}, 1, Update::Origin::Link));
-    EXPECT_FALSE(progress.clientOnline());
-    progress.lookFor(readGoal("BCM8_PASWorkCmd=1"));
-    EXPECT_FALSE(progress.goalReached()) << "the client made that value itself";
-    progress.take(valueOf("DCT5_TGS_LEVER", {2}, 1));
-    EXPECT_TRUE(progress.clientOnline());
-    progress.lookFor(readGoal("DCT5_TGS_LEVER=R"));
-    EXPECT_TRUE(progress.goalReached()) << "it holds already";
-    progress.lookFor(readGoal("DCT5_TGS_LEVER=P"));
-    EXPECT_FALSE(progress.goalReached());
-    progress.take(valueOf("BCM1_DrvDoorSts", {0}, 2));
-    EXPECT_FALSE(progress.goalReached()) << "another property";
-    progress.take(valueOf("DCT5_TGS_LEVER", {0}, 2));
-    progress.take(valueOf("DCT5_TGS_LEVER", {1}, 3));
-    EXPECT_TRUE(progress.goalReached()) << "it was there for a moment";
-    Update speed = valueOf("ESP_FD2_VehSpd", {}, 3);
-    speed.value.value.floatValues = {4.05F};
-    progress.take(speed);
-    progress.lookFor(readGoal("ESP_FD2_VehSpd=4.05"));
-    EXPECT_TRUE(progress.goalReached()) << "a float";
-    progress.lookFor(readGoal("ESP_FD2_VehSpd=4.1"));
-    EXPECT_FALSE(progress.goalReached());
 }
 
 TEST(SetGoal, IsOnePropertyAndItsValue) {

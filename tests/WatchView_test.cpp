@@ -14,17 +14,17 @@
 namespace qvn::tools {
 namespace {
 
+using platform::vehicle::Reception;
+
 class WatchViewTest : public testing::Test {
 protected:
-    void value(const std::string& name, int number, double at) { states.apply(valueOf(name, {number}, at)); }
-    void status(const std::string& name, bool good, double at) { states.apply(statusOf(name, good, at)); }
-    void service(bool up, double at) { states.apply(serviceIs(up, at)); }
-    const PropertyState& of(const std::string& name) { return states.of(propertyNamed(name)); }
+    void value(const std::string& name, int number, double at) { table.apply(updates.value(name, number, at)); }
+    const PropertyRow& of(const std::string& name) { return table.of(propertyNamed(name)); }
     std::string rows(double at) {
         view.refresh(static_cast<long>(at * kSecond));
         std::string names;
-        for (const PropertyState& state : view.rows()) {
-            names += state.info->name.substr(state.info->name.find('_') + 1) + " ";
+        for (const PropertyRow& row : view.rows()) {
+            names += row.info->name.substr(row.info->name.find('_') + 1) + " ";
         }
         return names;
     }
@@ -32,15 +32,16 @@ protected:
     const std::vector<const PropertyInfo*> properties = {&propertyNamed("DCT5_TGS_LEVER"),
                                                          &propertyNamed("BCM1_TrunkSts"), &propertyNamed("EPB1_EPBSts"),
                                                          &propertyNamed("BCM1_DrvDoorSts")};
-    PropertyStates states{properties};
-    WatchView view{states, properties};
+    Updates updates;
+    PropertyTable table{properties};
+    WatchView view{table, properties};
 };
 
 TEST_F(WatchViewTest, WhatChangesComesFirstAndKeepsItsPlace) {
     for (const char* const name : {"EPB1_EPBSts", "BCM1_TrunkSts", "BCM1_DrvDoorSts", "DCT5_TGS_LEVER"}) {
         value(name, 0, 10);
     }
-    status("BCM1_TrunkSts", false, 10.5);
+    table.apply(updates.reception("BCM1_TrunkSts", Reception::TimedOut));
     EXPECT_EQ(rows(11), "TGS_LEVER TrunkSts EPBSts DrvDoorSts ") << "first values and a status are no change";
     value("BCM1_DrvDoorSts", 1, 11);
     value("BCM1_TrunkSts", 0, 11.5);  // a repeat
@@ -127,31 +128,6 @@ TEST_F(WatchViewTest, KeysScrollSortFilterAndFreeze) {
     EXPECT_TRUE(keys.ended());
 }
 
-TEST_F(WatchViewTest, AServiceThatGoesLeavesStaleValues) {
-    service(true, 1);
-    value("BCM1_DrvDoorSts", 1, 2);
-    EXPECT_STREQ(statusText(of("BCM1_DrvDoorSts")), "available");
-    EXPECT_EQ(ageText(of("BCM1_DrvDoorSts"), 3 * kSecond), ">1.0 s");
-    value("BCM1_DrvDoorSts", 1, 3);
-    EXPECT_EQ(ageText(of("BCM1_DrvDoorSts"), 5 * kSecond), "2.0 s");
-    service(false, 6);
-    EXPECT_STREQ(statusText(of("BCM1_DrvDoorSts")), "stale");
-    EXPECT_STREQ(statusText(of("BCM1_TrunkSts")), "available") << "it has no value";
-    value("BCM1_DrvDoorSts", 1, 5.9);  // on its way when the service went
-    EXPECT_STREQ(statusText(of("BCM1_DrvDoorSts")), "stale");
-    service(true, 7);
-    EXPECT_STREQ(statusText(of("BCM1_DrvDoorSts")), "stale");
-    value("BCM1_DrvDoorSts", 1, 8);
-    EXPECT_STREQ(statusText(of("BCM1_DrvDoorSts")), "available");
-    EXPECT_EQ(ageText(of("BCM1_DrvDoorSts"), 9 * kSecond), ">1.0 s");
-    service(false, 10);
-    EXPECT_EQ(states.service().since, 10 * kSecond);
-    status("BCM1_DrvDoorSts", true, 9.9);
-    EXPECT_STREQ(statusText(of("BCM1_DrvDoorSts")), "stale");
-    status("BCM1_DrvDoorSts", false, 11);
-    EXPECT_STREQ(statusText(of("BCM1_DrvDoorSts")), "timed out");
-}
-
 TEST_F(WatchViewTest, TheRateIsThatOfTheLastValues) {
     EXPECT_EQ(of("EPB1_EPBSts").arrivals.rate(0), 0.0);
     for (int i = 0; i <= 97; ++i) {  // the first one, three times as many as are kept, and one
@@ -162,41 +138,50 @@ TEST_F(WatchViewTest, TheRateIsThatOfTheLastValues) {
     EXPECT_EQ(of("EPB1_EPBSts").arrivals.rate(17 * kSecond), 0.0);
 }
 
-TEST(PropertyStatesTest, KnowTheFirstValueOfEachSwitchOfAProperty) {
-    PropertyStates states({&propertyNamed("CSA3_*")});
-    const PropertyState& state = states.of(propertyNamed("CSA3_*"));
-    for (const int direction : {1000, 1001, 1002}) {
-        states.apply(valueOf("CSA3_*", {0, direction}, 1 + direction * 1e-6));
-    }
-    EXPECT_EQ(valueText(state), "0 dir. 1002");
-    EXPECT_EQ(ageText(state, 3 * kSecond), ">2.0 s");
-    EXPECT_EQ(state.arrivals.rate(2 * kSecond), 0.0);
-    states.apply(valueOf("CSA3_*", {1, 1001}, 2));
-    EXPECT_EQ(ageText(state, 3 * kSecond), "1.0 s");
-}
-
-TEST_F(WatchViewTest, OnlyWhatIsNewIsTold) {
+TEST(PropertyTableTest, TellsWhatIsNew) {
+    const char* const name = "EPB1_EPBSts";
+    PropertyTable table({&propertyNamed(name)});
+    Updates updates;
     const struct {
-        Update update;
-        bool told;
-        const char* state;
+        PropertyState update;
+        bool repeated, changed;
+        const char* row;
     } cases[] = {
-        {valueOf("EPB1_EPBSts", {2}, 5), true, "2 available >1.0 s"},
-        {valueOf("EPB1_EPBSts", {1}, 4), false, "2 available >1.0 s"},  // was there before the subscription
-        {valueOf("EPB1_EPBSts", {2}, 5.5), false, "2 available 0.5 s"},
-        {statusOf("EPB1_EPBSts", true, 5.6), false, "2 available 0.5 s"},
-        {statusOf("EPB1_EPBSts", false, 5.7), true, "2 timed out 0.5 s"},
-        {statusOf("EPB1_EPBSts", false, 5.8), false, "2 timed out 0.5 s"},
-        {statusOf("EPB1_EPBSts", true, 5.9), true, "2 available 0.5 s"},
-        {valueOf("EPB1_EPBSts", {3}, 6), true, "3 available 0.0 s"},
-        {valueOf("ESP_FD2_VehSpd", {3}, 6), false, "3 available 0.0 s"},  // not looked at
+        {updates.value(name, 2, 5), false, true, "2 available >5.0 s"},
+        {updates.value(name, 2, 5.5), true, false, "2 available 4.5 s"},
+        {updates.reception(name, Reception::TimedOut), false, true, "2 timed out 4.5 s"},
+        {updates.reception(name, Reception::TimedOut), false, false, "2 timed out 4.5 s"},
+        {updates.value(name, 3, 6), true, true, "3 available 4.0 s"},
+        {updates.reception(name, Reception::ServiceAway), false, false, "3 stale 4.0 s"},
+        {updates.value(name, 3, 7), false, false, "3 available >3.0 s"},
+        {updates.value(name, 3, 8), true, false, "3 available 2.0 s"},
+        {updates.reception(name, Reception::TimedOut), false, true, "3 timed out 2.0 s"},
+        {updates.reception(name, Reception::ServiceAway), false, false, "3 stale 2.0 s"},
+        {updates.value(name, 4, 9), false, true, "4 available >1.0 s"},
     };
-    for (const auto& [update, told, expected] : cases) {
-        EXPECT_EQ(states.apply(update) != nullptr, told) << expected;
-        const PropertyState& state = of("EPB1_EPBSts");
-        EXPECT_EQ(valueText(state).substr(0, 1) + " " + statusText(state) + " " + ageText(state, 6 * kSecond),
+    for (const auto& [update, repeated, changed, expected] : cases) {
+        const News news = table.apply(update);
+        EXPECT_EQ(news.repeated, repeated) << expected;
+        EXPECT_EQ(news.changed, changed) << expected;
+        const PropertyRow& row = table.of(propertyNamed(name));
+        EXPECT_EQ(valueText(*row.info, row.state).substr(0, 1) + " " + statusText(row.state) + " " +
+                      ageText(row, 10 * kSecond),
                   expected);
     }
+}
+
+TEST(PropertyTableTest, KnowsTheFirstValueOfEachSwitchOfAProperty) {
+    PropertyTable table({&propertyNamed("CSA3_*")});
+    const PropertyRow& row = table.of(propertyNamed("CSA3_*"));
+    Updates updates;
+    for (const int direction : {1000, 1001, 1002}) {
+        table.apply(updates.value("CSA3_*", 0, 1 + direction * 1e-6, direction));
+    }
+    EXPECT_EQ(valueText(*row.info, row.state), "0 dir. 1002");
+    EXPECT_EQ(ageText(row, 3 * kSecond), ">2.0 s");
+    EXPECT_EQ(row.arrivals.rate(2 * kSecond), 0.0);
+    table.apply(updates.value("CSA3_*", 1, 2, 1001));
+    EXPECT_EQ(ageText(row, 3 * kSecond), "1.0 s");
 }
 
 TEST(PeriodsTest, AreMeasuredBetweenValues) {

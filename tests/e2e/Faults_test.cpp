@@ -57,6 +57,15 @@ TEST_F(Faults, AServiceThatIsKilledUnderTrafficIsFoundAgain) {
     }
 }
 
+TEST_F(Faults, AServiceThatGoesEndsTheWaitForAnEffect) {
+    const auto simulator = desk.simulator();
+    const auto set = desk.start("vehiclectl set HUT6_MODChgReq 1 --wait-for BCM1_TrunkSts=1 --timeout 1000");
+    ASSERT_TRUE(simulator->waitForOutput("HUT6_MODChgReq"));
+    simulator->signal(SIGKILL);
+    EXPECT_EQ(set->wait(), 3);
+    EXPECT_EQ(set->errors().find("vehiclectl: the CAN service has gone; BCM1_TrunkSts is "), 0U) << set->errors();
+}
+
 // Three clients: one reads, one is killed and one is stopped while the service broadcasts. The stopped one stands for
 // an application that never comes back from its callback.
 TEST_F(Faults, ClientsThatDieOrStopHarmNeitherTheServiceNorTheOthers) {

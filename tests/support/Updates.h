@@ -1,35 +1,42 @@
 #pragma once
 
-#include <cstdint>
+#include <vehicle/VehicleState.h>
+
+#include <map>
 #include <string>
-#include <utility>
-#include <vector>
 
 #include "desk/PropertyNames.h"
-#include "vehiclectl/PropertyFeed.h"
 
 namespace qvn::tools {
 
 constexpr long kSecond = 1'000'000'000;
 
-// Updates as the client brings them; times are seconds.
+/// Updates as a session brings them.
+class Updates {
+public:
+    using State = platform::vehicle::PropertyState;
+    using Origin = platform::vehicle::ValueOrigin;
+    using Reception = platform::vehicle::Reception;
 
-inline Update valueOf(const std::string& name, std::vector<std::int32_t> numbers, double at,
-                      Update::Origin origin = Update::Origin::Service) {
-    Update update{Update::Kind::Value, origin, static_cast<int>(propertyNamed(name).id), {}};
-    update.at = static_cast<long>(at * kSecond);
-    update.value.timestamp = update.at;
-    update.value.value.int32Values = std::move(numbers);
-    return update;
-}
+    /// @param at seconds
+    State value(const std::string& name, double number, double at, int direction = 0, Origin origin = Origin::Can) {
+        State& state = states_[propertyNamed(name).id];
+        state.timestamp = static_cast<long>(at * kSecond);
+        state.payload = number;
+        state.direction = direction;
+        state.origin = origin;
+        return reception(name, Reception::Received);
+    }
+    State reception(const std::string& name, Reception reception) {
+        const PropertyInfo& property = propertyNamed(name);
+        State& state = states_[property.id];
+        state.property = static_cast<int>(property.id);
+        state.reception = reception;
+        return state;
+    }
 
-inline Update statusOf(const std::string& name, bool good, double at) {
-    const int property = static_cast<int>(propertyNamed(name).id);
-    return {Update::Kind::Status, Update::Origin::Service, property, {}, good, static_cast<long>(at * kSecond)};
-}
-
-inline Update serviceIs(bool up, double at) {
-    return {Update::Kind::Service, Update::Origin::Link, 0, {}, up, static_cast<long>(at * kSecond)};
-}
+private:
+    std::map<std::uint32_t, State> states_;
+};
 
 }  // namespace qvn::tools

@@ -5,6 +5,10 @@
 
 namespace qvn::tools {
 
+Clock::time_point inSeconds(double seconds) {
+    return Clock::now() + std::chrono::ceil<Clock::duration>(std::chrono::duration<double>(seconds));
+}
+
 int pollUntil(pollfd* fds, std::size_t count, std::optional<Clock::time_point> end) {
     timespec timeout{};
     if (end) {

@@ -10,6 +10,9 @@ namespace qvn::tools {
 
 using Clock = std::chrono::steady_clock;
 
+/// The point in time so many seconds from now.
+Clock::time_point inSeconds(double seconds);
+
 /// poll() to a point in time; without one it waits as long as it takes.
 int pollUntil(pollfd* fds, std::size_t count, std::optional<Clock::time_point> end);
 

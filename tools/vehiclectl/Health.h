@@ -5,14 +5,12 @@
 #include <string>
 #include <vector>
 
-#include "vehiclectl/FirstValues.h"
-#include "vehiclectl/PropertyState.h"
+#include "vehiclectl/PropertyTable.h"
 
 namespace qvn::tools {
 
 /// What `status` tells.
 struct Findings {
-    bool up = false;
     std::size_t properties = 0;
     std::size_t withValue = 0;
     double rate = 0.0;  ///< values a second
@@ -23,21 +21,16 @@ struct Findings {
 /// Looks at what comes of these properties.
 class Health {
 public:
-    explicit Health(const std::vector<const PropertyInfo*>& properties)
-        : properties_(properties), states_(properties) {}
+    explicit Health(const std::vector<const PropertyInfo*>& properties) : properties_(properties), table_(properties) {}
 
-    /// The identifiers, as VehicleClient takes them.
-    std::vector<int> ids() const { return states_.ids(); }
-
-    void take(Update update);
+    void take(const PropertyState& update) { traffic_ += table_.apply(withoutReverseLine(update)).repeated ? 1U : 0U; }
 
     /// @param seconds for which it has looked
     Findings findings(double seconds) const;
 
 private:
     const std::vector<const PropertyInfo*> properties_;
-    PropertyStates states_;
-    FirstValues first_;
+    PropertyTable table_;
     std::size_t traffic_ = 0;
 };
 

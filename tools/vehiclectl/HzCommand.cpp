@@ -4,10 +4,10 @@
 #include "desk/ExitCode.h"
 #include "desk/Json.h"
 #include "vehiclectl/Commands.h"
-#include "vehiclectl/FirstValues.h"
 #include "vehiclectl/Periods.h"
 #include "vehiclectl/PropertySelection.h"
-#include "vehiclectl/Waiting.h"
+#include "vehiclectl/PropertyTable.h"
+#include "vehiclectl/VehicleLoop.h"
 
 namespace qvn::tools {
 namespace {
@@ -29,22 +29,19 @@ void print(Output& output, const PropertyInfo& property, const Periods& periods,
 
 int hzCommand(const MeasureOptions& options, const StopSignals& stop, Output& output) {
     const std::vector<const PropertyInfo*> wanted = receivedProperties(options.properties);
+    PropertyTable table(wanted);
     std::map<int, Periods> periods;
-    std::vector<int> ids;
-    for (const PropertyInfo* const property : wanted) {
-        ids.push_back(static_cast<int>(property->id));
-    }
-    if (!startFeed(ids)) {
+    VehicleLoop vehicle;
+    if (!vehicle.open()) {
         return kFailed;
     }
-    FirstValues first;
-    const Clock::time_point start = Clock::now();
-    followFor(options.duration, stop, [&](const Update& update) {
-        const bool received = update.kind == Update::Kind::Value && update.origin == Update::Origin::Service;
-        if (received && !first.take(update)) {
-            periods[update.property].add(update.value.timestamp);
+    vehicle.follow(wanted, [&](const PropertyState& update) {
+        if (table.apply(withoutReverseLine(update)).repeated) {
+            periods[update.property].add(update.timestamp);
         }
     });
+    const Clock::time_point start = Clock::now();
+    vehicle.awaitFor(options.duration, stop);
     std::size_t silent = 0;
     if (!options.json) {
         output.print("%-36s %8s %10s %10s %10s %10s\n", "PROPERTY", "RATE /s", "PERIOD ms", "SHORTEST", "LONGEST",

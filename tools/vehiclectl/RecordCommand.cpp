@@ -15,7 +15,7 @@
 #include "vehiclectl/Commands.h"
 #include "vehiclectl/PropertySelection.h"
 #include "vehiclectl/TraceFile.h"
-#include "vehiclectl/Waiting.h"
+#include "vehiclectl/UserErrors.h"
 
 namespace qvn::tools {
 namespace {

@@ -1,82 +1,93 @@
+#include <chrono>
 #include <optional>
 #include <string>
-#include <utility>
-#include <vector>
 
 #include "desk/ExitCode.h"
 #include "desk/Number.h"
 #include "vehiclectl/Commands.h"
 #include "vehiclectl/PropertySelection.h"
-#include "vehiclectl/ServiceLink.h"
+#include "vehiclectl/PropertyTable.h"
 #include "vehiclectl/SetGoal.h"
-#include "vehiclectl/Waiting.h"
+#include "vehiclectl/UserErrors.h"
+#include "vehiclectl/VehicleLoop.h"
 
 namespace qvn::tools {
-namespace {
 
-using platform::vehicle::VehicleClient;
+using namespace platform::vehicle;
+
+namespace {
 
 // Nothing tells when the bus has sent a set: the process stays that long afterwards.
 constexpr double kDeliverySeconds = 0.1;
 
-// The tool's own link may reach the service before the vehicle client does. The first value tells that the client has;
-// with a service that has no values the client gets that long.
-constexpr double kClientSeconds = 0.05;
-
-/// Takes the updates in until a condition holds.
-template <class Condition>
-Awaited until(Condition condition, SetProgress& progress, const StopSignals& stop, Clock::time_point deadline) {
-    while (!condition()) {
-        const Awaited what = await(PropertyFeed::instance(), stop, deadline);
-        if (what != Awaited::Updates) {
-            return what;
-        }
-        for (Update& update : PropertyFeed::instance().take()) {
-            progress.take(std::move(update));
-        }
-    }
-    return Awaited::Updates;
+std::chrono::milliseconds milliseconds(double seconds) {
+    return std::chrono::ceil<std::chrono::milliseconds>(std::chrono::duration<double>(seconds));
 }
 
-/// Waits until a set can be expected to arrive.
-Awaited awaitService(SetProgress& progress, const ServiceLink& service, const StopSignals& stop, double timeout) {
-    const auto clientOnline = [&] { return progress.clientOnline(); };
-    const auto online = [&] { return clientOnline() || service.online(); };
-    const Awaited what = until(online, progress, stop, inSeconds(timeout));
-    if (what != Awaited::Updates) {
-        return what;
+/// A set is lost while the service is away.
+Awaited awaitService(VehicleLoop& vehicle, const StopSignals& stop, double timeout) {
+    vehicle.followService([](const ServiceState&) {});  // it ends the wait
+    const Clock::time_point deadline = inSeconds(timeout);
+    Awaited what = Awaited::Updates;
+    while (what == Awaited::Updates && !vehicle.isServiceThere()) {
+        what = vehicle.await(stop, deadline);
     }
-    const bool stopped = until(clientOnline, progress, stop, inSeconds(kClientSeconds)) == Awaited::Stop;
-    return stopped ? Awaited::Stop : Awaited::Updates;
+    return what == Awaited::Deadline && vehicle.isServiceThere() ? Awaited::Updates : what;
 }
 
-/// Stays until the set has gone out and, where there is a goal, has had its effect.
-Awaited awaitEffect(SetProgress& progress, bool hasGoal, const StopSignals& stop, double timeout) {
-    const Clock::time_point delivered = inSeconds(kDeliverySeconds);
-    const auto done = [&] { return !hasGoal || progress.goalReached(); };
-    const Awaited what = until(done, progress, stop, inSeconds(timeout));
-    const bool stopped =
-        what == Awaited::Stop || until([] { return false; }, progress, stop, delivered) == Awaited::Stop;
-    return stopped ? Awaited::Stop : what;
+/// Without a goal the outcome is there at once.
+void set(VehicleSession& session, int property, std::int32_t value, const std::optional<Goal>& goal, double timeout,
+         std::optional<SetOutcome>& outcome) {
+    if (goal) {
+        session.setAndAwait(
+            property, value, static_cast<int>(goal->property->id), goal->value, milliseconds(timeout),
+            [&outcome](const SetOutcome& end) { outcome = end; }, EffectCounts::WhenThereAlready);
+    } else {
+        outcome.emplace();
+        outcome->refusal = session.set(property, value);
+        outcome->end = outcome->refusal ? SetEnd::Reached : SetEnd::Refused;
+    }
+}
+
+/// Tells the user what has not gone well. @return the exit code
+int report(const SetOutcome& outcome, const PropertyInfo& property, const std::optional<Goal>& goal,
+           const std::string& timeout) {
+    const auto effect = [&] { return goal->property->name + " is " + valueText(*goal->property, outcome.effect); };
+    switch (outcome.end) {
+        case SetEnd::Reached:
+            return kDone;
+        case SetEnd::TimedOut:
+            printError(effect() + " after " + timeout + ", not " + formatNumber(goal->value));
+            return kTimedOut;
+        case SetEnd::ServiceGone:
+            printError("the CAN service has gone; " + effect() + ", not " + formatNumber(goal->value));
+            return kTimedOut;
+        case SetEnd::Refused:
+        case SetEnd::SessionEnded:
+            break;
+    }
+    if (outcome.refusal.error == SetError::ServiceAway) {
+        printError("the CAN service has gone; nothing was set");
+        return kTimedOut;
+    }
+    printError("the vehicle client refused to set " + property.name);
+    return kFailed;
 }
 
 }  // namespace
 
 int setCommand(const SetOptions& options, const StopSignals& stop) {
     const PropertyInfo& property = propertyNamed(options.property);
-    std::vector<int> value{valueToSet(property, options.value)};
+    const std::int32_t value = valueToSet(property, options.value);
     const auto goal = options.waitFor.empty() ? std::nullopt : std::optional<Goal>(readGoal(options.waitFor));
+    const std::string timeout = formatNumber(options.timeout) + " s";
 
-    PropertyStates states(receivedProperties());
-    if (!startFeed(states.ids())) {
+    std::optional<SetOutcome> outcome;
+    VehicleLoop vehicle;
+    if (!vehicle.open()) {
         return kFailed;
     }
-    // A set is lost while the service is away, and nothing tells that it was.
-    using Properties = std::vector<const PropertyInfo*>;
-    const ServiceLink service(goal ? Properties{goal->property} : Properties{});
-    SetProgress progress(states);
-    const Awaited there = awaitService(progress, service, stop, options.timeout);
-    const std::string timeout = formatNumber(options.timeout) + " s";
+    const Awaited there = awaitService(vehicle, stop, options.timeout);
     if (there == Awaited::Deadline) {
         printError("the CAN service did not appear within " + timeout + "; nothing was set");
         return kTimedOut;
@@ -84,20 +95,16 @@ int setCommand(const SetOptions& options, const StopSignals& stop) {
     if (there != Awaited::Updates) {
         return kFailed;
     }
-    if (goal) {
-        progress.lookFor(*goal);
+    set(vehicle.session(), static_cast<int>(property.id), value, goal, options.timeout, outcome);
+    const Clock::time_point delivered = inSeconds(kDeliverySeconds);
+    Awaited what = Awaited::Updates;
+    while (what != Awaited::Stop && !outcome) {
+        what = vehicle.await(stop, std::nullopt);
     }
-    if (!VehicleClient::getInstance()->setInt32Property(static_cast<int>(property.id), value)) {
-        printError("the vehicle client refused to set " + property.name);
-        return kFailed;
+    while (what == Awaited::Updates && outcome->end == SetEnd::Reached) {
+        what = vehicle.await(stop, delivered);
     }
-    const Awaited effect = awaitEffect(progress, goal.has_value(), stop, options.timeout);
-    if (effect == Awaited::Deadline) {
-        printError(goal->property->name + " is " + valueText(states.of(*goal->property)) + " after " + timeout +
-                   ", not " + formatNumber(goal->value));
-        return kTimedOut;
-    }
-    return effect == Awaited::Updates ? kDone : kFailed;
+    return what == Awaited::Stop ? kFailed : report(*outcome, property, goal, timeout);
 }
 
 }  // namespace qvn::tools

@@ -2,7 +2,6 @@
 
 #include <cmath>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 #include "desk/BadInput.h"
@@ -39,27 +38,6 @@ Goal readGoal(const std::string& text) {
                        " properties; expected one to wait for");
     }
     return {meant.front(), parseValue(meant.front()->received.front(), value, "a value after '='")};
-}
-
-void SetProgress::take(Update update) {
-    if (update.origin == Update::Origin::ReverseLine) {
-        return;
-    }
-    clientOnline_ = clientOnline_ || update.origin == Update::Origin::Service;
-    states_.apply(std::move(update));
-    goalReached_ = goalReached_ || (goal_ && holds(*goal_));
-}
-
-void SetProgress::lookFor(const Goal& goal) {
-    goal_ = goal;
-    goalReached_ = holds(goal);
-}
-
-bool SetProgress::holds(const Goal& goal) const {
-    // Far less than a step of any signal: it only allows for the rounding of floats.
-    constexpr double kTolerance = 1e-3;
-    const std::optional<double> number = numberOf(states_.of(*goal.property));
-    return number && std::fabs(*number - goal.value) < kTolerance;
 }
 
 }  // namespace qvn::tools

@@ -1,10 +1,9 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
 #include <string>
 
-#include "vehiclectl/PropertyState.h"
+#include "desk/PropertyNames.h"
 
 namespace qvn::tools {
 
@@ -21,29 +20,5 @@ struct Goal {
 /// @param text PROPERTY=VALUE
 /// @throws BadInput
 Goal readGoal(const std::string& text);
-
-/// Looks at the updates around a set.
-class SetProgress {
-public:
-    explicit SetProgress(PropertyStates& states) : states_(states) {}
-
-    void take(Update update);
-
-    /// Whether the service has reported anything to the vehicle client.
-    bool clientOnline() const { return clientOnline_; }
-
-    /// From now on every update is looked at, so that a value which is there only for a moment counts; so does one that
-    /// is there already.
-    void lookFor(const Goal& goal);
-    bool goalReached() const { return goalReached_; }
-
-private:
-    bool holds(const Goal& goal) const;
-
-    PropertyStates& states_;
-    std::optional<Goal> goal_;
-    bool clientOnline_ = false;
-    bool goalReached_ = false;
-};
 
 }  // namespace qvn::tools

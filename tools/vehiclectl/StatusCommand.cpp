@@ -1,21 +1,19 @@
 #include <nlohmann/json.hpp>
-#include <utility>
 
 #include "desk/ExitCode.h"
 #include "desk/Json.h"
 #include "vehiclectl/Commands.h"
 #include "vehiclectl/Health.h"
 #include "vehiclectl/PropertySelection.h"
-#include "vehiclectl/ServiceLink.h"
-#include "vehiclectl/Waiting.h"
+#include "vehiclectl/VehicleLoop.h"
 
 namespace qvn::tools {
 namespace {
 
-void print(Output& output, const Findings& found, bool json) {
+void print(Output& output, bool up, const Findings& found, bool json) {
     if (json) {
-        const Json object = {{"service", found.up}, {"properties", found.properties},    {"values", found.withValue},
-                             {"rate", found.rate},  {"messages", found.messages.size()}, {"timed_out", found.timedOut}};
+        const Json object = {{"service", up},      {"properties", found.properties},    {"values", found.withValue},
+                             {"rate", found.rate}, {"messages", found.messages.size()}, {"timed_out", found.timedOut}};
         output.write(jsonText(object) + "\n");
         return;
     }
@@ -23,7 +21,7 @@ void print(Output& output, const Findings& found, bool json) {
     for (const std::string& name : found.timedOut) {
         names += (names.empty() ? "; timed out: " : ", ") + name;
     }
-    if (!found.up) {
+    if (!up) {
         output.print("CAN service  not there; start can-service-sim, or see 'vehiclectl doctor'\n");
         return;
     }
@@ -36,17 +34,19 @@ void print(Output& output, const Findings& found, bool json) {
 }  // namespace
 
 int statusCommand(const MeasureOptions& options, const StopSignals& stop, Output& output) {
-    Health health(receivedProperties());
-    if (!startFeed(health.ids())) {
+    const std::vector<const PropertyInfo*> all = receivedProperties();
+    Health health(all);
+    VehicleLoop vehicle;
+    if (!vehicle.open()) {
         return kFailed;
     }
-    const ServiceLink service({});
-    if (!followFor(options.duration, stop, [&](Update update) { health.take(std::move(update)); })) {
+    vehicle.follow(all, [&](const PropertyState& update) { health.take(update); });
+    if (!vehicle.awaitFor(options.duration, stop)) {
         return kFailed;
     }
-    const Findings found = health.findings(options.duration);
-    print(output, found, options.json);
-    return found.up ? kDone : kTimedOut;
+    const bool up = vehicle.isServiceThere();
+    print(output, up, health.findings(options.duration), options.json);
+    return up ? kDone : kTimedOut;
 }
 
 }  // namespace qvn::tools

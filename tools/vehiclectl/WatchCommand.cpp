@@ -8,12 +8,15 @@
 #include "desk/Json.h"
 #include "vehiclectl/Commands.h"
 #include "vehiclectl/PropertySelection.h"
-#include "vehiclectl/PropertyState.h"
-#include "vehiclectl/ServiceLink.h"
-#include "vehiclectl/Waiting.h"
+#include "vehiclectl/PropertyTable.h"
+#include "vehiclectl/UserErrors.h"
+#include "vehiclectl/VehicleLoop.h"
 #include "vehiclectl/WatchScreen.h"
 
 namespace qvn::tools {
+
+using namespace platform::vehicle;
+
 namespace {
 
 constexpr std::chrono::milliseconds kRedrawInterval(50);
@@ -28,31 +31,35 @@ double secondsSince(Clock::time_point start) {
 class Watch {
 public:
     Watch(const WatchOptions& options, Output& output, const std::vector<const PropertyInfo*>& properties)
-        : options_(options), output_(output), states_(properties) {
+        : options_(options), output_(output), properties_(properties), table_(properties) {
         if (options.duration) {
             end_ = inSeconds(*options.duration);
         }
         if (!options.json && WatchScreen::possible()) {
-            screen_ = std::make_unique<WatchScreen>(states_, properties);
+            screen_ = std::make_unique<WatchScreen>(table_, properties);
         }
     }
 
-    std::vector<int> ids() const { return states_.ids(); }
+    /// False when the vehicle cannot be reached.
+    bool start() {
+        if (!vehicle_.open()) {
+            return false;
+        }
+        vehicle_.followService([this](const ServiceState& service) { take(service); });
+        vehicle_.follow(properties_, [this](const PropertyState& update) { take(update); });
+        return true;
+    }
 
     void run(const StopSignals& stop) {
-        PropertyFeed& feed = PropertyFeed::instance();
         while (!finished()) {
-            const Awaited what = screen_ ? await(feed, stop, nextWake(), output_.fd(), screen_->fds())
-                                         : await(feed, stop, nextWake(), output_.fd());
+            const Awaited what = screen_ ? vehicle_.await(stop, nextWake(), output_.fd(), screen_->fds())
+                                         : vehicle_.await(stop, nextWake(), output_.fd());
             if (what == Awaited::Stop) {
                 break;
             }
             if (what == Awaited::Input) {
                 screen_->handleInput();
                 redrawDue_ = true;
-            }
-            for (Update& update : feed.take()) {
-                take(std::move(update));
             }
             screen_ ? refresh() : tellAbsence();
         }
@@ -73,10 +80,9 @@ public:
 private:
     bool timeIsOver() const { return end_ && Clock::now() >= *end_; }
 
-    bool finished() const {
-        const bool counted = options_.count && changes_ >= *options_.count;
-        return counted || lost_ || (screen_ && screen_->ended()) || timeIsOver();
-    }
+    bool hasAll() const { return (options_.count && changes_ >= *options_.count) || timeIsOver(); }
+
+    bool finished() const { return hasAll() || lost_ || (screen_ && screen_->ended()); }
 
     std::optional<Clock::time_point> nextWake() const {
         std::optional<Clock::time_point> next = end_;
@@ -89,23 +95,26 @@ private:
         return next;
     }
 
-    void take(Update update) {
-        if (finished()) {
+    void take(const PropertyState& update) {
+        if (hasAll()) {
             return;
         }
-        if (update.kind == Update::Kind::Service) {
-            takeService(update.good);
-        }
-        if (const PropertyState* const state = states_.apply(std::move(update))) {
+        if (table_.apply(update).changed) {
+            const PropertyRow& row = table_.of(update.property);
             ++changes_;
-            changed_.insert(state->info);
-            printLine(*state);
+            changed_.insert(row.info);
+            printLine(row);
         }
         redrawDue_ = true;
     }
 
-    void takeService(bool up) {
-        lost_ = options_.exitOnLoss && !up;
+    void take(const ServiceState& service) {
+        redrawDue_ = true;
+        if (hasAll() || service.presence == ServicePresence::NeverThere) {
+            return;
+        }
+        const bool up = service.presence == ServicePresence::There;
+        lost_ = lost_ || (options_.exitOnLoss && !up);
         tellService(up, up ? "up" : "gone; the values are stale now");
     }
 
@@ -124,12 +133,12 @@ private:
         }
     }
 
-    void printLine(const PropertyState& state) {
+    void printLine(const PropertyRow& row) {
         if (options_.json) {
-            output_.write(jsonText(state) + "\n");
+            output_.write(jsonText(row) + "\n");
         } else if (!screen_) {
-            output_.print("%9.3f  %-36s %-12s %s\n", secondsSince(start_), state.info->name.c_str(),
-                          valueText(state).c_str(), statusText(state));
+            output_.print("%9.3f  %-36s %-12s %s\n", secondsSince(start_), row.info->name.c_str(),
+                          valueText(*row.info, row.state).c_str(), statusText(row.state));
         }
     }
 
@@ -139,14 +148,15 @@ private:
         if (now < nextRedraw_ || (!redrawDue_ && now < nextRedraw_ + kAgeInterval)) {
             return;
         }
-        screen_->draw();
+        screen_->draw(vehicle_.session().serviceState());
         redrawDue_ = false;
         nextRedraw_ = now + kRedrawInterval;
     }
 
     const WatchOptions& options_;
     Output& output_;
-    PropertyStates states_;
+    const std::vector<const PropertyInfo*> properties_;
+    PropertyTable table_;
     std::unique_ptr<WatchScreen> screen_;
     Clock::time_point start_ = Clock::now();
     std::optional<Clock::time_point> end_;
@@ -156,16 +166,16 @@ private:
     bool lost_ = false;
     long changes_ = 0;
     std::set<const PropertyInfo*> changed_;
+    VehicleLoop vehicle_;
 };
 
 }  // namespace
 
 int watchCommand(const WatchOptions& options, const StopSignals& stop, Output& output) {
     Watch watch(options, output, receivedProperties(options.properties));
-    if (!startFeed(watch.ids())) {
+    if (!watch.start()) {
         return kFailed;
     }
-    const ServiceLink service({});
     watch.run(stop);
     watch.printSummary();
     if (watch.lost()) {

@@ -18,6 +18,9 @@
 #include "desk/MonotonicTime.h"
 
 namespace qvn::tools {
+
+using namespace platform::vehicle;
+
 namespace {
 
 constexpr long kHighlight = 1'000'000'000;  // ns that a changed value stands out
@@ -65,11 +68,8 @@ std::string rateText(double rate) {
 }
 
 std::string serviceText(const ServiceState& service, long now) {
-    if (service.up) {
-        return "CAN service: up";
-    }
-    if (service.since == 0) {
-        return "CAN service: not there";
+    if (service.presence != ServicePresence::Gone) {
+        return service.presence == ServicePresence::There ? "CAN service: up" : "CAN service: not there";
     }
     char text[48];
     std::snprintf(text, sizeof text, "CAN service: gone %.1f s",
@@ -151,8 +151,8 @@ bool WatchScreen::possible() {
     return movesCursor;
 }
 
-WatchScreen::WatchScreen(const PropertyStates& states, std::vector<const PropertyInfo*> properties)
-    : states_(states), view_(states, std::move(properties)), terminal_(std::make_unique<Terminal>()) {}
+WatchScreen::WatchScreen(const PropertyTable& table, std::vector<const PropertyInfo*> properties)
+    : view_(table, std::move(properties)), terminal_(std::make_unique<Terminal>()) {}
 
 WatchScreen::~WatchScreen() = default;
 
@@ -183,7 +183,7 @@ void WatchScreen::handleSignals() {
     }
 }
 
-void WatchScreen::draw() {
+void WatchScreen::draw(const ServiceState& service) {
     pollfd output{STDOUT_FILENO, POLLOUT, 0};
     if (poll(&output, 1, 0) <= 0) {
         return;
@@ -191,7 +191,7 @@ void WatchScreen::draw() {
     view_.refresh(monotonicNow());
     erase();
     const Layout layout(COLS);
-    drawHead(layout);
+    drawHead(layout, service);
     const int height = std::max(LINES - kHeadLines - kFootLines, 0);
     const std::size_t top = view_.top(static_cast<std::size_t>(height));
     for (int line = 0; line < height && top + static_cast<std::size_t>(line) < view_.rows().size(); ++line) {
@@ -201,11 +201,11 @@ void WatchScreen::draw() {
     refresh();
 }
 
-void WatchScreen::drawHead(const Layout& layout) {
+void WatchScreen::drawHead(const Layout& layout, const ServiceState& service) {
     const std::string shown = std::to_string(view_.rows().size()) + " of " + std::to_string(view_.total());
     const std::string right = (view_.frozen() ? "frozen  " : "") + shown;
-    const std::string left = serviceText(states_.service(), view_.time());
-    drawAs(A_REVERSE | (states_.service().up ? attr_t{A_NORMAL} : terminal_->color(kRed)));
+    const std::string left = serviceText(service, view_.time());
+    drawAs(A_REVERSE | (service.presence == ServicePresence::There ? attr_t{A_NORMAL} : terminal_->color(kRed)));
     mvaddstr(0, 0, (fitted(left, COLS - static_cast<int>(right.size()) - 1) + " " + right).c_str());
     drawAs(A_DIM);
     mvaddstr(1, 0,
@@ -214,25 +214,28 @@ void WatchScreen::drawHead(const Layout& layout) {
                  .c_str());
 }
 
-void WatchScreen::drawRow(int line, const Layout& layout, const PropertyState& state) {
-    const bool known = state.value || state.timedOut;
-    const attr_t plain = state.stale      ? terminal_->color(kYellow) | A_DIM
-                         : state.timedOut ? terminal_->color(kRed)
-                         : known          ? attr_t{A_NORMAL}
-                                          : attr_t{A_DIM};
-    const bool changed = state.changedAt != 0 && view_.time() - state.changedAt < kHighlight;
+void WatchScreen::drawRow(int line, const Layout& layout, const PropertyRow& row) {
+    const Reception reception = row.state.reception;
+    const bool known = reception != Reception::NeverReceived;
+    const bool stale = reception == Reception::ServiceAway;
+    const bool timedOut = reception == Reception::TimedOut;
+    const attr_t plain = stale      ? terminal_->color(kYellow) | A_DIM
+                         : timedOut ? terminal_->color(kRed)
+                         : known    ? attr_t{A_NORMAL}
+                                    : attr_t{A_DIM};
+    const bool changed = row.changedAt != 0 && view_.time() - row.changedAt < kHighlight;
     drawAs(plain);
-    mvaddstr(line, 0, state.stale ? "~ " : state.timedOut ? "! " : "  ");
-    addstr((fittedName(state.info->name, layout.name - 1) + " ").c_str());
+    mvaddstr(line, 0, stale ? "~ " : timedOut ? "! " : "  ");
+    addstr((fittedName(row.info->name, layout.name - 1) + " ").c_str());
     drawAs(changed ? plain | A_STANDOUT : plain);
-    const std::string value = valueText(state);
+    const std::string value = valueText(*row.info, row.state);
     const auto room = std::min(static_cast<int>(value.size()), layout.value - 1);
     addstr(fitted(value, room).c_str());
     drawAs(plain);
     addstr(std::string(static_cast<std::size_t>(layout.value - room), ' ').c_str());
-    addstr(fitted(known ? statusText(state) : "-", layout.status).c_str());
-    addstr(alignedRight(rateText(state.arrivals.rate(view_.time())), layout.rate).c_str());
-    addstr(alignedRight(ageText(state, view_.time()), layout.age).c_str());
+    addstr(fitted(known ? statusText(row.state) : "-", layout.status).c_str());
+    addstr(alignedRight(rateText(row.arrivals.rate(view_.time())), layout.rate).c_str());
+    addstr(alignedRight(ageText(row, view_.time()), layout.age).c_str());
 }
 
 void WatchScreen::drawFoot() {

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "desk/FileDescriptor.h"
-#include "vehiclectl/PropertyState.h"
+#include "vehiclectl/PropertyTable.h"
 #include "vehiclectl/WatchKeys.h"
 #include "vehiclectl/WatchView.h"
 
@@ -19,7 +19,7 @@ public:
     /// Whether standard output is a terminal on which it can draw.
     static bool possible();
 
-    WatchScreen(const PropertyStates& states, std::vector<const PropertyInfo*> properties);
+    WatchScreen(const PropertyTable& table, std::vector<const PropertyInfo*> properties);
     ~WatchScreen();
     WatchScreen(const WatchScreen&) = delete;
     WatchScreen& operator=(const WatchScreen&) = delete;
@@ -32,18 +32,17 @@ public:
     bool ended() const { return keys_.ended(); }
 
     /// Draws, unless the terminal takes nothing at the moment (Ctrl-S).
-    void draw();
+    void draw(const platform::vehicle::ServiceState& service);
 
 private:
     struct Terminal;
     struct Layout;
 
     void handleSignals();
-    void drawHead(const Layout& layout);
-    void drawRow(int line, const Layout& layout, const PropertyState& state);
+    void drawHead(const Layout& layout, const platform::vehicle::ServiceState& service);
+    void drawRow(int line, const Layout& layout, const PropertyRow& row);
     void drawFoot();
 
-    const PropertyStates& states_;
     WatchView view_;
     WatchKeys keys_{view_};
     std::unique_ptr<Terminal> terminal_;

@@ -12,9 +12,9 @@ namespace {
 constexpr long kActiveFor = 3'000'000'000;  // ns after its last change
 
 /// What changes all the time keeps its place: it goes by when that began.
-auto changeRank(const PropertyState& state, long now) {
-    const bool active = state.changedAt != 0 && now - state.changedAt < kActiveFor;
-    return std::make_tuple(active, active ? state.activeSince : state.changedAt);
+auto changeRank(const PropertyRow& row, long now) {
+    const bool active = row.changedAt != 0 && now - row.changedAt < kActiveFor;
+    return std::make_tuple(active, active ? row.activeSince : row.changedAt);
 }
 
 }  // namespace
@@ -28,20 +28,20 @@ void WatchView::refresh(long now) {
         time_ = now;
         seen_.clear();
         for (const PropertyInfo* const property : properties_) {
-            seen_.push_back(states_.of(*property));
+            seen_.push_back(table_.of(*property));
         }
     }
     rows_.clear();
     std::copy_if(seen_.begin(), seen_.end(), std::back_inserter(rows_),
-                 [this](const PropertyState& state) { return matches(*state.info); });
-    std::stable_sort(rows_.begin(), rows_.end(), [this](const PropertyState& a, const PropertyState& b) {
+                 [this](const PropertyRow& row) { return matches(*row.info); });
+    std::stable_sort(rows_.begin(), rows_.end(), [this](const PropertyRow& a, const PropertyRow& b) {
         switch (sort_) {
             case Sort::Change:
                 return changeRank(a, time_) > changeRank(b, time_);
             case Sort::Name:
                 return a.info->name < b.info->name;
             case Sort::Age:
-                return (a.value ? a.value->timestamp : -1) > (b.value ? b.value->timestamp : -1);
+                return a.state.timestamp > b.state.timestamp;
         }
         return false;
     });

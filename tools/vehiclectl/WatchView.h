@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "vehiclectl/PropertyState.h"
+#include "vehiclectl/PropertyTable.h"
 
 namespace qvn::tools {
 
@@ -16,8 +16,8 @@ public:
         Age  ///< the newest value first
     };
 
-    WatchView(const PropertyStates& states, std::vector<const PropertyInfo*> properties)
-        : states_(states), properties_(std::move(properties)) {}
+    WatchView(const PropertyTable& table, std::vector<const PropertyInfo*> properties)
+        : table_(table), properties_(std::move(properties)) {}
 
     /// Only properties whose names contain the text, or match it as a pattern with * and ?; in any case of letters.
     void filter(const std::string& text) { filter_ = text; }
@@ -30,11 +30,11 @@ public:
     void freeze(bool frozen) { frozen_ = frozen; }
     bool frozen() const { return frozen_; }
 
-    /// Looks at the states anew, unless it is frozen, and lays out the rows.
+    /// Looks at the table anew, unless it is frozen, and lays out the rows.
     void refresh(long now);
 
     /// The rows that match, in order, as they were at time().
-    const std::vector<PropertyState>& rows() const { return rows_; }
+    const std::vector<PropertyRow>& rows() const { return rows_; }
     long time() const { return time_; }
     std::size_t total() const { return properties_.size(); }
 
@@ -45,10 +45,10 @@ public:
 private:
     bool matches(const PropertyInfo& property) const;
 
-    const PropertyStates& states_;
+    const PropertyTable& table_;
     std::vector<const PropertyInfo*> properties_;
-    std::vector<PropertyState> seen_;  // at time_
-    std::vector<PropertyState> rows_;
+    std::vector<PropertyRow> seen_;  // at time_
+    std::vector<PropertyRow> rows_;
     long time_ = 0;
     std::string filter_;
     Sort sort_ = Sort::Change;

@@ -12,7 +12,7 @@
 #include "desk/StopSignals.h"
 #include "desk/Tool.h"
 #include "vehiclectl/Commands.h"
-#include "vehiclectl/Waiting.h"
+#include "vehiclectl/UserErrors.h"
 
 namespace qvn::tools {
 namespace {
