@@ -101,6 +101,35 @@ TEST_F(VehicleSessionTest, TellsThePresentValueAndThenEveryReception) {
     EXPECT_EQ(session.state(42).type, PROPERTY_TYPE_UNKNOWN);
 }
 
+TEST_F(VehicleSessionTest, HandlersOfASessionRunInTheOrderOfReception) {
+    VehicleSession session;
+    startService();
+    std::promise<void> goOn;
+    std::string order;
+    const Subscription gate = session.subscribe({ids::EPB1_EPBSts}, [&](const PropertyState& state) {
+        if (state.integer() == 1) {
+            goOn.get_future().wait();
+        }
+        updates.add(state);
+    });
+    const auto note = [&order](const PropertyState& state) { order += std::to_string(state.integer()) + " "; };
+    const Subscription door = session.subscribe({ids::BCM1_DrvDoorSts}, note);
+    const Subscription speed = session.subscribe({ids::ESP_FD2_VehSpd}, note);
+    server->signal(0x016B0760, "\x01");
+    for (const char* const value : {"\x01", "\x02"}) {
+        server->signal(kDoor, value);
+        server->signal(kDoor, value);
+        server->signal(kSpeed, "\x07\xD0");
+    }
+    server->signal(0x016B0760, "\x02");
+    while (session.state(ids::EPB1_EPBSts).integer() != 2) {
+        std::this_thread::yield();
+    }
+    goOn.set_value();
+    ASSERT_TRUE(updates.waitForSize(2));
+    EXPECT_EQ(order, "1 1 112 2 2 112 ");
+}
+
 TEST_F(VehicleSessionTest, ASwitchOfTheSteeringWheelHasItsDirection) {
     VehicleSession session;
     startService();

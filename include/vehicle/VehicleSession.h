@@ -103,7 +103,7 @@ enum class SetError : std::int32_t {
     OutOfRange,       ///< not a whole number within the signal's range
     EffectUnknown,    ///< the property that is to show the effect is not reported by the vehicle
     ServiceAway,      ///< the CAN service is not there
-    Ended             ///< the vehicle client serves nothing: the process is ending, or its log tells why
+    NotServed         ///< the vehicle client serves nothing: the process is ending, or its log tells why
 };
 
 struct SetResult {
@@ -140,10 +140,10 @@ enum class EffectCounts : std::int32_t { OnlyAfterTheSet, WhenThereAlready };
 /// subscriber of VehicleClient; they neither see nor disturb each other.
 ///
 /// Threads: every member may be called from any thread, also inside a handler, and waits for nobody but where it says
-/// so. Handlers of a session run one at a time, on the session's own thread or where its executor takes them, never on
-/// the caller's stack (unless the executor does that). A handler may do everything: call any member of this or of
-/// VehicleClient, end its own or another subscription, destroy its session, block, throw: what it throws is logged. A
-/// slow one holds up its own session only.
+/// so. Handlers of a session run one at a time, in the order of reception, on the session's own thread or where its
+/// executor takes them, never on the caller's stack (unless the executor does that). A handler may do everything: call
+/// any member of this or of VehicleClient, end its own or another subscription, destroy its session, block, throw: what
+/// it throws is logged. A slow one holds up its own session only.
 ///
 /// Memory: what waits for a handler is bounded, see SubscribeOptions: about 100 bytes an update.
 ///

@@ -42,21 +42,22 @@ bool Mailbox::release(std::size_t index, Time now) {
 }
 
 bool Mailbox::take(PropertyState& state) {
-    while (!mWaiting.empty()) {
-        const auto first = mWaiting.begin();
-        mSpare.splice(mSpare.begin(), mWaiting, first);
-        Slot& slot = mSlots[first->index];
-        slot.waits = false;
-        state = first->state;
-        if (!mLatestOnly || isNews(slot, state)) {
-            slot.last = state;
-            slot.hasLast = true;
-            state.missed = mMissed;
-            mMissed = 0;
-            return true;
-        }
+    if (mWaiting.empty()) {
+        return false;
     }
-    return false;
+    const auto first = mWaiting.begin();
+    mSpare.splice(mSpare.begin(), mWaiting, first);
+    Slot& slot = mSlots[first->index];
+    slot.waits = false;
+    state = first->state;
+    if (mLatestOnly && !isNews(slot, state)) {
+        return false;
+    }
+    slot.last = state;
+    slot.hasLast = true;
+    state.missed = mMissed;
+    mMissed = 0;
+    return true;
 }
 
 bool Mailbox::isNews(const Slot& slot, const PropertyState& state) const {
@@ -64,34 +65,36 @@ bool Mailbox::isNews(const Slot& slot, const PropertyState& state) const {
            state.direction != slot.last.direction || !sameNumber(state.payload, slot.last.payload);
 }
 
+/// False when no more updates wait than before.
 bool Mailbox::enqueue(std::size_t index, const PropertyState& state, Time now) {
     Slot& slot = mSlots[index];
     if (!isNews(slot, state)) {
         return false;
     }
     slot.opensAt = now + mPeriod;
-    const auto waiting = append(index, state);
     if (mLatestOnly) {
+        append(index, state);
         slot.waits = true;
-        slot.waiting = waiting;
-    } else {
-        slot.last = state;
-        slot.hasLast = true;
+        slot.waiting = std::prev(mWaiting.end());
+        return true;
     }
-    return true;
-}
-
-std::list<Mailbox::Waiting>::iterator Mailbox::append(std::size_t index, const PropertyState& state) {
-    if (!mLatestOnly && mWaiting.size() >= mMost) {
+    slot.last = state;
+    slot.hasLast = true;
+    const bool isFull = mWaiting.size() >= mMost;
+    if (isFull) {
         mSpare.splice(mSpare.begin(), mWaiting, mWaiting.begin());
         ++mMissed;
     }
+    append(index, state);
+    return !isFull;
+}
+
+void Mailbox::append(std::size_t index, const PropertyState& state) {
     if (mSpare.empty()) {
-        mSpare.push_back({index, state});
+        mSpare.emplace_back();
     }
+    mSpare.front() = {index, state};
     mWaiting.splice(mWaiting.end(), mSpare, mSpare.begin());
-    mWaiting.back() = {index, state};
-    return std::prev(mWaiting.end());
 }
 
 }  // namespace session

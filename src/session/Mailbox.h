@@ -20,8 +20,8 @@ class Mailbox {
 public:
     using Time = std::chrono::steady_clock::time_point;
     enum class Offer {
-        Settled,  ///< it waits already, or is not wanted
-        Waits,    ///< there is something to take
+        Settled,  ///< it takes the place of one that waits, or is not wanted
+        Waits,    ///< there is one more to take
         HeldBack  ///< it is to be released at opensAt()
     };
 
@@ -30,11 +30,10 @@ public:
     Offer offer(std::size_t index, const PropertyState& state, Time now);
     /// When the next update of a property may be given to the handler.
     Time opensAt(std::size_t index) const { return mSlots[index].opensAt; }
-    /// What was held back waits now. False when that is no news any more.
+    /// What was held back waits now. False when that is not one more to take.
     bool release(std::size_t index, Time now);
 
-    bool empty() const { return mWaiting.empty(); }
-    /// The oldest update. False when nothing is left that is news.
+    /// The oldest update. False when it is no news any more.
     bool take(PropertyState& state);
 
 private:
@@ -54,7 +53,7 @@ private:
 
     bool isNews(const Slot& slot, const PropertyState& state) const;
     bool enqueue(std::size_t index, const PropertyState& state, Time now);
-    std::list<Waiting>::iterator append(std::size_t index, const PropertyState& state);
+    void append(std::size_t index, const PropertyState& state);
 
     const bool mChangesOnly;
     const bool mLatestOnly;

@@ -100,7 +100,7 @@ void Session::end() {
 }
 
 void Session::add(const std::shared_ptr<Receiver>& receiver) {
-    receiver->place = mQuiet.insert(mQuiet.end(), receiver);
+    receiver->place = mReceivers.insert(mReceivers.end(), receiver);
 }
 
 std::shared_ptr<Receiver> Session::remove(Receiver& receiver) {
@@ -109,14 +109,14 @@ std::shared_ptr<Receiver> Session::remove(Receiver& receiver) {
                                    [&](const HeldBack& held) { return held.receiver == &receiver; }),
                     mHeldBack.end());
     std::make_heap(mHeldBack.begin(), mHeldBack.end(), comesLater);
+    mTurns.remove(&receiver);
     std::shared_ptr<Receiver> removed = std::move(*receiver.place);
-    (receiver.isReady ? mReady : mQuiet).erase(receiver.place);
+    mReceivers.erase(receiver.place);
     return removed;
 }
 
 std::shared_ptr<Receiver> Session::anyReceiver() const {
-    const Receivers& some = mReady.empty() ? mQuiet : mReady;
-    return some.empty() ? nullptr : some.front();
+    return mReceivers.empty() ? nullptr : mReceivers.front();
 }
 
 void Session::offer(Receiver& receiver, std::size_t index, const PropertyState& state, Time now) {
@@ -124,7 +124,7 @@ void Session::offer(Receiver& receiver, std::size_t index, const PropertyState& 
         case Mailbox::Offer::Settled:
             break;
         case Mailbox::Offer::Waits:
-            setReady(receiver);
+            willTake(receiver);
             break;
         case Mailbox::Offer::HeldBack:
             holdBack(receiver, index);
@@ -137,11 +137,12 @@ void Session::run(Task task) {
     workHasCome();
 }
 
-void Session::setReady(Receiver& receiver) {
-    if (!receiver.isReady) {
-        receiver.isReady = true;
-        mReady.splice(mReady.end(), mQuiet, receiver.place);
+void Session::willTake(Receiver& receiver) {
+    if (mPastTurns.empty()) {
+        mPastTurns.push_back(nullptr);
     }
+    mPastTurns.front() = &receiver;
+    mTurns.splice(mTurns.end(), mPastTurns, mPastTurns.begin());
     workHasCome();
 }
 
@@ -171,7 +172,7 @@ void Session::release() {
         std::pop_heap(mHeldBack.begin(), mHeldBack.end(), comesLater);
         mHeldBack.pop_back();
         if (due.receiver->mailbox.release(due.index, now)) {
-            setReady(*due.receiver);
+            willTake(*due.receiver);
         }
     }
 }
@@ -304,15 +305,11 @@ bool Session::next(Work& work) {
 }
 
 bool Session::nextUpdate(Work& work) {
-    while (!mReady.empty()) {
-        const auto first = mReady.begin();
-        Receiver& receiver = **first;
-        const bool isNews = receiver.mailbox.take(work.state);
-        receiver.isReady = !receiver.mailbox.empty();
-        Receivers& to = receiver.isReady ? mReady : mQuiet;
-        to.splice(to.end(), mReady, first);
-        if (isNews) {
-            work.receiver = *first;
+    while (!mTurns.empty()) {
+        Receiver& receiver = *mTurns.front();
+        mPastTurns.splice(mPastTurns.begin(), mTurns, mTurns.begin());
+        if (receiver.mailbox.take(work.state)) {
+            work.receiver = *receiver.place;
             return true;
         }
     }
@@ -333,12 +330,12 @@ bool Session::isInside() const {
 }
 
 bool Session::isBusy() const {
-    const bool hasNothing = mReady.empty() && mTasks.empty() && mHeldBack.empty() && mRunner == std::thread::id();
+    const bool hasNothing = mTurns.empty() && mTasks.empty() && mHeldBack.empty() && mRunner == std::thread::id();
     return !mExecutor && !mEnded && mRunner != std::this_thread::get_id() && !hasNothing;
 }
 
 int Session::busyWith() const {
-    const Receiver* const receiver = mRunning != nullptr ? mRunning : mReady.empty() ? nullptr : mReady.front().get();
+    const Receiver* const receiver = mRunning != nullptr ? mRunning : mTurns.empty() ? nullptr : mTurns.front();
     const Receiver* const known = receiver != nullptr || mHeldBack.empty() ? receiver : mHeldBack.front().receiver;
     return known == nullptr ? 0 : known->properties.front();
 }

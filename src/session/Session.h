@@ -40,12 +40,12 @@ public:
     // All below is guarded by the lock.
     Mailbox mailbox;
     bool ended = false;
-    bool isReady = false;
-    std::list<std::shared_ptr<Receiver>>::iterator place;  // in one of the session's lists
+    std::list<std::shared_ptr<Receiver>>::iterator place;  // among the session's
 };
 
-/// Runs the handlers of its receivers one at a time: on a thread of its own, or where its executor takes them; then the
-/// thread is there for what is held back until its time has come.
+/// Runs the handlers of its receivers one at a time, in the order in which updates came to wait for them: on a thread
+/// of its own, or where its executor takes them; then the thread is there for what is held back until its time has
+/// come.
 class Session : public std::enable_shared_from_this<Session> {
 public:
     using Task = std::function<void()>;
@@ -113,8 +113,8 @@ private:
     bool runOne();
     bool next(Work& work) QVN_REQUIRES(mutex);
     bool nextUpdate(Work& work) QVN_REQUIRES(mutex);
-    bool hasWork() const QVN_REQUIRES(mutex) { return !mEnded && (!mReady.empty() || !mTasks.empty()); }
-    void setReady(Receiver& receiver) QVN_REQUIRES(mutex);
+    bool hasWork() const QVN_REQUIRES(mutex) { return !mEnded && (!mTurns.empty() || !mTasks.empty()); }
+    void willTake(Receiver& receiver) QVN_REQUIRES(mutex);
     void workHasCome() QVN_REQUIRES(mutex);
     void holdBack(Receiver& receiver, std::size_t index) QVN_REQUIRES(mutex);
     void release() QVN_REQUIRES(mutex);
@@ -124,8 +124,9 @@ private:
     std::thread mThread;
     std::condition_variable mWake;
 
-    Receivers mQuiet QVN_GUARDED_BY(mutex);
-    Receivers mReady QVN_GUARDED_BY(mutex);
+    Receivers mReceivers QVN_GUARDED_BY(mutex);
+    std::list<Receiver*> mTurns QVN_GUARDED_BY(mutex);      // one for each update that waits
+    std::list<Receiver*> mPastTurns QVN_GUARDED_BY(mutex);  // to be used again
     std::list<Task> mTasks QVN_GUARDED_BY(mutex);
     std::vector<HeldBack> mHeldBack QVN_GUARDED_BY(mutex);  // a heap; the first one's time comes first
     Time mSleepsUntil QVN_GUARDED_BY(mutex) = Time::min();  // the thread

@@ -27,6 +27,8 @@ constexpr int kMostExitHandlers = 256;
 
 constexpr std::chrono::seconds kPatienceAtExit(2);
 
+const char kNotServed[] = "the vehicle client serves nothing (its log tells why); ";
+
 SetResult refused(int property, SetError error, const char* why) {
     SetResult result;
     result.error = error;
@@ -154,6 +156,7 @@ void Vehicle::observe() {
 
 void Vehicle::take(const VehicleSnapshot& snapshot) {
     take(snapshot.service);
+    mIsServed = !snapshot.values.empty();
     for (const PropertyState& value : snapshot.values) {
         Record& record = mRecords[value.property];
         if (value.hasValue() && take(record, value)) {
@@ -294,7 +297,10 @@ SetResult Vehicle::send(int property, int number, PendingSets::Pending* awaited,
     std::uint64_t id = 0;
     {
         const sync::MutexLock lock(mutex);
-        if (mService.presence != ServicePresence::There || Sessions::instance().hasStopped()) {
+        if (!mIsServed || Sessions::instance().hasStopped()) {
+            return refused(property, SetError::NotServed, kNotServed);
+        }
+        if (mService.presence != ServicePresence::There) {
             return refused(property, SetError::ServiceAway, "the CAN service is not there; ");
         }
         id = awaited != nullptr ? mSets.add(std::move(*awaited)) : 0;
@@ -307,9 +313,7 @@ SetResult Vehicle::send(int property, int number, PendingSets::Pending* awaited,
     const sync::MutexLock lock(mutex);
     if (!isSent) {
         removed = mSets.remove(id);
-        return removed.empty() && awaited != nullptr
-                   ? SetResult()
-                   : refused(property, SetError::Ended, "the vehicle client serves nothing; ");
+        return removed.empty() && awaited != nullptr ? SetResult() : refused(property, SetError::NotServed, kNotServed);
     }
     const PropertyState& present = mRecords[effect].state;
     if (whenThereAlready && present.isCurrent() && PendingSets::isReached(present, effectNumber)) {

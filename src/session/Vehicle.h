@@ -94,6 +94,7 @@ private:
     const platform::vehicle::VehicleClientImpl* mObserved QVN_GUARDED_BY(mutex) = nullptr;
     std::map<int, Record> mRecords QVN_GUARDED_BY(mutex);
     ServiceState mService QVN_GUARDED_BY(mutex);
+    bool mIsServed QVN_GUARDED_BY(mutex) = true;  // false: the client could not start
     PendingSets mSets;
     int mExitHandlers QVN_GUARDED_BY(mutex) = 0;
     const pid_t mProcess;
