@@ -9,6 +9,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "client/ProcessEnd.h"
@@ -30,6 +31,8 @@ public:
     /// @throws std::system_error
     void open(const std::shared_ptr<Session>& session);
     void close(Session& session);
+    /// Where its thread cannot be ended.
+    void keep(std::shared_ptr<Session> session) { mKept.push_back(std::move(session)); }
 
     /// @throws std::invalid_argument
     std::shared_ptr<Receiver> subscribe(const std::shared_ptr<Session>& session, std::vector<int> properties,
@@ -97,6 +100,7 @@ private:
     bool mIsServed QVN_GUARDED_BY(mutex) = true;  // false: the client could not start
     PendingSets mSets;
     int mExitHandlers QVN_GUARDED_BY(mutex) = 0;
+    std::vector<std::shared_ptr<Session>> mKept;  // in a child of fork only
     const pid_t mProcess;
 };
 

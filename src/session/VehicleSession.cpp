@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
-#include <list>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -118,8 +117,7 @@ VehicleSession::VehicleSession(Executor executor) : mSession(std::make_shared<Se
 
 VehicleSession::~VehicleSession() {
     if (Vehicle::instance().isForked()) {
-        static std::list<std::shared_ptr<Session>>& kept = *new std::list<std::shared_ptr<Session>>;
-        kept.push_back(std::move(mSession));  // its thread is the parent's
+        Vehicle::instance().keep(std::move(mSession));  // its thread is the parent's
     } else {
         Vehicle::instance().close(*mSession);
     }
