@@ -190,9 +190,7 @@ void Session::signal() {
 void Session::serve() {
     try {
         while (waitForWork()) {
-            for (bool more = true; more;) {
-                const ForkGuard forkGuard;
-                more = runOne();
+            while (runOne()) {
             }
         }
     } catch (const canservice::ForcedUnwind&) {
@@ -286,6 +284,7 @@ bool Session::runOne() {
         mRunning = work.receiver.get();
     }
     const Run run(*this, work);
+    const ForkGuard forkGuard;  // a child could wait for the lock for ever
     canservice::callApplication([&work] { work.receiver ? work.receiver->handler(work.state) : work.task(); });
     return true;
 }
