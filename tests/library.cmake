@@ -35,6 +35,10 @@ if(QVN_PLATFORM STREQUAL "host")
                 T21CanSignalAdapter_test.cpp VehicleClientImpl_test.cpp
         LIBS qvn_test_support qvn_internals
         LABELS library)
+    qvn_add_test(NAME allocations_test
+        SOURCES Allocations_test.cpp
+        LIBS qvn_test_support qvn_internals
+        LABELS library)
     qvn_add_test(NAME out_of_memory_test
         SOURCES OutOfMemory_test.cpp
         LIBS qvn_test_support qvn_internals
