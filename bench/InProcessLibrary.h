@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "canservice/T21CanServiceFdbusClient.h"
+#include "client/ProcessCore.h"
 #include "client/VehicleClientImpl.h"
 #include "common.base.canservice.pb.h"
 #include "tables/SignalTable.h"
@@ -48,9 +49,9 @@ inline std::vector<int> everyProperty() {
     return properties;
 }
 
+/// The core is the process's own, so that sessions see what it dispatches.
 struct Library {
     Library() : client("bench", nullptr) {
-        core.init();
         core.subscribe(changed, everyProperty(), nullptr);
         client.setFuncSignalTable(hap_signal_table);
         client.registerSignalCallback(
@@ -60,7 +61,7 @@ struct Library {
         client.registerErrSignalCallback(statusChanged);
     }
 
-    VehicleClientImpl core;
+    VehicleClientImpl& core = (VehicleClient::getInstance(), *processCore());
     Client client;
 };
 

@@ -9,6 +9,8 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <fstream>
+#include <iterator>
 
 namespace bench {
 namespace {
@@ -19,8 +21,18 @@ std::int64_t readClock(clockid_t clock) {
     return now.tv_sec * 1000000000LL + now.tv_nsec;
 }
 
+const char* const kModes[] = {"paced", "load", "burst"};
+const char* const kWays[] = {"callback", "handover", "thread", "inline", "beside", "blocked"};
+
+template <std::size_t N>
+bool isOneOf(const char* const (&names)[N], const std::string& name) {
+    return std::find(std::begin(names), std::end(names), name) != std::end(names);
+}
+
 [[noreturn]] void usage(const char* program) {
-    std::fprintf(stderr, "usage: %s paced|burst COUNT SHARED [--cpu N] [--sender-cpu N] [--pace MICROSECONDS]\n",
+    std::fprintf(stderr,
+                 "usage: %s paced|load|burst COUNT SHARED [--cpu N] [--sender-cpu N] [--pace MICROSECONDS] "
+                 "[--way callback|handover|thread|inline|beside|blocked]\n",
                  program);
     std::exit(2);
 }
@@ -74,11 +86,13 @@ Options parseOptions(int argc, char** argv) {
             options.paceMicroseconds = std::atoi(argv[i + 1]);
         } else if (name == "--sender-cpu") {
             options.senderProcessor = std::atoi(argv[i + 1]);
+        } else if (name == "--way") {
+            options.way = argv[i + 1];
         } else {
             usage(argv[0]);
         }
     }
-    if (options.count == 0 || (options.mode != "paced" && options.mode != "burst")) {
+    if (options.count == 0 || !isOneOf(kModes, options.mode) || !isOneOf(kWays, options.way)) {
         usage(argv[0]);
     }
     return options;
@@ -87,6 +101,13 @@ Options parseOptions(int argc, char** argv) {
 double percentileUs(std::vector<std::int64_t> durationsNs, std::size_t percent) {
     std::sort(durationsNs.begin(), durationsNs.end());
     return static_cast<double>(durationsNs[(durationsNs.size() - 1) * percent / 100]) / 1e3;
+}
+
+long residentKibibytes() {
+    long pages = 0;
+    long resident = 0;
+    std::ifstream("/proc/self/statm") >> pages >> resident;
+    return resident * (sysconf(_SC_PAGESIZE) / 1024);
 }
 
 void sleepUntil(std::int64_t instantNs) {
@@ -103,6 +124,8 @@ Receiver::Receiver(const Options& options, Shared& shared) : mOptions(options), 
 
 bool Receiver::arrived() {
     if (mCount == 0) {
+        mResidentAtFirst = residentKibibytes();
+        mFirstNs = nowNs();
         mCpuAtFirstNs = readClock(CLOCK_PROCESS_CPUTIME_ID);
     }
     if (mOptions.mode == "paced") {
@@ -114,14 +137,18 @@ bool Receiver::arrived() {
     }
     mLastNs = nowNs();
     mCpuAtLastNs = readClock(CLOCK_PROCESS_CPUTIME_ID);
+    mResidentAtLast = residentKibibytes();
     mShared.received = mCount;
     return true;
 }
 
 void Receiver::print(const char* program) const {
-    const double cpuPerValue = static_cast<double>(mCpuAtLastNs - mCpuAtFirstNs) / mOptions.count;
-    std::printf("{\"program\": \"%s\", \"mode\": \"%s\", \"count\": %u, \"cpu_ns_per_value\": %.0f", program,
-                mOptions.mode.c_str(), mCount, cpuPerValue);
+    const auto cpu = static_cast<double>(mCpuAtLastNs - mCpuAtFirstNs);
+    std::printf(
+        "{\"program\": \"%s\", \"mode\": \"%s\", \"count\": %u, \"cpu_ns_per_value\": %.0f, "
+        "\"cpu_percent\": %.2f, \"resident_growth_kib\": %ld",
+        program, mOptions.mode.c_str(), mCount, cpu / mOptions.count,
+        100.0 * cpu / static_cast<double>(mLastNs - mFirstNs), mResidentAtLast - mResidentAtFirst);
     if (mOptions.mode == "paced") {
         std::printf(", \"p50_us\": %.2f, \"p99_us\": %.2f}\n", percentileUs(mLatencies, 50),
                     percentileUs(mLatencies, 99));

@@ -25,18 +25,22 @@ Shared& mapShared(const std::string& path);
 
 struct Options {
     std::string shared;  ///< file of the Shared page
-    std::string mode;    ///< "paced" or "burst"
+    std::string mode;    ///< "paced", "load" or "burst"
     std::uint32_t count = 0;
     int processor = -1;
     int senderProcessor = -1;  ///< the yardstick's other process
     int paceMicroseconds = 500;
+    std::string way = "callback";  ///< how the application receives, see there
 };
-/// From the command line: MODE COUNT SHARED [--cpu N] [--sender-cpu N] [--pace MICROSECONDS];
+/// From the command line: MODE COUNT SHARED [--cpu N] [--sender-cpu N] [--pace MICROSECONDS] [--way WAY];
 /// exits with a usage text.
 Options parseOptions(int argc, char** argv);
 
 /// A percentile, in microseconds, of durations in nanoseconds.
 double percentileUs(std::vector<std::int64_t> durationsNs, std::size_t percent);
+
+/// The memory of this process that is in use.
+long residentKibibytes();
 
 /// Waits until `instant` on the monotonic clock.
 void sleepUntil(std::int64_t instantNs);
@@ -54,9 +58,12 @@ private:
     Shared& mShared;
     std::vector<std::int64_t> mLatencies;
     std::uint32_t mCount = 0;
+    std::int64_t mFirstNs = 0;
     std::int64_t mLastNs = 0;
     std::int64_t mCpuAtFirstNs = 0;
     std::int64_t mCpuAtLastNs = 0;
+    long mResidentAtFirst = 0;
+    long mResidentAtLast = 0;
 };
 
 }  // namespace bench

@@ -1,5 +1,5 @@
-// The service of the two-process measurement: broadcasts signals as the CAN service does, at a pace or as fast as it
-// can. At a pace it prints how long a broadcast took, as one JSON object.
+// The service of the two-process measurement: broadcasts signals as the CAN service does, at a pace, as a load or
+// as fast as it can. At a pace it prints how long a broadcast took, as one JSON object.
 
 #include "Measure.h"
 
@@ -7,6 +7,7 @@
 #include <common_base/fdbus.h>
 #include <unistd.h>
 
+#include <cstdint>
 #include <cstdio>
 #include <string>
 #include <vector>
@@ -42,15 +43,16 @@ int main(int argc, char** argv) {
     }
 
     const bool paced = options.mode == "paced";
+    const bool load = options.mode == "load";
     std::vector<std::int64_t> broadcasts;
     broadcasts.reserve(paced ? options.count : 0);
     std::int64_t next = bench::nowNs();
     shared.startedNs = next;
     for (std::uint32_t i = 0; i < options.count; ++i) {
-        // At a pace always the same byte signal, in a burst every signal in turn.
+        // At a pace always the same byte signal, else every signal in turn: as a load all of them at each step.
         const std::size_t which = paced ? 5 : i % kSignals;
-        if (paced) {
-            next += options.paceMicroseconds * 1000;
+        if (paced || (load && which == 0)) {
+            next += std::int64_t{1000} * options.paceMicroseconds;
             bench::sleepUntil(next);
         }
         can_service::BroadcastSignal signal;
