@@ -85,16 +85,17 @@ def in_process(folder, variables, name=".", repetitions=5, programs=BIN):
 
 def instructions(folder, names, programs=BIN):
     """Instructions from onBroadcast until it returns, by benchmark: the same on every machine of a kind."""
+    function = "T21CanServiceFdbusClient::onBroadcast(std::shared_ptr<CBaseJob>&)"  # not what it calls in turn
     output = folder / "callgrind"
     counts = {}
     for name in names:
         command = ["valgrind", "--tool=callgrind", "--compress-strings=no", "--compress-pos=no",
-                   "--toggle-collect=T21CanServiceFdbusClient::onBroadcast*", f"--callgrind-out-file={output}",
+                   f"--toggle-collect={function}", f"--callgrind-out-file={output}",
                    programs / "bench_inprocess", f"--benchmark_filter=^{name}$", "--benchmark_min_time=0.05"]
         variables = dict(environment(folder), QVN_LOG_LEVEL="0", LD_BIND_NOW="1")
         subprocess.run(command, env=variables, check=True, capture_output=True, timeout=120)
         text = output.read_text()
-        calls = re.findall(r"^cfn=T21CanServiceFdbusClient::onBroadcast.*\ncalls=(\d+)", text, re.MULTILINE)
+        calls = re.findall(rf"^cfn={re.escape(function)}\ncalls=(\d+)", text, re.MULTILINE)
         total = re.search(r"^totals: (\d+)", text, re.MULTILINE)
         counts[name] = int(total.group(1)) / sum(map(int, calls))
     return counts
