@@ -38,7 +38,11 @@ private:
 class VehicleClientImpl::Telling {
 public:
     explicit Telling(VehicleClientImpl& core) : mCore(core) {}
-    ~Telling() noexcept(false) { mCore.tellDispatched(); }
+    ~Telling() noexcept(false) {
+        if (mCore.observer != nullptr) {
+            mCore.tellDispatched();
+        }
+    }
     Telling(const Telling&) = delete;
     Telling& operator=(const Telling&) = delete;
 

@@ -65,9 +65,7 @@ void VehicleClientImpl::observeReverseLine() {
 }
 
 void VehicleClientImpl::willTell(const VehiclePropValue& value, PropertyType type) {
-    if (observer != nullptr) {
-        dispatched.push_back(stateOf(value, type));
-    }
+    dispatched.push_back(stateOf(value, type));
 }
 
 void VehicleClientImpl::tellDispatched() {

@@ -112,7 +112,9 @@ void VehicleClientImpl::deliver(DispatchTurn::Delivery& delivery) {
         if (contains(subscribedIds, value.prop)) {
             callback = propertyChangedCallback;
         }
-        willTell(value, delivery.type);
+        if (observer != nullptr) {
+            willTell(value, delivery.type);
+        }
     }
     if (callback != nullptr) {
         callback(std::move(value), delivery.type);
