@@ -36,11 +36,11 @@ Awaited awaitService(VehicleLoop& vehicle, const StopSignals& stop, double timeo
 }
 
 /// Without a goal the outcome is there at once.
-void set(VehicleSession& session, int property, std::int32_t value, const std::optional<Goal>& goal, double timeout,
+void set(VehicleSession& session, int property, std::int32_t value, const Goal& goal, double timeout,
          std::optional<SetOutcome>& outcome) {
-    if (goal) {
+    if (goal.property != nullptr) {
         session.setAndAwait(
-            property, value, static_cast<int>(goal->property->id), goal->value, milliseconds(timeout),
+            property, value, static_cast<int>(goal.property->id), goal.value, milliseconds(timeout),
             [&outcome](const SetOutcome& end) { outcome = end; }, EffectCounts::WhenThereAlready);
     } else {
         outcome.emplace();
@@ -50,17 +50,18 @@ void set(VehicleSession& session, int property, std::int32_t value, const std::o
 }
 
 /// Tells the user what has not gone well. @return the exit code
-int report(const SetOutcome& outcome, const PropertyInfo& property, const std::optional<Goal>& goal,
-           const std::string& timeout) {
-    const auto effect = [&] { return goal->property->name + " is " + valueText(*goal->property, outcome.effect); };
+int report(const SetOutcome& outcome, const PropertyInfo& property, const Goal& goal, const std::string& timeout) {
+    const std::string effect =
+        goal.property != nullptr ? goal.property->name + " is " + valueText(*goal.property, outcome.effect) : "";
+    const std::string wanted = formatNumber(goal.value);
     switch (outcome.end) {
         case SetEnd::Reached:
             return kDone;
         case SetEnd::TimedOut:
-            printError(effect() + " after " + timeout + ", not " + formatNumber(goal->value));
+            printError(effect + " after " + timeout + ", not " + wanted);
             return kTimedOut;
         case SetEnd::ServiceGone:
-            printError("the CAN service has gone; " + effect() + ", not " + formatNumber(goal->value));
+            printError("the CAN service has gone; " + effect + ", not " + wanted);
             return kTimedOut;
         case SetEnd::Refused:
         case SetEnd::SessionEnded:
@@ -79,7 +80,7 @@ int report(const SetOutcome& outcome, const PropertyInfo& property, const std::o
 int setCommand(const SetOptions& options, const StopSignals& stop) {
     const PropertyInfo& property = propertyNamed(options.property);
     const std::int32_t value = valueToSet(property, options.value);
-    const auto goal = options.waitFor.empty() ? std::nullopt : std::optional<Goal>(readGoal(options.waitFor));
+    const Goal goal = options.waitFor.empty() ? Goal() : readGoal(options.waitFor);
     const std::string timeout = formatNumber(options.timeout) + " s";
 
     std::optional<SetOutcome> outcome;

@@ -11,7 +11,7 @@ namespace qvn::tools {
 /// @throws BadInput for a property that cannot be set, or a number that does not fit it
 std::int32_t valueToSet(const PropertyInfo& property, const std::string& text);
 
-/// What a set is to bring about: a value of a property.
+/// What a set is to bring about: a value of a property; without one, nothing in particular.
 struct Goal {
     const PropertyInfo* property = nullptr;
     double value = 0.0;
