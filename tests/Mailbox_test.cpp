@@ -129,6 +129,16 @@ TEST(Mailbox, HoldsBackWhatComesTooEarlyAndDeliversTheLatestOfIt) {
     }
     EXPECT_EQ(all.taken(), "4");
     EXPECT_EQ(changes.taken(), "");
+
+    // Released late, by a thread that was busy: what has come meanwhile is newer.
+    all.now += 1s;
+    all.offer(5);
+    EXPECT_EQ(all.taken(), "5");
+    EXPECT_EQ(all.offer(6), Mailbox::Offer::HeldBack);
+    all.now += 1s;
+    EXPECT_EQ(all.offer(7), Mailbox::Offer::Settled);
+    all.release();
+    EXPECT_EQ(all.taken(), "7");
 }
 
 }  // namespace

@@ -26,7 +26,7 @@ Mailbox::Offer Mailbox::offer(std::size_t index, const PropertyState& state, Tim
         slot.waiting->state = state;
         return Offer::Settled;
     }
-    if (now < slot.opensAt) {
+    if (slot.isHeldBack || now < slot.opensAt) {  // whoever releases it may be late
         const bool toBeReleased = slot.isHeldBack;
         slot.heldBack = state;
         slot.isHeldBack = true;
