@@ -83,6 +83,16 @@ TEST(Mailbox, LeavesOutWhatIsNoChangeOfValueOrState) {
         box.offer(number, 0, Reception::TimedOut);
     }
     EXPECT_EQ(box.taken(), "2 1 2");  // each was a change when it came
+
+    Box small(SubscribeOptions().changesOnly().queue(2));
+    for (const double number : {1, 2, 3}) {
+        small.offer(number);
+    }
+    EXPECT_EQ(small.offer(3), Mailbox::Offer::Settled);  // still to come
+    small.offer(5, 1);
+    small.offer(6, 1);
+    EXPECT_EQ(small.taken(), "b:5(3) b:6");
+    EXPECT_EQ(small.offer(3), Mailbox::Offer::Waits) << "the handler has not been given it";
 }
 
 TEST(Mailbox, KeepsTheLatestOfEachPropertyForABusyHandler) {

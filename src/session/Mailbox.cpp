@@ -1,6 +1,7 @@
 #include "session/Mailbox.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace qvn {
 namespace session {
@@ -22,8 +23,8 @@ Mailbox::Mailbox(const SubscribeOptions& options, std::size_t properties)
 
 Mailbox::Offer Mailbox::offer(std::size_t index, const PropertyState& state, Time now) {
     Slot& slot = mSlots[index];
-    if (slot.waits) {
-        slot.waiting->state = state;
+    if (mLatestOnly && slot.waiting > 0) {
+        slot.latest->state = state;
         return Offer::Settled;
     }
     if (slot.isHeldBack || now < slot.opensAt) {  // whoever releases it may be late
@@ -48,7 +49,7 @@ bool Mailbox::take(PropertyState& state) {
     const auto first = mWaiting.begin();
     mSpare.splice(mSpare.begin(), mWaiting, first);
     Slot& slot = mSlots[first->index];
-    slot.waits = false;
+    --slot.waiting;
     state = first->state;
     if (mLatestOnly && !isNews(slot, state)) {
         return false;
@@ -74,18 +75,15 @@ bool Mailbox::enqueue(std::size_t index, const PropertyState& state, Time now) {
     slot.opensAt = now + mPeriod;
     if (mLatestOnly) {
         append(index, state);
-        slot.waits = true;
-        slot.waiting = std::prev(mWaiting.end());
         return true;
     }
-    slot.last = state;
-    slot.hasLast = true;
     const bool isFull = mWaiting.size() >= mMost;
     if (isFull) {
-        mSpare.splice(mSpare.begin(), mWaiting, mWaiting.begin());
-        ++mMissed;
+        dropOldest();
     }
     append(index, state);
+    slot.last = state;
+    slot.hasLast = true;
     return !isFull;
 }
 
@@ -95,6 +93,18 @@ void Mailbox::append(std::size_t index, const PropertyState& state) {
     }
     mSpare.front() = {index, state};
     mWaiting.splice(mWaiting.end(), mSpare, mSpare.begin());
+    Slot& slot = mSlots[index];
+    slot.latest = std::prev(mWaiting.end());
+    ++slot.waiting;
+}
+
+void Mailbox::dropOldest() {
+    Slot& slot = mSlots[mWaiting.front().index];
+    mSpare.splice(mSpare.begin(), mWaiting, mWaiting.begin());
+    ++mMissed;
+    if (--slot.waiting == 0) {
+        slot.hasLast = false;  // the handler does not know it: the same is news when it comes again
+    }
 }
 
 }  // namespace session

@@ -42,8 +42,8 @@ private:
         PropertyState state;
     };
     struct Slot {
-        bool waits = false;  // of latest updates: the one that waits
-        std::list<Waiting>::iterator waiting;
+        std::size_t waiting = 0;              // updates
+        std::list<Waiting>::iterator latest;  // of them
         bool isHeldBack = false;
         PropertyState heldBack;
         bool hasLast = false;
@@ -54,6 +54,7 @@ private:
     bool isNews(const Slot& slot, const PropertyState& state) const;
     bool enqueue(std::size_t index, const PropertyState& state, Time now);
     void append(std::size_t index, const PropertyState& state);
+    void dropOldest();
 
     const bool mChangesOnly;
     const bool mLatestOnly;
