@@ -320,15 +320,22 @@ TEST_F(VehicleSessionTest, WhoEndsASubscriptionWaitsForItsHandlerUnlessThatWaits
     ASSERT_TRUE(updates.waitForSize(2));
 
     std::promise<void> runs;
-    std::atomic<bool> returned{false};
-    Subscription slow = one.subscribe({ids::BCM1_DrvDoorSts}, [&](const PropertyState&) {
+    std::atomic<bool> returned{false}, released{false};
+    const auto takeAMoment = [] { std::this_thread::sleep_for(10ms); };  // so that an end() that does not wait is seen
+    std::shared_ptr<void> captured(nullptr, [&](void*) {
+        takeAMoment();
+        released = true;
+    });
+    Subscription slow = one.subscribe({ids::BCM1_DrvDoorSts}, [&, captured](const PropertyState&) {
         runs.set_value();
-        std::this_thread::sleep_for(10ms);  // so that an end() that does not wait is seen
+        takeAMoment();
         returned = true;
     });
+    captured.reset();
     runs.get_future().wait();
     slow.end();
     EXPECT_TRUE(returned);
+    EXPECT_TRUE(released) << "what the handler has captured may refer to what goes next";
 }
 
 TEST_F(VehicleSessionTest, ASlowHandlerHoldsUpItsOwnSessionOnly) {

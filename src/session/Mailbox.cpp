@@ -1,6 +1,6 @@
 #include "session/Mailbox.h"
 
-#include <algorithm>
+#include <cmath>
 #include <iterator>
 
 namespace qvn {

@@ -19,23 +19,31 @@ constexpr int kMostInOneTask = 256;
 /// While one handler or task runs.
 class Session::Run {
 public:
-    Run(Session& session, const Work& work) : mSession(session), mReceiver(work.receiver.get()) {}
+    Run(Session& session, Work& work) : mSession(session), mWork(work) {}
     ~Run() {
-        Receiver::Handler ended;
+        release();
         const sync::MutexLock lock(mutex);
         mSession.mRunner = std::thread::id();
         mSession.mRunning = nullptr;
-        if (mReceiver != nullptr && mReceiver->ended) {
-            ended.swap(mReceiver->handler);  // it has ended itself, or the session
-        }
         Sessions::instance().settled();
     }
     Run(const Run&) = delete;
     Run& operator=(const Run&) = delete;
 
 private:
+    /// What a handler that runs no more has captured goes while it still counts as running: who waits for its end may
+    /// have what that refers to.
+    void release() {
+        mWork.task = nullptr;
+        Receiver::Handler ended;
+        const sync::MutexLock lock(mutex);
+        if (mWork.receiver && mWork.receiver->ended) {
+            ended.swap(mWork.receiver->handler);
+        }
+    }
+
     Session& mSession;
-    Receiver* const mReceiver;
+    Work& mWork;
 };
 
 /// While the executor takes the task. False when the session has ended.
