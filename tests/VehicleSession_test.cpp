@@ -541,6 +541,20 @@ TEST_F(VehicleSessionTest, WhatWaitsWhenASessionGoesIsEnded) {
     EXPECT_FALSE(called);
     outlives.end();
     EXPECT_EQ(token.use_count(), 1);
+
+    // A handler that waits for the effect holds nobody up.
+    server->signal(kDoor, "\x01");
+    session = std::make_unique<VehicleSession>();
+    std::promise<void> waits;
+    SetEnd end = SetEnd::Reached;
+    const Subscription waiting = session->subscribe({ids::BCM1_DrvDoorSts}, [&](const PropertyState&) {
+        std::future<SetOutcome> effect = session->setAndAwait(kDisplayCommand, 1, kDisplayState, 1, kLong);
+        waits.set_value();
+        end = effect.get().end;
+    });
+    waits.get_future().wait();
+    session.reset();
+    EXPECT_EQ(end, SetEnd::SessionEnded);
 }
 
 /// All that a subscriber and the log see of a drive.

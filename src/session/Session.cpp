@@ -90,12 +90,15 @@ void Session::start() {
     Sessions::instance().all().push_back(this);
 }
 
+void Session::close() {
+    mEnded = true;
+    mWake.notify_all();
+}
+
 void Session::end() {
     bool isOver = false;
     {
         sync::MutexLock lock(mutex);
-        mEnded = true;
-        mWake.notify_all();
         isOver = Sessions::instance().waitFor(*this, lock, Time::max(),
                                               [this]() QVN_REQUIRES(mutex) { return !isOccupied(); });
         Sessions::instance().all().remove(this);

@@ -57,7 +57,10 @@ public:
     /// Starts its thread. To be called once, with the session in a std::shared_ptr.
     /// @throws std::system_error
     void start();
-    /// Nothing runs any more when it returns, where that is not to wait for itself. To be called once after start().
+    /// No further handler begins to run.
+    void close() QVN_REQUIRES(mutex);
+    bool isClosed() const QVN_REQUIRES(mutex) { return mEnded; }
+    /// Nothing runs any more when it returns, where that is not to wait for itself. To be called once, after close().
     void end();
 
     void add(const std::shared_ptr<Receiver>& receiver) QVN_REQUIRES(mutex);

@@ -58,14 +58,18 @@ void Vehicle::open(const std::shared_ptr<Session>& session) {
 }
 
 void Vehicle::close(Session& session) {
+    {
+        PendingSets::Finished finished;  // first of all: a handler may be waiting for one
+        const sync::MutexLock lock(mutex);
+        session.close();
+        mSets.endAllOf(session, SetEnd::SessionEnded, finished);
+    }
     session.end();
-    PendingSets::Finished finished;
     Session::Receivers removed;
     const Change change;
     while (const std::shared_ptr<Receiver> receiver = session.anyReceiver()) {
         removed.push_back(detach(*receiver, session));
     }
-    mSets.endAllOf(session, SetEnd::SessionEnded, finished);
     if (Sessions::instance().all().empty() && mObserved != nullptr && mObserved == processCore()) {
         processCore()->observe(nullptr);
         mObserved = nullptr;
@@ -292,6 +296,7 @@ ServiceState Vehicle::serviceState() {
 }
 
 SetResult Vehicle::send(int property, int number, PendingSets::Pending* awaited, bool whenThereAlready) {
+    const Session* const session = awaited != nullptr ? awaited->session : nullptr;
     const int effect = awaited != nullptr ? awaited->effect : 0;
     const double effectNumber = awaited != nullptr ? awaited->number : 0.0;
     std::uint64_t id = 0;
@@ -318,6 +323,9 @@ SetResult Vehicle::send(int property, int number, PendingSets::Pending* awaited,
     const PropertyState& present = mRecords[effect].state;
     if (whenThereAlready && present.isCurrent() && PendingSets::isReached(present, effectNumber)) {
         mSets.end(id, SetEnd::Reached, finished);
+    }
+    if (session != nullptr && session->isClosed()) {
+        mSets.end(id, SetEnd::SessionEnded, finished);  // a handler has sent it that the end of the session waits for
     }
     return SetResult();
 }
@@ -353,11 +361,14 @@ bool Vehicle::isInside() {
 }
 
 bool Vehicle::end(Time deadline) {
-    PendingSets::Finished finished;
-    sync::MutexLock lock(mutex);
     Sessions& sessions = Sessions::instance();
-    sessions.stop();
-    mSets.endAll(SetEnd::SessionEnded, finished);
+    {
+        PendingSets::Finished finished;  // first of all: a handler may be waiting for one
+        const sync::MutexLock lock(mutex);
+        sessions.stop();
+        mSets.endAll(SetEnd::SessionEnded, finished);
+    }
+    sync::MutexLock lock(mutex);
     const bool ended =
         sessions.waitForAll(lock, sessions.hasEnded() ? Time() : deadline,
                             [](const Session& session) QVN_REQUIRES(mutex) { return session.isOccupied(); });

@@ -291,6 +291,14 @@ int waitForAnEffectOnAThread() {
     return kExitCode;
 }
 
+int waitForAnEffectInAHandler() {
+    subscribeSession(staticSession(), [](const PropertyState& state) {
+        tellState(state);
+        staticSession().setAndAwait(kCommand, 1, kDoor, 99, std::chrono::hours(1)).wait();
+    });
+    return kExitCode;
+}
+
 int hangInAHandler() {
     subscribeSession(staticSession(), [](const PropertyState& state) {
         tellState(state);
@@ -321,6 +329,7 @@ const std::map<std::string, int (*)()> ways = {
     {"session-fork", &forkBesideASession},
     {"session-fork-in-handler", &forkInAHandler},
     {"session-awaits", &waitForAnEffectOnAThread},
+    {"session-awaits-in-handler", &waitForAnEffectInAHandler},
     {"session-handler-waits-for-main", &hangInAHandler},
     {"log-nobody-reads", &leaveALogThatNobodyReads},
     {"many-sets", &leaveManySetsOnTheWay},

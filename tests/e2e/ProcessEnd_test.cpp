@@ -42,7 +42,7 @@ TEST_F(ProcessEnd, IsCleanOnEveryWayOut) {
         endsCleanly(way, 4);
     }
     for (const char* way : {"session-static", "session-on-heap", "session-exit-in-handler", "session-exit-in-place",
-                            "session-fork", "session-fork-in-handler", "session-awaits"}) {
+                            "session-fork", "session-fork-in-handler", "session-awaits", "session-awaits-in-handler"}) {
         endsCleanly(way, 6);
     }
     service.reset();
