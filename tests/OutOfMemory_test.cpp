@@ -1,6 +1,12 @@
+#include <vehicle/VehicleClient.h>
+#include <vehicle/VehicleSession.h>
+
+#include <atomic>
 #include <functional>
 #include <thread>
 
+#include "client/ProcessCore.h"
+#include "session/Sessions.h"
 #include "support/CoreTest.h"
 #include "support/FailingNew.h"
 
@@ -115,6 +121,86 @@ TEST_F(OutOfMemoryTest, AtAnEdgeOfTheReverseLineItCostsThatEdge) {
     }
     EXPECT_GT(failures, 5);
     EXPECT_EQ(Application::changes.entries().size(), 1u) << "without a failure the value arrives";
+}
+
+class SessionOutOfMemory : public LibraryTest {
+protected:
+    SessionOutOfMemory() {
+        delete VehicleClient::getInstance();  // perhaps that of a test before
+        VehicleClient::getInstance();
+    }
+    ~SessionOutOfMemory() override { delete VehicleClient::getInstance(); }
+
+    static void receive(int number) { processCore()->dispatchSingal(intValue(kDoor, number), PROPERTY_TYPE_INT32); }
+    static bool settle() {
+        return VehicleSession::waitUntilIdle(std::chrono::steady_clock::now() + std::chrono::minutes(1));
+    }
+    static std::size_t sessions() {
+        const qvn::sync::MutexLock lock(qvn::session::mutex);
+        return qvn::session::Sessions::instance().all().size();
+    }
+    /// Whether it failed.
+    static bool withAllocations(int count, const std::function<void()>& action) {
+        allocationsLeft = count;
+        try {
+            action();
+        } catch (const std::bad_alloc&) {
+        }
+        const bool failed = allocationsLeft < 0;
+        allocationsLeft = -1;
+        return failed;
+    }
+
+    const std::vector<int> door{kDoor};
+    std::vector<SubscribeOptions> everyKind{SubscribeOptions(), SubscribeOptions().latestOnly(),
+                                            SubscribeOptions().atMost(500)};
+};
+
+TEST_F(SessionOutOfMemory, LeavesNothingHalfBegun) {
+    VehicleSession lasting;
+    receive(1);
+    int failures = 0;
+    while (withAllocations(failures, [] { const VehicleSession session; })) {
+        ++failures;
+        EXPECT_EQ(sessions(), 1u) << failures;
+    }
+    EXPECT_GT(failures, 3);
+
+    std::atomic<int> calls{0};
+    for (const SubscribeOptions& options : everyKind) {
+        const VehicleSession::Handler handler = [&calls](const PropertyState&) { ++calls; };
+        for (int left = 0; withAllocations(left, [&] { lasting.subscribe(door, handler, options).end(); }); ++left) {
+            ASSERT_TRUE(settle());
+            calls = 0;
+            receive(1);
+            ASSERT_TRUE(settle());
+            EXPECT_EQ(calls, 0) << left;
+        }
+    }
+}
+
+TEST_F(SessionOutOfMemory, WhatComesAfterItArrives) {
+    for (const SubscribeOptions& options : everyKind) {
+        bool failed = true;
+        for (int left = 0; failed; ++left) {
+            VehicleSession own, inPlace([](const VehicleSession::Task& task) { task(); });
+            std::atomic<int> inOwn{0}, there{0};
+            const Subscription first =
+                own.subscribe(door, [&](const PropertyState& state) { inOwn = state.integer(); }, options);
+            const Subscription second =
+                inPlace.subscribe(door, [&](const PropertyState& state) { there = state.integer(); }, options);
+            receive(1);
+            failed = withAllocations(left, [] { receive(2); });
+            receive(3);
+            ASSERT_TRUE(settle());
+            EXPECT_EQ(inOwn, 3) << left;
+            const auto deadline = std::chrono::steady_clock::now() + std::chrono::minutes(1);
+            while (there != 3 && std::chrono::steady_clock::now() < deadline) {
+                std::this_thread::yield();  // an executor's handlers are not waited for by settle()
+            }
+            EXPECT_EQ(there, 3) << left;
+        }
+    }
 }
 
 }  // namespace

@@ -19,7 +19,8 @@ Mailbox::Mailbox(const SubscribeOptions& options, std::size_t properties)
       mLatestOnly(options.isLatestOnly()),
       mMost(options.queueSize()),
       mPeriod(std::chrono::duration_cast<std::chrono::steady_clock::duration>(options.minimumPeriod())),
-      mSlots(properties) {}
+      mSlots(properties),
+      mSpare(mLatestOnly ? properties : 0) {}
 
 Mailbox::Offer Mailbox::offer(std::size_t index, const PropertyState& state, Time now) {
     Slot& slot = mSlots[index];
@@ -37,9 +38,8 @@ Mailbox::Offer Mailbox::offer(std::size_t index, const PropertyState& state, Tim
 }
 
 bool Mailbox::release(std::size_t index, Time now) {
-    Slot& slot = mSlots[index];
-    slot.isHeldBack = false;
-    return enqueue(index, slot.heldBack, now);
+    mSlots[index].isHeldBack = false;
+    return enqueue(index, mSlots[index].heldBack, now);
 }
 
 bool Mailbox::take(PropertyState& state) {

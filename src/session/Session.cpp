@@ -14,6 +14,9 @@ namespace {
 /// After so many handlers an executor's thread may do something else first.
 constexpr int kMostInOneTask = 256;
 
+/// Threads inside an executor at once: more only where it throws though it has taken the task.
+constexpr std::size_t kUsualPosters = 8;
+
 }  // namespace
 
 /// While one handler or task runs.
@@ -84,10 +87,14 @@ void Session::start() {
             there->drain();
         }
     };
+    std::list<Session*> entry{this};  // before there is a thread: from there on nothing may fail
     const sync::MutexLock lock(mutex);
+    Sessions::instance().makeRoom();
+    mPosters.reserve(kUsualPosters);
     mIsAwake = !mExecutor;
     mThread = std::thread([self] { self->mExecutor ? self->keepTime() : self->serve(); });
-    Sessions::instance().all().push_back(this);
+    std::list<Session*>& all = Sessions::instance().all();
+    all.splice(all.end(), entry);
 }
 
 void Session::close() {
@@ -131,6 +138,7 @@ std::shared_ptr<Receiver> Session::anyReceiver() const {
 }
 
 void Session::offer(Receiver& receiver, std::size_t index, const PropertyState& state, Time now) {
+    makeRoom();
     switch (receiver.mailbox.offer(index, state, now)) {
         case Mailbox::Offer::Settled:
             break;
@@ -148,10 +156,18 @@ void Session::run(Task task) {
     workHasCome();
 }
 
-void Session::willTake(Receiver& receiver) {
-    if (mPastTurns.empty()) {
+/// For what one offer leads to, also later: when memory is short an update must not be without its turn, nor the
+/// session's thread need any.
+void Session::makeRoom() {
+    while (mPastTurns.size() <= mHeldBack.size()) {
         mPastTurns.push_back(nullptr);
     }
+    if (mHeldBack.size() == mHeldBack.capacity()) {
+        mHeldBack.reserve(2 * mHeldBack.size() + 1);
+    }
+}
+
+void Session::willTake(Receiver& receiver) {
     mPastTurns.front() = &receiver;
     mTurns.splice(mTurns.end(), mPastTurns, mPastTurns.begin());
     workHasCome();
@@ -159,8 +175,8 @@ void Session::willTake(Receiver& receiver) {
 
 void Session::workHasCome() {
     if (!mIsAwake && !mEnded) {
-        mIsAwake = true;
         Change::willSignal(*this);
+        mIsAwake = true;
     }
 }
 

@@ -117,6 +117,7 @@ private:
     bool next(Work& work) QVN_REQUIRES(mutex);
     bool nextUpdate(Work& work) QVN_REQUIRES(mutex);
     bool hasWork() const QVN_REQUIRES(mutex) { return !mEnded && (!mTurns.empty() || !mTasks.empty()); }
+    void makeRoom() QVN_REQUIRES(mutex);
     void willTake(Receiver& receiver) QVN_REQUIRES(mutex);
     void workHasCome() QVN_REQUIRES(mutex);
     void holdBack(Receiver& receiver, std::size_t index) QVN_REQUIRES(mutex);

@@ -28,6 +28,8 @@ public:
     static Sessions& instance();
 
     std::list<Session*>& all() QVN_REQUIRES(mutex) { return mAll; }
+    /// For one more: to signal it needs no memory then.
+    void makeRoom() QVN_REQUIRES(mutex) { mToSignal.reserve(mAll.size() + 1); }
 
     /// A handler has returned, or a session has nothing to do.
     void settled() QVN_REQUIRES(mutex);

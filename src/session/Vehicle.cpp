@@ -53,8 +53,13 @@ void Vehicle::open(const std::shared_ptr<Session>& session) {
     VehicleClient::getInstance();
     ProcessEnd::alsoEnd(*this);
     session->start();
-    const Change change;
-    observe();
+    try {
+        const Change change;
+        observe();
+    } catch (...) {
+        close(*session);
+        throw;
+    }
 }
 
 void Vehicle::close(Session& session) {
@@ -87,16 +92,26 @@ std::shared_ptr<Receiver> Vehicle::subscribe(const std::shared_ptr<Session>& ses
         const Change change;
         observe();
         session->add(receiver);
-        route(*receiver, *session);
-        if (options.isPresentFirst()) {
-            offerPresent(*receiver, *session);
-        }
         seeExit(*session);
     }
-    if (needsLine && processCore() != nullptr) {
-        processCore()->observeReverseLine();
+    try {
+        begin(*receiver, *session, options.isPresentFirst());
+        if (needsLine && processCore() != nullptr) {
+            processCore()->observeReverseLine();
+        }
+    } catch (...) {
+        end(*receiver);  // nobody else could
+        throw;
     }
     return receiver;
+}
+
+void Vehicle::begin(Receiver& receiver, Session& session, bool presentFirst) {
+    const Change change;
+    route(receiver, session);
+    if (presentFirst) {
+        offerPresent(receiver, session);
+    }
 }
 
 void Vehicle::route(Receiver& receiver, Session& session) {
@@ -134,7 +149,11 @@ void Vehicle::end(Receiver& receiver) {
 
 std::shared_ptr<Receiver> Vehicle::detach(Receiver& receiver, Session& session) {
     for (const int property : receiver.properties) {
-        std::vector<Route>& routes = mRecords[property].routes;
+        const auto record = mRecords.find(property);
+        if (record == mRecords.end()) {
+            continue;  // it could not be routed
+        }
+        std::vector<Route>& routes = record->second.routes;
         routes.erase(std::remove_if(routes.begin(), routes.end(),
                                     [&](const Route& route) { return route.receiver == &receiver; }),
                      routes.end());
@@ -147,7 +166,7 @@ std::shared_ptr<Receiver> Vehicle::detach(Receiver& receiver, Session& session) 
 void Vehicle::observe() {
     VehicleClientImpl* const core = processCore();
     if (core != nullptr && core != mObserved) {
-        mObserved = core;
+        mObserved = nullptr;  // should memory be short now, the next one tries again
         mService = ServiceState();
         for (auto& each : mRecords) {
             each.second.state = PropertyState();
@@ -155,6 +174,7 @@ void Vehicle::observe() {
             each.second.isTimedOut = each.second.isAway = false;
         }
         take(core->observe(this));
+        mObserved = core;
     }
 }
 

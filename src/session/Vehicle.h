@@ -88,7 +88,7 @@ private:
     void take(const ServiceState& state) QVN_REQUIRES(mutex);
     bool updateReception(Record& record) QVN_REQUIRES(mutex);
     void publish(Record& record) QVN_REQUIRES(mutex);
-    Record* find(int property) QVN_REQUIRES(mutex);
+    void begin(Receiver& receiver, Session& session, bool presentFirst);
     void route(Receiver& receiver, Session& session) QVN_REQUIRES(mutex);
     void offerPresent(Receiver& receiver, Session& session) QVN_REQUIRES(mutex);
     std::shared_ptr<Receiver> detach(Receiver& receiver, Session& session) QVN_REQUIRES(mutex);
