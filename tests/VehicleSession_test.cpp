@@ -233,6 +233,14 @@ TEST_F(VehicleSessionTest, TheReverseLineIsTheSourceUntilCanIs) {
     EXPECT_EQ(session.state(ids::BCM8_PASWorkCmd).origin, ValueOrigin::Can);
 }
 
+TEST_F(VehicleSessionTest, AnEdgeOfTheReverseLineWhileItsLevelIsReadIsNotForgotten) {
+    VehicleSession session;
+    fake_gpio::setLevel(0);
+    fake_gpio::afterRead([] { fake_gpio::edge(1); });
+    const Subscription views = session.subscribe({ids::BCM8_PASWorkCmd}, noting(updates));
+    EXPECT_EQ(session.state(ids::BCM8_PASWorkCmd).integer(-1), 0);
+}
+
 TEST_F(VehicleSessionTest, SaysWhatIsWrongWithASubscription) {
     VehicleSession session;
     const auto errorOf = [&](const std::vector<int>& properties, const VehicleSession::Handler& handler,

@@ -6,6 +6,7 @@
 #include "canservice/T21CanServiceFdbusClient.h"
 #include "ipc_common_soc/ReverseLine.h"
 #include "log/Log.h"
+#include "sync/MonotonicTime.h"
 
 using namespace qvn::platform::vehicle;
 using namespace qvn::wire;
@@ -90,10 +91,11 @@ void T21CanServiceFdbusClient::observeReverseLine() {
 }
 
 void T21CanServiceFdbusClient::tellReverseLine() {
+    const long time = qvn::sync::monotonicTime();
     const int level = online ? -1 : gpioport_get_inout_value(kReverseLine);
     if (observer != nullptr && (level == kReverseEngaged || level == kReverseReleased)) {
-        observer->reverseLineRead(kParkingWorkCommand, level == kReverseEngaged ? kOpenViews : kCloseViews);
-        observer->reverseLineRead(kSystemPowerMode, kPowerModeOn);
+        observer->reverseLineRead(kParkingWorkCommand, level == kReverseEngaged ? kOpenViews : kCloseViews, time);
+        observer->reverseLineRead(kSystemPowerMode, kPowerModeOn, time);
     }
 }
 

@@ -10,8 +10,10 @@ public:
     virtual void serviceChanged(bool there) = 0;
     /// Of every property that one of the message's signals feeds, whether or not somebody has subscribed.
     virtual void statusReported(int property, qvn::platform::vehicle::VehiclePropertyStatus status) = 0;
-    /// What the reverse line says where nobody has subscribed; where somebody has, it is a value like others.
-    virtual void reverseLineRead(int property, int number) = 0;
+    /// What the reverse line says where nobody has subscribed; where somebody has, it is a value like others. `time`,
+    /// CLOCK_MONOTONIC in ns, is before the reading: when two threads tell at once the later time has the present
+    /// level.
+    virtual void reverseLineRead(int property, int number, long time) = 0;
 
 protected:
     ~ServiceObserver() = default;

@@ -115,7 +115,7 @@ void VehicleClientImpl::statusReported(int property, VehiclePropertyStatus statu
     }
 }
 
-void VehicleClientImpl::reverseLineRead(int property, int number) {
+void VehicleClientImpl::reverseLineRead(int property, int number, long time) {
     if (VehicleObserver* const current = observer) {
         PropertyState state;
         state.property = property;
@@ -123,7 +123,7 @@ void VehicleClientImpl::reverseLineRead(int property, int number) {
         state.payload = number;
         state.reception = Reception::Received;
         state.origin = ValueOrigin::ReverseLine;
-        getTimestamp(state.timestamp);
+        state.timestamp = time;
         current->valueReceived(state);
     }
 }

@@ -99,7 +99,7 @@ private:
 
     void serviceChanged(bool there) override;
     void statusReported(int property, VehiclePropertyStatus status) override;
-    void reverseLineRead(int property, int number) override;
+    void reverseLineRead(int property, int number, long time) override;
 
     template <class Payload>
     bool readPayload(int property, Payload VehiclePropValue::RawValue::*payload, Payload& out);

@@ -11,6 +11,7 @@
 #include "client/ProcessCore.h"
 #include "client/VehicleClientImpl.h"
 #include "session/Properties.h"
+#include "sync/MonotonicTime.h"
 
 namespace qvn {
 namespace session {
@@ -251,7 +252,7 @@ void Vehicle::observationEnded() {
     }
     ServiceState gone;
     gone.presence = ServicePresence::Gone;
-    gone.since = std::chrono::nanoseconds(std::chrono::steady_clock::now().time_since_epoch()).count();
+    gone.since = sync::monotonicTime();
     serviceChanged(gone);
 }
 

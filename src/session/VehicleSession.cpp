@@ -9,6 +9,7 @@
 
 #include "session/Properties.h"
 #include "session/Vehicle.h"
+#include "sync/MonotonicTime.h"
 
 namespace qvn {
 namespace platform {
@@ -22,11 +23,6 @@ using session::Vehicle;
 namespace {
 
 constexpr std::chrono::hours kLongestWait(24 * 365);
-
-long now() {
-    using std::chrono::nanoseconds;
-    return std::chrono::duration_cast<nanoseconds>(std::chrono::steady_clock::now().time_since_epoch()).count();
-}
 
 void requireSense(const SubscribeOptions& options, bool hasHandler) {
     if (!hasHandler) {
@@ -193,7 +189,7 @@ void VehicleSession::awaitEffect(int property, double number, int effect, double
         pending.session = mSession.get();
         pending.effect = effect;
         pending.number = effectNumber;
-        pending.sentAt = now();
+        pending.sentAt = sync::monotonicTime();
         pending.deadline = std::chrono::steady_clock::now() + timeout;
         pending.finish = [=](SetEnd end) { finish(outcomeOf(end, effect, effectNumber, timeout)); };
         result = Vehicle::instance().send(property, static_cast<int>(number), &pending,

@@ -26,6 +26,7 @@ std::vector<std::string> journal;
 bool registrationFails = false;
 std::atomic<bool> fluttering{false};
 std::function<void()> actionAtRegistration;
+std::function<void()> actionAtRead;
 
 void note(std::string call) {
     const std::lock_guard<std::mutex> lock(mutex);
@@ -42,6 +43,7 @@ void reset() {
     registrationFails = false;
     fluttering = false;
     actionAtRegistration = nullptr;
+    actionAtRead = nullptr;
 }
 
 void setLevel(int newLevel) {
@@ -76,6 +78,11 @@ void failRegistrations() {
 
 void beforeRegistration(std::function<void()> action) {
     actionAtRegistration = std::move(action);
+}
+
+void afterRead(std::function<void()> action) {
+    const std::lock_guard<std::mutex> lock(mutex);
+    actionAtRead = std::move(action);
 }
 
 std::vector<std::string> calls() {
@@ -114,7 +121,14 @@ int levelOf(int line) {
     if (fluttering) {
         level = 1 - level;
     }
-    return line == 87 ? level.load() : -1;
+    const int read = line == 87 ? level.load() : -1;
+    std::unique_lock<std::mutex> lock(mutex);
+    const auto action = std::exchange(actionAtRead, nullptr);
+    lock.unlock();
+    if (action) {
+        action();
+    }
+    return read;
 }
 
 void request(int port) {

@@ -23,6 +23,8 @@ void interrupt();
 void failRegistrations();
 /// Called by the next registration, before it takes effect.
 void beforeRegistration(std::function<void()> action);
+/// Called by the next read of the level, before its result is returned.
+void afterRead(std::function<void()> action);
 /// Every call but level reads: "request 0", "register 87 3", "exit".
 std::vector<std::string> calls();
 
