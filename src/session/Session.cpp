@@ -54,7 +54,7 @@ class Session::Posting {
 public:
     explicit Posting(Session& session) : mSession(session) {
         const sync::MutexLock lock(mutex);
-        mAllowed = !session.mEnded && !Sessions::instance().hasStopped();
+        mAllowed = session.mayRun();
         if (mAllowed) {
             session.mPosters.push_back(std::this_thread::get_id());
         }
@@ -319,7 +319,7 @@ bool Session::runOne() {
 bool Session::next(Work& work) {
     release();
     const bool isRunning = mRunner != std::thread::id();  // by a task that the executor took, and threw
-    if (isRunning || !hasWork() || Sessions::instance().hasStopped()) {
+    if (isRunning || !hasWork()) {
         return false;
     }
     if (mTasks.empty()) {

@@ -116,7 +116,8 @@ private:
     bool runOne();
     bool next(Work& work) QVN_REQUIRES(mutex);
     bool nextUpdate(Work& work) QVN_REQUIRES(mutex);
-    bool hasWork() const QVN_REQUIRES(mutex) { return !mEnded && (!mTurns.empty() || !mTasks.empty()); }
+    bool hasWork() const QVN_REQUIRES(mutex) { return mayRun() && (!mTurns.empty() || !mTasks.empty()); }
+    bool mayRun() const QVN_REQUIRES(mutex) { return !mEnded && !Sessions::instance().hasStopped(); }
     void makeRoom() QVN_REQUIRES(mutex);
     void willTake(Receiver& receiver) QVN_REQUIRES(mutex);
     void workHasCome() QVN_REQUIRES(mutex);
