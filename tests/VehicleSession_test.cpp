@@ -1,3 +1,4 @@
+#include <pthread.h>
 #include <vehicle/PropertyIds.h>
 #include <vehicle/VehicleClient.h>
 #include <vehicle/VehicleSession.h>
@@ -447,6 +448,39 @@ TEST_F(VehicleSessionTest, AnExecutorThatRunsOrRefusesAtOnceIsNoTrouble) {
     }
     EXPECT_EQ(numbers(late.atLeast(3)), (std::vector<double>{1, 2, 3}));
     EXPECT_EQ(numbers(updates.atLeast(3)), (std::vector<double>{1, 2, 3}));
+}
+
+TEST_F(VehicleSessionTest, AnExecutorThatTakesAndThrowsOrLosesItsThreadIsNoTrouble) {
+    startService();
+    Loop loop;
+    VehicleSession session([&loop](const VehicleSession::Task& task) {
+        loop.tasks.add(task);
+        throw std::runtime_error("taken all the same");
+    });
+    std::promise<void> runs, goOn;
+    const Subscription door = session.subscribe({ids::BCM1_DrvDoorSts}, [&](const PropertyState& state) {
+        updates.add(state);
+        if (state.integer() == 1) {
+            runs.set_value();
+            goOn.get_future().wait();
+        } else if (state.integer() == 3) {
+            pthread_exit(nullptr);
+        }
+    });
+    server->signal(kDoor, "\x01");
+    server->signal(kDoor, "\x02");
+    ASSERT_TRUE(loop.tasks.waitForSize(2));
+    std::thread first(loop.tasks.entries()[0]);
+    runs.get_future().wait();
+    loop.tasks.entries()[1]();
+    EXPECT_EQ(loop.tasks.entries().size(), 2u) << "the first one does its work";
+    goOn.set_value();
+    first.join();
+    server->signal(kDoor, "\x03");
+    std::thread(loop.tasks.atLeast(3).at(2)).join();
+    server->signal(kDoor, "\x04");
+    loop.tasks.atLeast(4).at(3)();
+    EXPECT_EQ(numbers(updates.entries()), (std::vector<double>{1, 2, 3, 4}));
 }
 
 TEST_F(VehicleSessionTest, SaysWhatIsWrongWithASet) {

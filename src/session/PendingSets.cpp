@@ -15,7 +15,7 @@ constexpr double kTolerance = 1e-3;
 
 }  // namespace
 
-std::uint64_t PendingSets::add(Pending pending) {
+std::uint64_t PendingSets::add(Pending&& pending) {
     if (!mTimeIsKept) {
         std::thread([this] { keepTime(); }).detach();
         mTimeIsKept = true;

@@ -48,7 +48,7 @@ public:
 
     /// @returns its identifier
     /// @throws std::system_error when there is no thread to be had
-    std::uint64_t add(Pending pending) QVN_REQUIRES(mutex);
+    std::uint64_t add(Pending&& pending) QVN_REQUIRES(mutex);
     /// Takes it out unfinished; nothing when it has ended. To be destroyed without the lock.
     std::list<Pending> remove(std::uint64_t id) QVN_REQUIRES(mutex);
 

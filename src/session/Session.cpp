@@ -151,8 +151,8 @@ void Session::offer(Receiver& receiver, std::size_t index, const PropertyState& 
     }
 }
 
-void Session::run(Task task) {
-    mTasks.push_back(std::move(task));
+void Session::run(std::list<Task>& task) {
+    mTasks.splice(mTasks.end(), task);
     workHasCome();
 }
 
@@ -289,9 +289,18 @@ void Session::post() {
 }
 
 void Session::drain() {
-    for (int i = 0; i < kMostInOneTask && runOne(); ++i) {
+    try {
+        for (int i = 0; i < kMostInOneTask && runOne(); ++i) {
+        }
+    } catch (const canservice::ForcedUnwind&) {
+        const sync::MutexLock lock(mutex);
+        mIsAwake = false;  // the handler ends the executor's thread; the next update asks for another
+        throw;
     }
     const Change change;
+    if (mRunner != std::thread::id()) {
+        return;  // a task that the executor took, and threw: it goes on
+    }
     mIsAwake = false;
     if (hasWork()) {
         workHasCome();
@@ -318,7 +327,7 @@ bool Session::runOne() {
 
 bool Session::next(Work& work) {
     release();
-    const bool isRunning = mRunner != std::thread::id();  // by a task that the executor took, and threw
+    const bool isRunning = mRunner != std::thread::id();  // by another task, see drain()
     if (isRunning || !hasWork()) {
         return false;
     }

@@ -69,8 +69,8 @@ public:
     /// One that was added and not removed; null when there is none.
     std::shared_ptr<Receiver> anyReceiver() const QVN_REQUIRES(mutex);
     void offer(Receiver& receiver, std::size_t index, const PropertyState& state, Time now) QVN_REQUIRES(mutex);
-    /// Runs a task among the handlers.
-    void run(Task task) QVN_REQUIRES(mutex);
+    /// Runs a task among the handlers. It is in a list already: to make one may call the application's copy constructors.
+    void run(std::list<Task>& task) QVN_REQUIRES(mutex);
 
     /// Tells whoever runs the handlers that there is work. To be called without the lock.
     void signal();

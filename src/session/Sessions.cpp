@@ -1,8 +1,6 @@
 #include "session/Sessions.h"
 
 #include <algorithm>
-#include <array>
-#include <cstddef>
 #include <thread>
 #include <utility>
 
@@ -72,21 +70,16 @@ Change::Change() {
 
 Change::~Change() noexcept(false) {
     std::vector<std::shared_ptr<Session>>& all = Sessions::instance().mToSignal;
-    for (bool more = true; more;) {
-        std::array<std::shared_ptr<Session>, 8> some;
-        std::size_t count = 0;
-        while (count < some.size() && !all.empty()) {
-            some[count++] = std::move(all.back());
+    while (!all.empty()) {
+        {
+            const std::shared_ptr<Session> session = std::move(all.back());
             all.pop_back();
+            mutex.unlock();
+            session->signal();  // should that end the thread, the next change signals the others
         }
-        more = !all.empty();
-        mutex.unlock();
-        std::for_each(some.begin(), some.begin() + count,
-                      [](const std::shared_ptr<Session>& session) { session->signal(); });
-        if (more) {
-            mutex.lock();
-        }
+        mutex.lock();
     }
+    mutex.unlock();
 }
 
 void Change::willSignal(Session& session) {

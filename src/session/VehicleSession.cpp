@@ -168,8 +168,9 @@ void VehicleSession::setAndAwait(int property, double number, int effect, double
     const std::weak_ptr<Session> weak = mSession;
     awaitEffect(property, number, effect, effectNumber, timeout, counts, [weak, handler](const SetOutcome& outcome) {
         if (const std::shared_ptr<Session> session = weak.lock()) {
+            std::list<Task> task{[handler, outcome] { handler(outcome); }};
             const session::Change change;
-            session->run([handler, outcome] { handler(outcome); });
+            session->run(task);
         }
     });
 }
