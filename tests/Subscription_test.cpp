@@ -31,6 +31,29 @@ protected:
     }
 };
 
+/// Numbers of values, as an observer is told them.
+struct Observer : VehicleObserver {
+    void valueReceived(const PropertyState& state) override { numbers.push_back(state.integer()); }
+    void statusReported(int, VehiclePropertyStatus) override {}
+    void serviceChanged(const ServiceState&) override {}
+    void observationEnded() override {}
+    std::vector<int> numbers;
+};
+
+TEST_F(SubscriptionTest, AnObserverIsToldOnlyWhatIsReceivedWhileItObserves) {
+    subscribe({kDriverDoor});
+    Observer observer;
+    core->observe(&observer);
+    core->dispatchSingal(intValue(kDriverDoor, 1), PROPERTY_TYPE_INT32);
+    Application::onChange = [this](const Change&) { core->observe(nullptr); };
+    core->dispatchSingal(intValue(kDriverDoor, 2), PROPERTY_TYPE_INT32);
+    Application::onChange = nullptr;
+    core->observe(&observer);
+    core->dispatchSingal(intValue(kDriverDoor, 3), PROPERTY_TYPE_INT32);
+    EXPECT_EQ(observer.numbers, (std::vector<int>{1, 3}));
+    core->observe(nullptr);
+}
+
 TEST_F(SubscriptionTest, ASubscribedValueIsStampedCachedAndDeliveredOnce) {
     subscribe({kPassengerDoor, kDriverDoor, kDriverDoor});
     VehiclePropValue value = intValue(kDriverDoor, 3);

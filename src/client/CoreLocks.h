@@ -39,27 +39,35 @@ class VehicleClientImpl::Telling {
 public:
     explicit Telling(VehicleClientImpl& core) : mCore(core) {}
     ~Telling() noexcept(false) {
-        if (mCore.observer != nullptr) {
-            mCore.tellDispatched();
+        if (!mStates.empty()) {
+            mCore.tell(mStates);
         }
     }
     Telling(const Telling&) = delete;
     Telling& operator=(const Telling&) = delete;
 
 private:
+    friend class DispatchLock;
+
     VehicleClientImpl& mCore;
+    std::vector<PropertyState> mStates;
 };
 
 /// For a dispatch, by a thread that has just been given the turn. At the end it delivers what others have left to it.
 class QVN_SCOPED_LOCK VehicleClientImpl::DispatchLock {
 public:
-    explicit DispatchLock(VehicleClientImpl& core) QVN_ACQUIRE(core.cacheMutex) QVN_UNCHECKED_LOCKING : mCore(core) {
+    DispatchLock(VehicleClientImpl& core, Telling& telling) QVN_ACQUIRE(core.cacheMutex) QVN_UNCHECKED_LOCKING
+        : mCore(core),
+          mTelling(telling) {
         mCore.cacheMutex.lock();
     }
     ~DispatchLock() QVN_RELEASE() QVN_UNCHECKED_LOCKING {
         DispatchTurn::Delivery left;
         while (!mCore.dispatchTurn.giveBack(left)) {
             canservice::callApplication([&] { mCore.deliver(left); });
+        }
+        if (mCore.observer != nullptr) {
+            mCore.takeDispatched(mTelling.mStates);
         }
         mCore.cacheMutex.unlock();
     }
@@ -68,6 +76,7 @@ public:
 
 private:
     VehicleClientImpl& mCore;
+    Telling& mTelling;
 };
 
 }  // namespace vehicle

@@ -10,9 +10,6 @@ namespace vehicle {
 
 namespace {
 
-/// What this thread has dispatched and not told yet: only one core of a process is observed. It keeps its storage.
-thread_local std::vector<PropertyState> dispatched;
-
 double numberIn(const VehiclePropValue::RawValue& value) {
     if (!value.floatValues.empty()) {
         return static_cast<double>(value.floatValues[0]);
@@ -44,6 +41,7 @@ VehicleSnapshot VehicleClientImpl::observe(VehicleObserver* newObserver) {
     VehicleSnapshot snapshot;
     const sync::MutexLock state(stateMutex);
     observer = newObserver;
+    dispatched.clear();  // the snapshot has it
     for (const VehicleClientProperty& record : propertyCache) {
         snapshot.values.push_back(stateOf(record.propValue, record.propertyType));
     }
@@ -68,20 +66,23 @@ void VehicleClientImpl::willTell(const VehiclePropValue& value, PropertyType typ
     dispatched.push_back(stateOf(value, type));
 }
 
-void VehicleClientImpl::tellDispatched() {
+void VehicleClientImpl::takeDispatched(std::vector<PropertyState>& states) {
+    const sync::MutexLock state(stateMutex);
+    states.swap(dispatched);
+}
+
+void VehicleClientImpl::tell(std::vector<PropertyState>& states) {
     VehicleObserver* const current = observer;
-    if (current == nullptr || dispatched.empty()) {
+    if (current == nullptr) {
         return;
     }
-    // What is told may lead to further values on this thread.
-    std::vector<PropertyState> states;
-    states.swap(dispatched);
     for (const PropertyState& state : states) {
         current->valueReceived(state);
     }
     states.clear();
-    if (dispatched.empty()) {
-        states.swap(dispatched);
+    const sync::MutexLock state(stateMutex);
+    if (dispatched.capacity() == 0) {
+        states.swap(dispatched);  // to be used again
     }
 }
 

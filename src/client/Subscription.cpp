@@ -85,8 +85,8 @@ void VehicleClientImpl::dispatchSingal(VehiclePropValue value, PropertyType type
     } else if (!dispatchTurn.takeOrLeave(delivery)) {
         return;
     }
-    const Telling telling(*this);
-    const DispatchLock lock(*this);
+    Telling telling(*this);
+    const DispatchLock lock(*this, telling);
     deliver(delivery);
 }
 

@@ -93,9 +93,11 @@ private:
 
     void deliver(DispatchTurn::Delivery& delivery);
 
-    // For the observer: a value is noted while it is dispatched, and told when the locks are given back.
+    // For the observer: a value is noted while it is dispatched, taken by the thread that gives the turn back, and told
+    // when that has given the locks back, too.
     void willTell(const VehiclePropValue& value, PropertyType type) QVN_REQUIRES(stateMutex);
-    void tellDispatched();
+    void takeDispatched(std::vector<PropertyState>& states) QVN_REQUIRES(cacheMutex);
+    void tell(std::vector<PropertyState>& states);
 
     void serviceChanged(bool there) override;
     void statusReported(int property, VehiclePropertyStatus status) override;
@@ -129,6 +131,7 @@ protected:
 
     // Changed under stateMutex, so that an observer misses nothing between its snapshot and what it is told.
     std::atomic<VehicleObserver*> observer{nullptr};
+    std::vector<PropertyState> dispatched QVN_GUARDED_BY(stateMutex);  // and not taken yet
     ServiceState service QVN_GUARDED_BY(stateMutex);
     std::set<int> timedOut QVN_GUARDED_BY(stateMutex);
 };
