@@ -106,8 +106,7 @@ void Session::end() {
     bool isOver = false;
     {
         sync::MutexLock lock(mutex);
-        isOver = Sessions::instance().waitFor(*this, lock, Time::max(),
-                                              [this]() QVN_REQUIRES(mutex) { return !isOccupied(); });
+        isOver = Sessions::instance().waitFor(*this, lock, [this]() QVN_REQUIRES(mutex) { return !isOccupied(); });
         Sessions::instance().all().remove(this);
     }
     if (isOver && mThread.get_id() != std::this_thread::get_id()) {

@@ -22,13 +22,11 @@ void Sessions::settled() {
     }
 }
 
-bool Sessions::waitFor(Session& session, sync::MutexLock& lock, Time deadline, const std::function<bool()>& done) {
+bool Sessions::waitFor(const Session& session, sync::MutexLock& lock, const std::function<bool()>& done) {
     setWaiting(&session);
     ++mWaiting;
-    bool inTime = true;
-    while (!done() && !mEnded && !isForItself(session) && inTime) {
-        inTime = deadline == Time::max() ? (mSettled.wait(lock.native()), true)
-                                         : mSettled.wait_until(lock.native(), deadline) == std::cv_status::no_timeout;
+    while (!done() && !mEnded && !isForItself(session)) {
+        mSettled.wait(lock.native());
     }
     --mWaiting;
     setWaiting(nullptr);

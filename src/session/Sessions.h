@@ -36,9 +36,8 @@ public:
 
     /// Waits for something that the threads of a session bring about. False when that would be to wait for oneself:
     /// when the calling thread runs a handler of that session, or the session's handler waits for the caller's. False,
-    /// too, when the deadline has passed or the process ends.
-    bool waitFor(Session& session, sync::MutexLock& lock, Time deadline, const std::function<bool()>& done)
-        QVN_REQUIRES(mutex);
+    /// too, when the process ends.
+    bool waitFor(const Session& session, sync::MutexLock& lock, const std::function<bool()>& done) QVN_REQUIRES(mutex);
     /// Waits until it holds for no session; false when the deadline has passed.
     bool waitForAll(sync::MutexLock& lock, Time deadline, const std::function<bool(const Session&)>& isBusy)
         QVN_REQUIRES(mutex);
@@ -46,7 +45,10 @@ public:
     // The process ends: first no further handler runs, then nothing is waited for any more.
     void stop() QVN_REQUIRES(mutex) { mStopped = true; }
     bool hasStopped() const QVN_REQUIRES(mutex) { return mStopped; }
-    void end() QVN_REQUIRES(mutex) { mEnded = true; }
+    void end() QVN_REQUIRES(mutex) {
+        mEnded = true;
+        settled();
+    }
     bool hasEnded() const QVN_REQUIRES(mutex) { return mEnded; }
 
 private:

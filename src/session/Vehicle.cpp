@@ -143,7 +143,7 @@ void Vehicle::end(Receiver& receiver) {
         removed = detach(receiver, *session);
     }
     const auto hasReturned = [&]() QVN_REQUIRES(mutex) { return !session->isRunning(receiver); };
-    if (Sessions::instance().waitFor(*session, lock, Time::max(), hasReturned)) {
+    if (Sessions::instance().waitFor(*session, lock, hasReturned)) {
         handler.swap(receiver.handler);
     }
 }
@@ -248,6 +248,9 @@ void Vehicle::serviceChanged(const ServiceState& state) {
 void Vehicle::observationEnded() {
     {
         const sync::MutexLock lock(mutex);
+        if (mObserved != nullptr && mObserved == processCore()) {
+            return;  // it is observed already
+        }
         mObserved = nullptr;
     }
     ServiceState gone;
