@@ -122,13 +122,21 @@ TEST_F(VehicleSessionTest, HandlersOfASessionRunInTheOrderOfReception) {
         server->signal(kDoor, value);
         server->signal(kSpeed, "\x07\xD0");
     }
+    session.setAndAwait(kDisplayCommand, 1, ids::EPB1_EPBSts, 2, kLong, [&](const SetOutcome& outcome) {
+        order += outcome ? "reached " : "not reached ";
+    });
     server->signal(0x016B0760, "\x02");
     while (session.state(ids::EPB1_EPBSts).integer() != 2) {
         std::this_thread::yield();
     }
+    server->signal(kDoor, "\x03");
+    while (session.state(ids::BCM1_DrvDoorSts).integer() != 3) {
+        std::this_thread::yield();
+    }
     goOn.set_value();
     ASSERT_TRUE(updates.waitForSize(2));
-    EXPECT_EQ(order, "1 1 112 2 2 112 ");
+    ASSERT_TRUE(settle());
+    EXPECT_EQ(order, "1 1 112 2 2 112 reached 3 ");
 }
 
 TEST_F(VehicleSessionTest, ASwitchOfTheSteeringWheelHasItsDirection) {

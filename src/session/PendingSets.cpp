@@ -5,6 +5,8 @@
 #include <thread>
 #include <utility>
 
+#include "canservice/CallApplication.h"
+
 namespace qvn {
 namespace session {
 
@@ -87,9 +89,9 @@ void PendingSets::keepTime() {
     }
 }
 
-PendingSets::Finished::~Finished() {
+PendingSets::Finished::~Finished() noexcept(false) {
     for (const Pending& pending : mAll) {
-        pending.finish(pending.end);
+        canservice::callApplication([&pending] { pending.finish(pending.end); });  // memory may be short
     }
 }
 

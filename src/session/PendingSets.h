@@ -37,7 +37,8 @@ public:
     class Finished {
     public:
         Finished() = default;
-        ~Finished();
+        /// Where an executor runs handlers at once they may end the thread.
+        ~Finished() noexcept(false);
         Finished(const Finished&) = delete;
         Finished& operator=(const Finished&) = delete;
 

@@ -142,7 +142,7 @@ void Session::offer(Receiver& receiver, std::size_t index, const PropertyState& 
         case Mailbox::Offer::Settled:
             break;
         case Mailbox::Offer::Waits:
-            willTake(receiver);
+            willTake(&receiver);
             break;
         case Mailbox::Offer::HeldBack:
             holdBack(receiver, index);
@@ -151,8 +151,9 @@ void Session::offer(Receiver& receiver, std::size_t index, const PropertyState& 
 }
 
 void Session::run(std::list<Task>& task) {
+    makeRoom();
     mTasks.splice(mTasks.end(), task);
-    workHasCome();
+    willTake(nullptr);
 }
 
 /// For what one offer leads to, also later: when memory is short an update must not be without its turn, nor the
@@ -166,8 +167,8 @@ void Session::makeRoom() {
     }
 }
 
-void Session::willTake(Receiver& receiver) {
-    mPastTurns.front() = &receiver;
+void Session::willTake(Receiver* receiver) {
+    mPastTurns.front() = receiver;
     mTurns.splice(mTurns.end(), mPastTurns, mPastTurns.begin());
     workHasCome();
 }
@@ -198,7 +199,7 @@ void Session::release() {
         std::pop_heap(mHeldBack.begin(), mHeldBack.end(), comesLater);
         mHeldBack.pop_back();
         if (due.receiver->mailbox.release(due.index, now)) {
-            willTake(*due.receiver);
+            willTake(due.receiver);
         }
     }
 }
@@ -327,23 +328,16 @@ bool Session::runOne() {
 bool Session::next(Work& work) {
     release();
     const bool isRunning = mRunner != std::thread::id();  // by another task, see drain()
-    if (isRunning || !hasWork()) {
-        return false;
-    }
-    if (mTasks.empty()) {
-        return nextUpdate(work);
-    }
-    work.task = std::move(mTasks.front());
-    mTasks.pop_front();
-    return true;
-}
-
-bool Session::nextUpdate(Work& work) {
-    while (!mTurns.empty()) {
-        Receiver& receiver = *mTurns.front();
+    while (!isRunning && hasWork()) {
+        Receiver* const receiver = mTurns.front();
         mPastTurns.splice(mPastTurns.begin(), mTurns, mTurns.begin());
-        if (receiver.mailbox.take(work.state)) {
-            work.receiver = *receiver.place;
+        if (receiver == nullptr) {
+            work.task = std::move(mTasks.front());
+            mTasks.pop_front();
+            return true;
+        }
+        if (receiver->mailbox.take(work.state)) {
+            work.receiver = *receiver->place;
             return true;
         }
     }
@@ -364,7 +358,7 @@ bool Session::isInside() const {
 }
 
 bool Session::isBusy() const {
-    const bool hasNothing = mTurns.empty() && mTasks.empty() && mHeldBack.empty() && mRunner == std::thread::id();
+    const bool hasNothing = mTurns.empty() && mHeldBack.empty() && mRunner == std::thread::id();
     return !mExecutor && !mEnded && mRunner != std::this_thread::get_id() && !hasNothing;
 }
 

@@ -115,11 +115,10 @@ private:
     void post();
     bool runOne();
     bool next(Work& work) QVN_REQUIRES(mutex);
-    bool nextUpdate(Work& work) QVN_REQUIRES(mutex);
-    bool hasWork() const QVN_REQUIRES(mutex) { return mayRun() && (!mTurns.empty() || !mTasks.empty()); }
+    bool hasWork() const QVN_REQUIRES(mutex) { return mayRun() && !mTurns.empty(); }
     bool mayRun() const QVN_REQUIRES(mutex) { return !mEnded && !Sessions::instance().hasStopped(); }
     void makeRoom() QVN_REQUIRES(mutex);
-    void willTake(Receiver& receiver) QVN_REQUIRES(mutex);
+    void willTake(Receiver* receiver) QVN_REQUIRES(mutex);
     void workHasCome() QVN_REQUIRES(mutex);
     void holdBack(Receiver& receiver, std::size_t index) QVN_REQUIRES(mutex);
     void release() QVN_REQUIRES(mutex);
@@ -130,7 +129,7 @@ private:
     std::condition_variable mWake;
 
     Receivers mReceivers QVN_GUARDED_BY(mutex);
-    std::list<Receiver*> mTurns QVN_GUARDED_BY(mutex);      // one for each update that waits
+    std::list<Receiver*> mTurns QVN_GUARDED_BY(mutex);      // one for each update that waits; null: the next task
     std::list<Receiver*> mPastTurns QVN_GUARDED_BY(mutex);  // to be used again
     std::list<Task> mTasks QVN_GUARDED_BY(mutex);
     std::vector<HeldBack> mHeldBack QVN_GUARDED_BY(mutex);  // a heap; the first one's time comes first
