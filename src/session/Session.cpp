@@ -309,6 +309,13 @@ void Session::drain() {
 
 // Handlers.
 
+void Session::seeExit(bool& seen) {
+    if (!seen) {
+        seen = true;
+        Sessions::instance().seeExit();
+    }
+}
+
 bool Session::runOne() {
     Work work;
     {
@@ -316,6 +323,7 @@ bool Session::runOne() {
         if (!next(work)) {
             return false;
         }
+        seeExit(mHasRun);
         mRunner = std::this_thread::get_id();
         mRunning = work.receiver.get();
     }

@@ -86,8 +86,10 @@ public:
     /// The property whose handler is at work, or about to be; 0: none.
     int busyWith() const QVN_REQUIRES(mutex);
 
-    // Guarded by the lock.
-    bool seesExit = false;  // the end of the process ends it before static objects go
+    /// A static session is destroyed before the client's traffic ends, and must not wait for a handler that hangs. What
+    /// is registered when a session is first used is done before the session goes; what is registered when its first
+    /// handler runs, before an object that has subscribed in its own constructor goes.
+    void willBeUsed() QVN_REQUIRES(mutex) { seeExit(mIsUsed); }
 
     // The session for whose handler the one that runs here waits. Guarded by the lock.
     const Session* waitsFor = nullptr;
@@ -107,6 +109,7 @@ private:
     };
     static bool comesLater(const HeldBack& a, const HeldBack& b) { return a.until > b.until; }
 
+    static void seeExit(bool& seen) QVN_REQUIRES(mutex);
     void serve();
     bool waitForWork();
     void keepTime();
@@ -135,6 +138,8 @@ private:
     std::vector<HeldBack> mHeldBack QVN_GUARDED_BY(mutex);  // a heap; the first one's time comes first
     Time mSleepsUntil QVN_GUARDED_BY(mutex) = Time::min();  // the thread
     bool mEnded QVN_GUARDED_BY(mutex) = false;
+    bool mIsUsed QVN_GUARDED_BY(mutex) = false;
+    bool mHasRun QVN_GUARDED_BY(mutex) = false;  // a handler
     bool mIsAwake QVN_GUARDED_BY(mutex) = false;  // who runs the handlers looks for work by itself
 
     std::thread::id mRunner QVN_GUARDED_BY(mutex);

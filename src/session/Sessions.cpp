@@ -1,6 +1,7 @@
 #include "session/Sessions.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <thread>
 #include <utility>
 
@@ -10,6 +11,13 @@ namespace qvn {
 namespace session {
 
 sync::Mutex mutex;
+
+namespace {
+
+/// Enough for the sessions that a program keeps: they are among its first.
+constexpr int kMostExitHandlers = 256;
+
+}  // namespace
 
 Sessions& Sessions::instance() {
     static Sessions& sessions = *new Sessions;
@@ -60,6 +68,12 @@ void Sessions::setWaiting(const Session* session) {
         }
     }
     settled();  // who waits for one of these may now be waiting for itself
+}
+
+void Sessions::seeExit() {
+    if (mExitHandlers < kMostExitHandlers && std::atexit(mExitHandler) == 0) {
+        ++mExitHandlers;
+    }
 }
 
 Change::Change() {

@@ -42,6 +42,11 @@ public:
     bool waitForAll(sync::MutexLock& lock, Time deadline, const std::function<bool(const Session&)>& isBusy)
         QVN_REQUIRES(mutex);
 
+    /// What ends all handlers when the process ends.
+    void setExitHandler(void (*handler)()) QVN_REQUIRES(mutex) { mExitHandler = handler; }
+    /// Has that done before the static objects go that are there now.
+    void seeExit() QVN_REQUIRES(mutex);
+
     // The process ends: first no further handler runs, then nothing is waited for any more.
     void stop() QVN_REQUIRES(mutex) { mStopped = true; }
     bool hasStopped() const QVN_REQUIRES(mutex) { return mStopped; }
@@ -60,6 +65,8 @@ private:
     std::list<Session*> mAll QVN_GUARDED_BY(mutex);
     std::vector<std::shared_ptr<Session>> mToSignal QVN_GUARDED_BY(mutex);
     std::condition_variable mSettled;
+    void (*mExitHandler)() QVN_GUARDED_BY(mutex) = nullptr;
+    int mExitHandlers QVN_GUARDED_BY(mutex) = 0;  // registered
     int mWaiting QVN_GUARDED_BY(mutex) = 0;
     bool mStopped QVN_GUARDED_BY(mutex) = false;
     bool mEnded QVN_GUARDED_BY(mutex) = false;

@@ -5,7 +5,6 @@
 #include <vehicle/VehicleClient.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <utility>
 
 #include "client/ProcessCore.h"
@@ -22,10 +21,6 @@ constexpr int Vehicle::kService;
 
 namespace {
 
-/// So many sessions see the end of the process before static objects do: those that a program keeps are among its
-/// first.
-constexpr int kMostExitHandlers = 256;
-
 constexpr std::chrono::seconds kPatienceAtExit(2);
 
 const char kNotServed[] = "the vehicle client serves nothing (its log tells why); ";
@@ -39,7 +34,10 @@ SetResult refused(int property, SetError error, const char* why) {
 
 }  // namespace
 
-Vehicle::Vehicle() : mProcess(::getpid()) {}
+Vehicle::Vehicle() : mProcess(::getpid()) {
+    const sync::MutexLock lock(mutex);
+    Sessions::instance().setExitHandler(&Vehicle::endBeforeStaticObjects);
+}
 
 bool Vehicle::isForked() const {
     return ::getpid() != mProcess;
@@ -93,7 +91,7 @@ std::shared_ptr<Receiver> Vehicle::subscribe(const std::shared_ptr<Session>& ses
         const Change change;
         observe();
         session->add(receiver);
-        seeExit(*session);
+        session->willBeUsed();
     }
     try {
         begin(*receiver, *session, options.isPresentFirst());
@@ -398,15 +396,6 @@ bool Vehicle::end(Time deadline) {
                             [](const Session& session) QVN_REQUIRES(mutex) { return session.isOccupied(); });
     sessions.end();
     return ended;
-}
-
-/// A static session is destroyed before the client's traffic ends, and must not wait for a handler that hangs. What is
-/// registered when a session is used is done before the session goes.
-void Vehicle::seeExit(Session& session) {
-    if (!session.seesExit && mExitHandlers < kMostExitHandlers && std::atexit(&Vehicle::endBeforeStaticObjects) == 0) {
-        session.seesExit = true;
-        ++mExitHandlers;
-    }
 }
 
 void Vehicle::endBeforeStaticObjects() {

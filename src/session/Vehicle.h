@@ -92,14 +92,12 @@ private:
     void route(Receiver& receiver, Session& session) QVN_REQUIRES(mutex);
     void offerPresent(Receiver& receiver, Session& session) QVN_REQUIRES(mutex);
     std::shared_ptr<Receiver> detach(Receiver& receiver, Session& session) QVN_REQUIRES(mutex);
-    void seeExit(Session& session) QVN_REQUIRES(mutex);
 
     const platform::vehicle::VehicleClientImpl* mObserved QVN_GUARDED_BY(mutex) = nullptr;
     std::map<int, Record> mRecords QVN_GUARDED_BY(mutex);
     ServiceState mService QVN_GUARDED_BY(mutex);
     bool mIsServed QVN_GUARDED_BY(mutex) = true;  // false: the client could not start
     PendingSets mSets;
-    int mExitHandlers QVN_GUARDED_BY(mutex) = 0;
     std::vector<std::shared_ptr<Session>> mKept;  // in a child of fork only
     const pid_t mProcess;
 };

@@ -307,6 +307,21 @@ int hangInAHandler() {
     return kExitCode;
 }
 
+/// Its destructor is registered when it has been made: after its subscription.
+struct Component {
+    VehicleSession session;
+    const Subscription values = session.subscribe({kDoor, kSpeed}, [](const PropertyState& state) {
+        tellState(state);
+        mainHasEnded.get_future().wait();
+    });
+};
+
+int hangInAComponentsHandler() {
+    static Component component;
+    firstValue.get_future().wait();
+    return kExitCode;
+}
+
 const std::map<std::string, int (*)()> ways = {
     {"return", [] { return subscribe(&tell), kExitCode; }},
     {"return-without-service", [] { return subscribe(&tell, false), kExitCode; }},
@@ -331,6 +346,7 @@ const std::map<std::string, int (*)()> ways = {
     {"session-awaits", &waitForAnEffectOnAThread},
     {"session-awaits-in-handler", &waitForAnEffectInAHandler},
     {"session-handler-waits-for-main", &hangInAHandler},
+    {"session-component-waits-for-main", &hangInAComponentsHandler},
     {"log-nobody-reads", &leaveALogThatNobodyReads},
     {"many-sets", &leaveManySetsOnTheWay},
     {"set-in-destructor", &setInADestructor},

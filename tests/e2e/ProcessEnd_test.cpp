@@ -59,6 +59,7 @@ TEST_F(ProcessEnd, WaitsForNobodyLongerThanTwoSeconds) {
     } cases[] = {
         {"callback-waits-for-main", "1", kExitCode, "", "a callback of the application is still running"},
         {"session-handler-waits-for-main", "1", kExitCode, "", "a callback of the application is still running"},
+        {"session-component-waits-for-main", "1", kExitCode, "", "a callback of the application is still running"},
         {"log-nobody-reads", "1", EXIT_FAILURE, "one, two", ""},
         {"log-nobody-reads", "3", EXIT_FAILURE, "one, two", ""}};
     for (const auto& [way, logLevel, exitCode, output, complaint] : cases) {
