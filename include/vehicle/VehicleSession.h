@@ -84,7 +84,8 @@ public:
 
     /// When it returns the handler does not run, and will not run again. Called inside that handler it does not wait
     /// for its end; nor where the handler itself waits, by ending a subscription or a session, for the one that calls.
-    /// Do not call it with a lock held that the handler takes.
+    /// Do not call it with a lock held that the handler takes, nor inside VehicleClient's `changed` when the handler
+    /// calls getters of VehicleClient: they wait for `changed`.
     void end();
 
 private:
@@ -191,6 +192,7 @@ public:
 
     /// The same, and then looks for the effect: of `effect`, usually another property, CAN reports `effectNumber`
     /// (within 0.001). The result is there at last when `timeout` is over. It may be waited for inside a handler.
+    /// @throws std::system_error when the system is short of threads; nothing was sent then
     std::future<SetOutcome> setAndAwait(int property, double number, int effect, double effectNumber,
                                         std::chrono::milliseconds timeout,
                                         EffectCounts counts = EffectCounts::OnlyAfterTheSet);
