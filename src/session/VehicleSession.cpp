@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <list>
 #include <stdexcept>
 #include <string>
 #include <utility>

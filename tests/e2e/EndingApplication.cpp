@@ -273,6 +273,21 @@ int endASessionsThread() {
     return kExitCode;
 }
 
+/// The next update gets a thread of its own again.
+int endAnExecutorsThreads() {
+    std::promise<void> second;
+    std::atomic<int> calls{0};
+    VehicleSession session([](const VehicleSession::Task& task) { std::thread(task).detach(); });
+    const Subscription door = session.subscribe({kDoor}, [&](const PropertyState&) {
+        if (++calls == 2) {
+            second.set_value();
+        }
+        pthread_exit(nullptr);
+    });
+    second.get_future().wait();
+    return kExitCode;
+}
+
 /// The child's copies of static sessions have no threads.
 int forkBesideASession() {
     subscribeSession(staticSession(), &tellState);
@@ -341,6 +356,7 @@ const std::map<std::string, int (*)()> ways = {
     {"session-exit-in-handler", &exitInAHandler},
     {"session-exit-in-place", &exitInAHandlerInPlace},
     {"session-end-thread", &endASessionsThread},
+    {"session-end-executors-thread", &endAnExecutorsThreads},
     {"session-fork", &forkBesideASession},
     {"session-fork-in-handler", &forkInAHandler},
     {"session-awaits", &waitForAnEffectOnAThread},
