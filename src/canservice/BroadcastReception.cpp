@@ -1,6 +1,6 @@
 #include <utility>
 
-#include "canservice/CallApplication.h"
+#include "callback/CallApplication.h"
 #include "canservice/T21CanServiceFdbusClient.h"
 #include "ipc_common_soc/CanServiceWire.h"
 #include "log/Log.h"
@@ -39,7 +39,7 @@ void T21CanServiceFdbusClient::onBroadcast(const CFdbMessage& message) {
             return;
         }
         if (const SignalCallback callback = currentSignalCallback()) {
-            qvn::canservice::callApplication([&] { callback(std::move(property.propValue), property.propertyType); });
+            qvn::callback::callApplication([&] { callback(std::move(property.propValue), property.propertyType); });
         }
         return;
     }

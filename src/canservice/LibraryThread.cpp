@@ -2,12 +2,12 @@
 
 #include <new>
 
-#include "canservice/ForcedUnwind.h"
-#include "canservice/ForkGuard.h"
+#include "callback/ForcedUnwind.h"
+#include "callback/ForkGuard.h"
 #include "canservice/T21CanServiceFdbusClient.h"
 #include "log/Log.h"
 
-using qvn::canservice::ForcedUnwind;
+using qvn::callback::ForcedUnwind;
 
 namespace {
 
@@ -22,7 +22,7 @@ namespace {
 }  // namespace
 
 void T21CanServiceFdbusClient::onLibraryThread(const char* what, const std::function<void()>& task) {
-    const ForkGuard forkGuard;
+    const qvn::callback::ForkGuard forkGuard;
     try {
         const CallbackGate::Passage passage(gate);
         if (passage) {

@@ -1,12 +1,12 @@
 #include <algorithm>
 
-#include "canservice/CallApplication.h"
+#include "callback/CallApplication.h"
 #include "canservice/T21CanServiceFdbusClient.h"
 #include "log/Log.h"
 #include "tables/SignalTable.h"
 
 using namespace qvn::platform::vehicle;
-using qvn::canservice::callApplication;
+using qvn::callback::callApplication;
 
 namespace {
 

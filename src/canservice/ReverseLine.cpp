@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "canservice/CallApplication.h"
+#include "callback/CallApplication.h"
 #include "canservice/T21CanServiceFdbusClient.h"
 #include "ipc_common_soc/ReverseLine.h"
 #include "log/Log.h"
@@ -27,7 +27,7 @@ void inject(const SignalCallback& callback, std::int32_t property, int number) {
     VehiclePropValue value;
     value.prop = property;
     value.value.int32Values.push_back(number);
-    qvn::canservice::callApplication([&] { callback(std::move(value), PROPERTY_TYPE_INT32); });
+    qvn::callback::callApplication([&] { callback(std::move(value), PROPERTY_TYPE_INT32); });
 }
 
 }  // namespace

@@ -1,7 +1,7 @@
 #ifndef CLIENT_CORE_LOCKS_H
 #define CLIENT_CORE_LOCKS_H
 
-#include "canservice/CallApplication.h"
+#include "callback/CallApplication.h"
 #include "client/VehicleClientImpl.h"
 
 namespace qvn {
@@ -64,7 +64,7 @@ public:
     ~DispatchLock() QVN_RELEASE() QVN_UNCHECKED_LOCKING {
         DispatchTurn::Delivery left;
         while (!mCore.dispatchTurn.giveBack(left)) {
-            canservice::callApplication([&] { mCore.deliver(left); });
+            callback::callApplication([&] { mCore.deliver(left); });
         }
         if (mCore.observer != nullptr) {
             mCore.takeDispatched(mTelling.mStates);

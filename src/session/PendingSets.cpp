@@ -5,7 +5,7 @@
 #include <thread>
 #include <utility>
 
-#include "canservice/CallApplication.h"
+#include "callback/CallApplication.h"
 
 namespace qvn {
 namespace session {
@@ -91,7 +91,7 @@ void PendingSets::keepTime() {
 
 PendingSets::Finished::~Finished() noexcept(false) {
     for (const Pending& pending : mAll) {
-        canservice::callApplication([&pending] { pending.finish(pending.end); });  // memory may be short
+        callback::callApplication([&pending] { pending.finish(pending.end); });  // memory may be short
     }
 }
 

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "canservice/CallApplication.h"
-#include "canservice/ForkGuard.h"
+#include "callback/CallApplication.h"
+#include "callback/ForkGuard.h"
 #include "log/Log.h"
 
 namespace qvn {
@@ -220,7 +220,7 @@ void Session::serve() {
             while (runOne()) {
             }
         }
-    } catch (const canservice::ForcedUnwind&) {
+    } catch (const callback::ForcedUnwind&) {
         QVN_LOG(Error,
                 "[%s][%d]a handler ended its thread, which is its session's: the session's handlers run no more!");
         const sync::MutexLock lock(mutex);
@@ -278,7 +278,7 @@ void Session::post() {
         return;
     }
     bool isTaken = false;
-    canservice::callApplication([this, &isTaken] {
+    callback::callApplication([this, &isTaken] {
         mExecutor(mDrain);
         isTaken = true;
     });
@@ -292,7 +292,7 @@ void Session::drain() {
     try {
         for (int i = 0; i < kMostInOneTask && runOne(); ++i) {
         }
-    } catch (const canservice::ForcedUnwind&) {
+    } catch (const callback::ForcedUnwind&) {
         const sync::MutexLock lock(mutex);
         mIsAwake = false;  // the handler ends the executor's thread; the next update asks for another
         throw;
@@ -328,8 +328,8 @@ bool Session::runOne() {
         mRunning = work.receiver.get();
     }
     const Run run(*this, work);
-    const ForkGuard forkGuard;  // a child could wait for the lock for ever
-    canservice::callApplication([&work] { work.receiver ? work.receiver->handler(work.state) : work.task(); });
+    const callback::ForkGuard forkGuard;  // a child could wait for the lock for ever
+    callback::callApplication([&work] { work.receiver ? work.receiver->handler(work.state) : work.task(); });
     return true;
 }
 

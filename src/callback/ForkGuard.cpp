@@ -1,10 +1,13 @@
-#include "canservice/ForkGuard.h"
+#include "callback/ForkGuard.h"
 
 #include <pthread.h>
 #include <unistd.h>
 
 #include <atomic>
 #include <cstdlib>
+
+namespace qvn {
+namespace callback {
 
 namespace {
 
@@ -37,3 +40,6 @@ ForkGuard::~ForkGuard() {
         endChild();
     }
 }
+
+}  // namespace callback
+}  // namespace qvn

@@ -1,13 +1,13 @@
-#ifndef CANSERVICE_CALL_APPLICATION_H
-#define CANSERVICE_CALL_APPLICATION_H
+#ifndef CALLBACK_CALL_APPLICATION_H
+#define CALLBACK_CALL_APPLICATION_H
 
 #include <exception>
 
-#include "canservice/ForcedUnwind.h"
+#include "callback/ForcedUnwind.h"
 #include "log/Log.h"
 
 namespace qvn {
-namespace canservice {
+namespace callback {
 
 /// Runs a call that ends in an application's callback. What that throws must not reach the bus, which would drop the
 /// values that wait behind it, nor the GPIO thread, which it would end with the process.
@@ -24,7 +24,7 @@ void callApplication(Call call) {
     }
 }
 
-}  // namespace canservice
+}  // namespace callback
 }  // namespace qvn
 
-#endif  // CANSERVICE_CALL_APPLICATION_H
+#endif  // CALLBACK_CALL_APPLICATION_H

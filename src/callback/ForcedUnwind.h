@@ -1,5 +1,5 @@
-#ifndef CANSERVICE_FORCED_UNWIND_H
-#define CANSERVICE_FORCED_UNWIND_H
+#ifndef CALLBACK_FORCED_UNWIND_H
+#define CALLBACK_FORCED_UNWIND_H
 
 #include <exception>
 
@@ -8,7 +8,7 @@
 #endif
 
 namespace qvn {
-namespace canservice {
+namespace callback {
 
 /// What unwinds the stack of a thread that is cancelled or calls pthread_exit. Who catches it without throwing it on,
 /// or catches everything, ends the process.
@@ -18,7 +18,7 @@ using ForcedUnwind = abi::__forced_unwind;
 class ForcedUnwind {};  // here the stack is not unwound
 #endif
 
-}  // namespace canservice
+}  // namespace callback
 }  // namespace qvn
 
-#endif  // CANSERVICE_FORCED_UNWIND_H
+#endif  // CALLBACK_FORCED_UNWIND_H

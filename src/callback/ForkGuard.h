@@ -1,5 +1,8 @@
-#ifndef CANSERVICE_FORK_GUARD_H
-#define CANSERVICE_FORK_GUARD_H
+#ifndef CALLBACK_FORK_GUARD_H
+#define CALLBACK_FORK_GUARD_H
+
+namespace qvn {
+namespace callback {
 
 /// While a callback of the application runs, and what of the library comes after it. A child that the application forks
 /// in there must not return from it: it would go on in the bus, on its parent's connection, or wait for a lock that a
@@ -15,4 +18,7 @@ private:
     const unsigned mForks;
 };
 
-#endif  // CANSERVICE_FORK_GUARD_H
+}  // namespace callback
+}  // namespace qvn
+
+#endif  // CALLBACK_FORK_GUARD_H
