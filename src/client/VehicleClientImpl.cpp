@@ -92,7 +92,7 @@ void VehicleClientImpl::init() {
         getTimestamp(service.since);
     }
     serviceManager = std::make_shared<FdbusServiceManager>(this);
-    serviceManager->setObserver(this);
+    serviceManager->setObserver(&connection);
     serviceManager->setSignalTable(signalTable);
     serviceManager->setFuncType(functionType);
     // A lambda with one pointer fits into std::function, so that copying it on the receive path allocates nothing.

@@ -29,7 +29,7 @@ namespace vehicle {
 /// dispatch, there also while the application's callback runs: it keeps them apart from each other. stateMutex is a
 /// leaf: it guards the cache and the few words that subscribe, the replay and the set path share with a dispatch, and
 /// is never held across a call out.
-class VehicleClientImpl : public CBaseWorker, private ServiceObserver {
+class VehicleClientImpl : public CBaseWorker {
 public:
     VehicleClientImpl();
     /// Must not run on the worker itself or inside a callback.
@@ -91,6 +91,23 @@ private:
     class DispatchLock;
     class Telling;
 
+    /// Told by the connection's threads. An object of its own, since those may be at it while the core's destruction
+    /// begins.
+    class Connection : public ServiceObserver {
+    public:
+        explicit Connection(VehicleClientImpl& core) : mCore(core) {}
+        void serviceChanged(bool there) override { mCore.serviceChanged(there); }
+        void statusReported(int property, VehiclePropertyStatus status) override {
+            mCore.statusReported(property, status);
+        }
+        void reverseLineRead(int property, int number, long time) override {
+            mCore.reverseLineRead(property, number, time);
+        }
+
+    private:
+        VehicleClientImpl& mCore;
+    };
+
     void deliver(DispatchTurn::Delivery& delivery);
 
     // For the observer: a value is noted while it is dispatched, taken by the thread that gives the turn back, and told
@@ -99,9 +116,9 @@ private:
     void takeDispatched(std::vector<PropertyState>& states) QVN_REQUIRES(cacheMutex);
     void tell(std::vector<PropertyState>& states);
 
-    void serviceChanged(bool there) override;
-    void statusReported(int property, VehiclePropertyStatus status) override;
-    void reverseLineRead(int property, int number, long time) override;
+    void serviceChanged(bool there);
+    void statusReported(int property, VehiclePropertyStatus status);
+    void reverseLineRead(int property, int number, long time);
 
     template <class Payload>
     bool readPayload(int property, Payload VehiclePropValue::RawValue::*payload, Payload& out);
@@ -129,6 +146,7 @@ protected:
     bool workerStarted = false;
     DispatchTurn dispatchTurn;
 
+    Connection connection{*this};
     // Changed under stateMutex, so that an observer misses nothing between its snapshot and what it is told.
     std::atomic<VehicleObserver*> observer{nullptr};
     std::vector<PropertyState> dispatched QVN_GUARDED_BY(stateMutex);  // and not taken yet

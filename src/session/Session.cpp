@@ -20,18 +20,18 @@ constexpr std::size_t kUsualPosters = 8;
 }  // namespace
 
 /// While one handler or task runs.
-class Session::Run {
+class Session::Running {
 public:
-    Run(Session& session, Work& work) : mSession(session), mWork(work) {}
-    ~Run() {
+    Running(Session& session, Work& work) : mSession(session), mWork(work) {}
+    ~Running() {
         release();
         const sync::MutexLock lock(mutex);
         mSession.mRunner = std::thread::id();
         mSession.mRunning = nullptr;
-        Sessions::instance().settled();
+        Sessions::instance().notifyWaiters();
     }
-    Run(const Run&) = delete;
-    Run& operator=(const Run&) = delete;
+    Running(const Running&) = delete;
+    Running& operator=(const Running&) = delete;
 
 private:
     /// What a handler that runs no more has captured goes while it still counts as running: who waits for its end may
@@ -64,7 +64,7 @@ public:
             const sync::MutexLock lock(mutex);
             std::vector<std::thread::id>& all = mSession.mPosters;
             all.erase(std::find(all.begin(), all.end(), std::this_thread::get_id()));
-            Sessions::instance().settled();
+            Sessions::instance().notifyWaiters();
         }
     }
     Posting(const Posting&) = delete;
@@ -159,8 +159,8 @@ void Session::run(std::list<Task>& task) {
 /// For what one offer leads to, also later: when memory is short an update must not be without its turn, nor the
 /// session's thread need any.
 void Session::makeRoom() {
-    while (mPastTurns.size() <= mHeldBack.size()) {
-        mPastTurns.push_back(nullptr);
+    while (mSpareTurns.size() <= mHeldBack.size()) {
+        mSpareTurns.push_back(nullptr);
     }
     if (mHeldBack.size() == mHeldBack.capacity()) {
         mHeldBack.reserve(2 * mHeldBack.size() + 1);
@@ -168,8 +168,8 @@ void Session::makeRoom() {
 }
 
 void Session::willTake(Receiver* receiver) {
-    mPastTurns.front() = receiver;
-    mTurns.splice(mTurns.end(), mPastTurns, mPastTurns.begin());
+    mSpareTurns.front() = receiver;
+    mTurns.splice(mTurns.end(), mSpareTurns, mSpareTurns.begin());
     workHasCome();
 }
 
@@ -238,7 +238,7 @@ bool Session::waitForWork() {
             return true;
         }
         mIsAwake = false;
-        Sessions::instance().settled();
+        Sessions::instance().notifyWaiters();
     }
     return false;
 }
@@ -327,7 +327,7 @@ bool Session::runOne() {
         mRunner = std::this_thread::get_id();
         mRunning = work.receiver.get();
     }
-    const Run run(*this, work);
+    const Running running(*this, work);
     const callback::ForkGuard forkGuard;  // a child could wait for the lock for ever
     callback::callApplication([&work] { work.receiver ? work.receiver->handler(work.state) : work.task(); });
     return true;
@@ -338,7 +338,7 @@ bool Session::next(Work& work) {
     const bool isRunning = mRunner != std::thread::id();  // by another task, see drain()
     while (!isRunning && hasWork()) {
         Receiver* const receiver = mTurns.front();
-        mPastTurns.splice(mPastTurns.begin(), mTurns, mTurns.begin());
+        mSpareTurns.splice(mSpareTurns.begin(), mTurns, mTurns.begin());
         if (receiver == nullptr) {
             work.task = std::move(mTasks.front());
             mTasks.pop_front();

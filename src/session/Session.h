@@ -69,7 +69,8 @@ public:
     /// One that was added and not removed; null when there is none.
     std::shared_ptr<Receiver> anyReceiver() const QVN_REQUIRES(mutex);
     void offer(Receiver& receiver, std::size_t index, const PropertyState& state, Time now) QVN_REQUIRES(mutex);
-    /// Runs a task among the handlers. It is in a list already: to make one may call the application's copy constructors.
+    /// Runs a task among the handlers. It is in a list already: to make one may call the application's copy
+    /// constructors.
     void run(std::list<Task>& task) QVN_REQUIRES(mutex);
 
     /// Tells whoever runs the handlers that there is work. To be called without the lock.
@@ -95,7 +96,7 @@ public:
     const Session* waitsFor = nullptr;
 
 private:
-    class Run;
+    class Running;
     class Posting;
     struct Work {
         std::shared_ptr<Receiver> receiver;  // null: it is a task
@@ -132,14 +133,14 @@ private:
     std::condition_variable mWake;
 
     Receivers mReceivers QVN_GUARDED_BY(mutex);
-    std::list<Receiver*> mTurns QVN_GUARDED_BY(mutex);      // one for each update that waits; null: the next task
-    std::list<Receiver*> mPastTurns QVN_GUARDED_BY(mutex);  // to be used again
+    std::list<Receiver*> mTurns QVN_GUARDED_BY(mutex);       // one for each update that waits; null: the next task
+    std::list<Receiver*> mSpareTurns QVN_GUARDED_BY(mutex);  // to be used again
     std::list<Task> mTasks QVN_GUARDED_BY(mutex);
     std::vector<HeldBack> mHeldBack QVN_GUARDED_BY(mutex);  // a heap; the first one's time comes first
     Time mSleepsUntil QVN_GUARDED_BY(mutex) = Time::min();  // the thread
     bool mEnded QVN_GUARDED_BY(mutex) = false;
     bool mIsUsed QVN_GUARDED_BY(mutex) = false;
-    bool mHasRun QVN_GUARDED_BY(mutex) = false;  // a handler
+    bool mHasRun QVN_GUARDED_BY(mutex) = false;   // a handler
     bool mIsAwake QVN_GUARDED_BY(mutex) = false;  // who runs the handlers looks for work by itself
 
     std::thread::id mRunner QVN_GUARDED_BY(mutex);

@@ -24,7 +24,7 @@ Sessions& Sessions::instance() {
     return sessions;
 }
 
-void Sessions::settled() {
+void Sessions::notifyWaiters() {
     if (mWaiting > 0) {
         mSettled.notify_all();
     }
@@ -67,7 +67,7 @@ void Sessions::setWaiting(const Session* session) {
             each->waitsFor = session;
         }
     }
-    settled();  // who waits for one of these may now be waiting for itself
+    notifyWaiters();  // who waits for one of these may now be waiting for itself
 }
 
 void Sessions::seeExit() {

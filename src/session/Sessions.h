@@ -32,7 +32,7 @@ public:
     void makeRoom() QVN_REQUIRES(mutex) { mToSignal.reserve(mAll.size() + 1); }
 
     /// A handler has returned, or a session has nothing to do.
-    void settled() QVN_REQUIRES(mutex);
+    void notifyWaiters() QVN_REQUIRES(mutex);
 
     /// Waits for something that the threads of a session bring about. False when that would be to wait for oneself:
     /// when the calling thread runs a handler of that session, or the session's handler waits for the caller's. False,
@@ -52,7 +52,7 @@ public:
     bool hasStopped() const QVN_REQUIRES(mutex) { return mStopped; }
     void end() QVN_REQUIRES(mutex) {
         mEnded = true;
-        settled();
+        notifyWaiters();
     }
     bool hasEnded() const QVN_REQUIRES(mutex) { return mEnded; }
 

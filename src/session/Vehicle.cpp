@@ -69,15 +69,29 @@ void Vehicle::close(Session& session) {
         mSets.endAllOf(session, SetEnd::SessionEnded, finished);
     }
     session.end();
-    Session::Receivers removed;
-    const Change change;
-    while (const std::shared_ptr<Receiver> receiver = session.anyReceiver()) {
-        removed.push_back(detach(*receiver, session));
+    while (endAny(session)) {
     }
+    const Change change;
     if (Sessions::instance().all().empty() && mObserved != nullptr && mObserved == processCore()) {
         processCore()->observe(nullptr);
         mObserved = nullptr;
     }
+}
+
+/// Ends one of the subscriptions of a session that has ended. Its handle may live on, but what it captures does not.
+bool Vehicle::endAny(Session& session) {
+    std::shared_ptr<Receiver> receiver;
+    Receiver::Handler handler;
+    const sync::MutexLock lock(mutex);
+    receiver = session.anyReceiver();
+    if (!receiver) {
+        return false;
+    }
+    detach(*receiver, session);
+    if (!session.isRunning(*receiver)) {
+        handler.swap(receiver->handler);
+    }
+    return true;
 }
 
 std::shared_ptr<Receiver> Vehicle::subscribe(const std::shared_ptr<Session>& session, std::vector<int> properties,
@@ -172,20 +186,18 @@ void Vehicle::observe() {
             each.second.state.property = each.first;
             each.second.isTimedOut = each.second.isAway = false;
         }
-        take(core->observe(this));
+        takeSnapshot(core->observe(this));
         mObserved = core;
     }
 }
 
-void Vehicle::take(const VehicleSnapshot& snapshot) {
-    take(snapshot.service);
+void Vehicle::takeSnapshot(const VehicleSnapshot& snapshot) {
+    takeService(snapshot.service);
     mIsServed = !snapshot.values.empty();
     for (const PropertyState& value : snapshot.values) {
         Record& record = mRecords[value.property];
-        if (value.hasValue() && take(record, value)) {
-            // From an earlier connection, unless it came on this one.
-            record.isAway = mService.presence == ServicePresence::Gone ||
-                            (value.origin == ValueOrigin::Can && value.timestamp < mService.since);
+        if (value.hasValue() && takeValue(record, value)) {
+            record.isAway = value.timestamp != 0 && value.timestamp < mService.since;  // from an earlier connection
         } else if (!record.state.hasValue()) {
             record.state.property = value.property;
             record.state.type = value.type;
@@ -205,7 +217,7 @@ void Vehicle::valueReceived(const PropertyState& value) {
     PendingSets::Finished finished;
     const Change change;
     Record& record = mRecords[value.property];
-    if (take(record, value)) {
+    if (takeValue(record, value)) {
         record.isAway = false;
         updateReception(record);
         publish(record);
@@ -214,7 +226,7 @@ void Vehicle::valueReceived(const PropertyState& value) {
 }
 
 /// False for a value that a newer one has overtaken, and for one of the reverse line where CAN has said something.
-bool Vehicle::take(Record& record, const PropertyState& value) {
+bool Vehicle::takeValue(Record& record, const PropertyState& value) {
     const bool isOvertaken = value.timestamp != 0 && value.timestamp <= record.state.timestamp;
     const bool isOfCan = record.state.hasValue() && record.state.origin == ValueOrigin::Can;
     if (isOvertaken || (isOfCan && value.origin == ValueOrigin::ReverseLine)) {
@@ -236,7 +248,7 @@ void Vehicle::statusReported(int property, VehiclePropertyStatus status) {
 void Vehicle::serviceChanged(const ServiceState& state) {
     PendingSets::Finished finished;
     const Change change;
-    take(state);
+    takeService(state);
     if (state.presence == ServicePresence::Gone) {
         mSets.endAll(SetEnd::ServiceGone, finished);
     }
@@ -257,8 +269,9 @@ void Vehicle::observationEnded() {
     serviceChanged(gone);
 }
 
-void Vehicle::take(const ServiceState& state) {
-    if (state.since <= mService.since) {
+void Vehicle::takeService(const ServiceState& state) {
+    const bool isOvertaken = state.since != 0 && state.since <= mService.since;
+    if (isOvertaken) {
         return;
     }
     mService = state;
@@ -268,7 +281,7 @@ void Vehicle::take(const ServiceState& state) {
     service.state.timestamp = state.since;
     service.state.reception = Reception::Received;
     publish(service);
-    Sessions::instance().settled();
+    Sessions::instance().notifyWaiters();
     if (state.presence != ServicePresence::Gone) {
         return;
     }
@@ -360,7 +373,7 @@ bool Vehicle::waitUntilIdle(Time deadline, std::string* busy) {
     }
     for (const Session* const session : Sessions::instance().all()) {
         if (busy != nullptr && session->isBusy()) {
-            *busy = session->busyWith() == kService ? "the CAN service" : nameOf(session->busyWith());
+            *busy = session->busyWith() == kService ? "the CAN service or a set" : nameOf(session->busyWith());
         }
     }
     return false;

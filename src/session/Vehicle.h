@@ -83,12 +83,13 @@ private:
     static void endBeforeStaticObjects();
 
     void observe() QVN_REQUIRES(mutex);
-    void take(const platform::vehicle::VehicleSnapshot& snapshot) QVN_REQUIRES(mutex);
-    bool take(Record& record, const PropertyState& value) QVN_REQUIRES(mutex);
-    void take(const ServiceState& state) QVN_REQUIRES(mutex);
+    void takeSnapshot(const platform::vehicle::VehicleSnapshot& snapshot) QVN_REQUIRES(mutex);
+    bool takeValue(Record& record, const PropertyState& value) QVN_REQUIRES(mutex);
+    void takeService(const ServiceState& state) QVN_REQUIRES(mutex);
     bool updateReception(Record& record) QVN_REQUIRES(mutex);
     void publish(Record& record) QVN_REQUIRES(mutex);
     void begin(Receiver& receiver, Session& session, bool presentFirst);
+    bool endAny(Session& session);
     void route(Receiver& receiver, Session& session) QVN_REQUIRES(mutex);
     void offerPresent(Receiver& receiver, Session& session) QVN_REQUIRES(mutex);
     std::shared_ptr<Receiver> detach(Receiver& receiver, Session& session) QVN_REQUIRES(mutex);
