@@ -1,4 +1,4 @@
-#include "can-service-sim/CanDecoder.h"
+#include "can-service-sim/can/CanDecoder.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "can-service-sim/CanSocket.h"
+#include "can-service-sim/can/CanSocket.h"
 
 #include <gtest/gtest.h>
 #include <linux/can.h>

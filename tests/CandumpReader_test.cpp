@@ -1,4 +1,4 @@
-#include "can-service-sim/CandumpReader.h"
+#include "can-service-sim/can/CandumpReader.h"
 
 #include <gtest/gtest.h>
 

@@ -1,10 +1,10 @@
-#include "can-service-sim/TraceReader.h"
+#include "can-service-sim/trace/TraceReader.h"
 
 #include <gtest/gtest.h>
 
 #include <sstream>
 
-#include "can-service-sim/TraceCut.h"
+#include "can-service-sim/trace/TraceCut.h"
 #include "desk/Number.h"
 #include "desk/PhysicalValue.h"
 #include "support/ErrorOf.h"

@@ -3,7 +3,7 @@
 
 #include <cstdlib>
 
-#include "can-service-sim/CanSocket.h"
+#include "can-service-sim/can/CanSocket.h"
 #include "e2e/Desk.h"
 #include "e2e/WatchOutput.h"
 

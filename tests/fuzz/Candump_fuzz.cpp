@@ -5,8 +5,8 @@
 #include <string>
 
 #include "Require.h"
-#include "can-service-sim/CanDecoder.h"
-#include "can-service-sim/CandumpReader.h"
+#include "can-service-sim/can/CanDecoder.h"
+#include "can-service-sim/can/CandumpReader.h"
 #include "dbc/Reader.h"
 #include "desk/BadInput.h"
 

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "Require.h"
-#include "can-service-sim/TraceReader.h"
+#include "can-service-sim/trace/TraceReader.h"
 #include "desk/BadInput.h"
 
 namespace {

@@ -5,8 +5,8 @@
 #include <iterator>
 #include <sstream>
 
-#include "can-service-sim/InputLines.h"
 #include "can-service-sim/ParkingRules.h"
+#include "can-service-sim/console/InputLines.h"
 #include "desk/BadInput.h"
 #include "desk/Number.h"
 #include "desk/PhysicalValue.h"

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "can-service-sim/TraceWords.h"
+#include "can-service-sim/trace/TraceWords.h"
 #include "tables/DecodingRules.h"
 
 namespace qvn::tools {

@@ -6,7 +6,7 @@
 #include <string>
 #include <utility>
 
-#include "can-service-sim/TraceReader.h"
+#include "can-service-sim/trace/TraceReader.h"
 #include "desk/Json.h"
 
 namespace qvn::tools {

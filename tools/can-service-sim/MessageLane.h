@@ -9,8 +9,8 @@
 
 #include "can-service-sim/Faults.h"
 #include "can-service-sim/MessageSupervisor.h"
-#include "can-service-sim/TraceReader.h"
 #include "can-service-sim/VehicleTime.h"
+#include "can-service-sim/trace/TraceReader.h"
 
 namespace qvn::tools {
 

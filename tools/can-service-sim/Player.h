@@ -6,13 +6,13 @@
 #include <vector>
 
 #include "can-service-sim/AnswerRules.h"
-#include "can-service-sim/CanDecoder.h"
 #include "can-service-sim/CanService.h"
 #include "can-service-sim/EventLoop.h"
 #include "can-service-sim/Faults.h"
 #include "can-service-sim/Journal.h"
 #include "can-service-sim/Simulation.h"
-#include "can-service-sim/TraceReader.h"
+#include "can-service-sim/can/CanDecoder.h"
+#include "can-service-sim/trace/TraceReader.h"
 
 namespace qvn::tools {
 

@@ -4,7 +4,7 @@
 #include <cmath>
 #include <sstream>
 
-#include "can-service-sim/TraceReader.h"
+#include "can-service-sim/trace/TraceReader.h"
 #include "desk/BadInput.h"
 #include "desk/Number.h"
 #include "desk/Text.h"

@@ -6,9 +6,9 @@
 #include <optional>
 #include <vector>
 
-#include "can-service-sim/Playback.h"
 #include "can-service-sim/Vehicle.h"
 #include "can-service-sim/VehicleTime.h"
+#include "can-service-sim/trace/Playback.h"
 
 namespace qvn::tools {
 

@@ -9,11 +9,11 @@
 #include <utility>
 #include <vector>
 
-#include "can-service-sim/CanDecoder.h"
 #include "can-service-sim/Faults.h"
 #include "can-service-sim/MessageLane.h"
-#include "can-service-sim/TraceReader.h"
 #include "can-service-sim/VehicleTime.h"
+#include "can-service-sim/can/CanDecoder.h"
+#include "can-service-sim/trace/TraceReader.h"
 
 namespace qvn::tools {
 

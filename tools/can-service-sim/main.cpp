@@ -10,16 +10,16 @@
 #include <utility>
 #include <vector>
 
-#include "can-service-sim/CanInput.h"
-#include "can-service-sim/CanListener.h"
-#include "can-service-sim/Completion.h"
-#include "can-service-sim/Console.h"
-#include "can-service-sim/InputLines.h"
 #include "can-service-sim/Player.h"
-#include "can-service-sim/Prompt.h"
-#include "can-service-sim/TraceCut.h"
+#include "can-service-sim/can/CanInput.h"
+#include "can-service-sim/can/CanListener.h"
+#include "can-service-sim/console/Completion.h"
+#include "can-service-sim/console/Console.h"
+#include "can-service-sim/console/InputLines.h"
+#include "can-service-sim/console/Prompt.h"
 #include "can-service-sim/panel/Panel.h"
 #include "can-service-sim/panel/PanelOptions.h"
+#include "can-service-sim/trace/TraceCut.h"
 #include "desk/BadInput.h"
 #include "desk/CommandLine.h"
 #include "desk/DeskPlatform.h"

@@ -1,4 +1,4 @@
-#include "can-service-sim/TraceWords.h"
+#include "can-service-sim/trace/TraceWords.h"
 
 #include <algorithm>
 #include <string>

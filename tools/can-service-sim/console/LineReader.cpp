@@ -1,4 +1,4 @@
-#include "can-service-sim/LineReader.h"
+#include "can-service-sim/console/LineReader.h"
 
 #include <unistd.h>
 

@@ -1,4 +1,4 @@
-#include "can-service-sim/Prompt.h"
+#include "can-service-sim/console/Prompt.h"
 
 #include <fcntl.h>
 #include <poll.h>
@@ -12,7 +12,7 @@
 #include <system_error>
 #include <utility>
 
-#include "can-service-sim/LineEditor.h"
+#include "can-service-sim/console/LineEditor.h"
 #include "desk/PollUntil.h"
 
 namespace qvn::tools {

@@ -10,8 +10,8 @@
 #include <variant>
 #include <vector>
 
-#include "can-service-sim/CanFrame.h"
 #include "can-service-sim/Generator.h"
+#include "can-service-sim/can/CanFrame.h"
 
 namespace qvn::tools {
 

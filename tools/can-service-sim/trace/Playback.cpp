@@ -1,4 +1,4 @@
-#include "can-service-sim/Playback.h"
+#include "can-service-sim/trace/Playback.h"
 
 #include <algorithm>
 #include <utility>

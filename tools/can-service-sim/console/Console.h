@@ -5,10 +5,10 @@
 #include <vector>
 
 #include "can-service-sim/EventLoop.h"
-#include "can-service-sim/LineReader.h"
 #include "can-service-sim/Player.h"
 #include "can-service-sim/PlayerLines.h"
-#include "can-service-sim/Prompt.h"
+#include "can-service-sim/console/LineReader.h"
+#include "can-service-sim/console/Prompt.h"
 #include "desk/Output.h"
 
 namespace qvn::tools {

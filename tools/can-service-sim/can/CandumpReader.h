@@ -7,8 +7,8 @@
 #include <string_view>
 #include <vector>
 
-#include "can-service-sim/CanFrame.h"
-#include "can-service-sim/TraceReader.h"
+#include "can-service-sim/can/CanFrame.h"
+#include "can-service-sim/trace/TraceReader.h"
 
 namespace qvn::tools {
 

@@ -4,9 +4,9 @@
 #include <string>
 #include <vector>
 
-#include "can-service-sim/CanDecoder.h"
 #include "can-service-sim/Journal.h"
-#include "can-service-sim/TraceReader.h"
+#include "can-service-sim/can/CanDecoder.h"
+#include "can-service-sim/trace/TraceReader.h"
 #include "desk/CommandLine.h"
 
 namespace qvn::tools {

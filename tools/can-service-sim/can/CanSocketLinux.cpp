@@ -9,7 +9,7 @@
 #include <cerrno>
 #include <cstring>
 
-#include "can-service-sim/CanSocket.h"
+#include "can-service-sim/can/CanSocket.h"
 
 namespace qvn::tools {
 namespace {

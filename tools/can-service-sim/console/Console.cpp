@@ -1,4 +1,4 @@
-#include "can-service-sim/Console.h"
+#include "can-service-sim/console/Console.h"
 
 #include <unistd.h>
 

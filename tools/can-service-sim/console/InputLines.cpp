@@ -1,4 +1,4 @@
-#include "can-service-sim/InputLines.h"
+#include "can-service-sim/console/InputLines.h"
 
 #include <algorithm>
 #include <cctype>

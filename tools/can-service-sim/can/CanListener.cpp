@@ -1,9 +1,9 @@
-#include "can-service-sim/CanListener.h"
+#include "can-service-sim/can/CanListener.h"
 
 #include <chrono>
 #include <utility>
 
-#include "can-service-sim/CanSocket.h"
+#include "can-service-sim/can/CanSocket.h"
 
 namespace qvn::tools {
 namespace {

@@ -1,4 +1,4 @@
-#include "can-service-sim/LineEditor.h"
+#include "can-service-sim/console/LineEditor.h"
 
 #include <poll.h>
 #include <sys/ioctl.h>

@@ -1,4 +1,4 @@
-#include "can-service-sim/Completion.h"
+#include "can-service-sim/console/Completion.h"
 
 #include <algorithm>
 #include <optional>

@@ -1,10 +1,10 @@
-#include "can-service-sim/CandumpReader.h"
+#include "can-service-sim/can/CandumpReader.h"
 
 #include <algorithm>
 #include <charconv>
 #include <limits>
 
-#include "can-service-sim/InputLines.h"
+#include "can-service-sim/console/InputLines.h"
 #include "desk/BadInput.h"
 #include "desk/Number.h"
 #include "desk/Text.h"

@@ -3,7 +3,7 @@
 #include <functional>
 #include <string>
 
-#include "can-service-sim/CanFrame.h"
+#include "can-service-sim/can/CanFrame.h"
 
 namespace qvn::tools {
 

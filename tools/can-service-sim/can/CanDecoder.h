@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "can-service-sim/CanFrame.h"
+#include "can-service-sim/can/CanFrame.h"
 #include "dbc/Database.h"
 #include "tables/DecodingRules.h"
 

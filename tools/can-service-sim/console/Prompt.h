@@ -6,7 +6,7 @@
 #include <functional>
 #include <string>
 
-#include "can-service-sim/Completion.h"
+#include "can-service-sim/console/Completion.h"
 
 namespace qvn::tools {
 

@@ -1,4 +1,4 @@
-#include "can-service-sim/TraceCut.h"
+#include "can-service-sim/trace/TraceCut.h"
 
 #include <algorithm>
 

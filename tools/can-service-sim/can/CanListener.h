@@ -4,9 +4,9 @@
 #include <optional>
 #include <string>
 
-#include "can-service-sim/CanFrame.h"
 #include "can-service-sim/EventLoop.h"
 #include "can-service-sim/Journal.h"
+#include "can-service-sim/can/CanFrame.h"
 #include "desk/FileDescriptor.h"
 
 namespace qvn::tools {

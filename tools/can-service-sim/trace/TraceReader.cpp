@@ -1,10 +1,10 @@
-#include "can-service-sim/TraceReader.h"
+#include "can-service-sim/trace/TraceReader.h"
 
 #include <algorithm>
 #include <optional>
 
-#include "can-service-sim/InputLines.h"
-#include "can-service-sim/TraceWords.h"
+#include "can-service-sim/console/InputLines.h"
+#include "can-service-sim/trace/TraceWords.h"
 #include "desk/BadInput.h"
 #include "desk/Number.h"
 #include "desk/PhysicalValue.h"

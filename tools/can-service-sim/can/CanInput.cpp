@@ -1,10 +1,10 @@
-#include "can-service-sim/CanInput.h"
+#include "can-service-sim/can/CanInput.h"
 
 #include <fstream>
 #include <utility>
 
-#include "can-service-sim/CandumpReader.h"
-#include "can-service-sim/InputLines.h"
+#include "can-service-sim/can/CandumpReader.h"
+#include "can-service-sim/console/InputLines.h"
 #include "desk/BadInput.h"
 #include "desk/DatabaseNotes.h"
 

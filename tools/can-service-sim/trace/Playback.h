@@ -5,8 +5,8 @@
 #include <optional>
 #include <vector>
 
-#include "can-service-sim/TraceReader.h"
 #include "can-service-sim/VehicleTime.h"
+#include "can-service-sim/trace/TraceReader.h"
 
 namespace qvn::tools {
 
