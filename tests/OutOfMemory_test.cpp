@@ -183,12 +183,12 @@ TEST_F(SessionOutOfMemory, WhatComesAfterItArrives) {
     for (const SubscribeOptions& options : everyKind) {
         bool failed = true;
         for (int left = 0; failed; ++left) {
-            VehicleSession own, inPlace([](const VehicleSession::Task& task) { task(); });
+            VehicleSession own, inPlace([](const VehicleSession::Task&task) { task(); });
             std::atomic<int> inOwn{0}, there{0};
-            const Subscription first =
-                own.subscribe(door, [&](const PropertyState& state) { inOwn = state.integer(); }, options);
-            const Subscription second =
-                inPlace.subscribe(door, [&](const PropertyState& state) { there = state.integer(); }, options);
+            const Subscription first = own.subscribe(
+                door, [&](const PropertyState& state) { inOwn = state.integer(); }, options);
+            const Subscription second = inPlace.subscribe(
+                door, [&](const PropertyState& state) { there = state.integer(); }, options);
             receive(1);
             failed = withAllocations(left, [] { receive(2); });
             receive(3);

@@ -37,9 +37,9 @@ TEST_F(ProcessEnd, IsCleanOnEveryWayOut) {
                             "exit-on-bus-thread", "exit-beside-get-instance"}) {
         endsCleanly(way, 12);
     }
-    for (const char* way : {"slow-callback", "fork-and-fail-to-exec", "fork-in-callback", "set-in-destructor",
-                            "own-client", "end-thread-in-callback", "session-end-thread",
-                            "session-end-executors-thread"}) {
+    for (const char* way :
+         {"slow-callback", "fork-and-fail-to-exec", "fork-in-callback", "set-in-destructor", "own-client",
+          "end-thread-in-callback", "session-end-thread", "session-end-executors-thread"}) {
         endsCleanly(way, 4);
     }
     for (const char* way : {"session-static", "session-on-heap", "session-exit-in-handler", "session-exit-in-place",
