@@ -22,8 +22,8 @@ public:
     /// @param now the time of the world outside, which never goes back
     Simulation(Now now, double speed, Vehicle::Observer& observer, bool initialValues, CanDecoder* decoder);
 
-    /// Offers the service and plays, from that many seconds on in the state of then, if any are given. A trace may keep
-    /// the service off from its begin.
+    /// Offers the service and plays. With `startAt` it begins at that second of the trace, in the state that the trace
+    /// has reached by then. A trace may keep the service off from its beginning.
     void start(std::vector<TraceEvent> trace, Playback::AtEnd atEnd, std::optional<double> startAt);
 
     /// Lets happen what is due, but not for longer than an event loop may be kept: next() tells when to call it again.
