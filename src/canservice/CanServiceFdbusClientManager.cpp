@@ -48,7 +48,7 @@ CanServiceFdbusClientManager::CanServiceFdbusClientManager(const VehilceClientIn
 void CanServiceFdbusClientManager::createCanServiceFdbusClient(const VehilceClientInfo* table,
                                                                const SignalCallback& callback, CBaseWorker* worker,
                                                                ServiceObserver* observer) {
-    const std::string address = std::string("svc://") + qvn::wire::kServiceName;
+    const std::string address = qvn::wire::serviceAddress(qvn::wire::kServiceName);
     const std::string name = std::string(qvn::wire::kServiceName) + "_client";
     theClient = std::make_shared<T21CanServiceFdbusClient>(name.c_str(), worker);
     theClient->setObserver(observer);

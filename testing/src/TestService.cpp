@@ -97,7 +97,7 @@ void TestService::goUp() {
         return;
     }
     auto server = std::make_unique<Server>(*this);
-    server->bind((std::string("svc://") + wire::kServiceName).c_str());
+    server->bind(wire::serviceAddress(wire::kServiceName).c_str());
     std::string error;
     if (!tools::offersService(wire::kServiceName, &error)) {
         throw std::runtime_error(error);

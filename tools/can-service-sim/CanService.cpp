@@ -5,6 +5,7 @@
 
 #include "desk/DeskPlatform.h"
 #include "ipc_common_soc/CanServiceWire.h"
+#include "ipc_common_soc/ServiceName.h"
 #include "tables/DecodingRules.h"
 #include "tables/MessageCatalogue.h"
 
@@ -113,7 +114,7 @@ bool CanService::goUp(std::string* error) {
     }
     auto server = std::make_unique<Server>(*this);
     // What bind() returns tells nothing: with a naming service the name is asked for in the background.
-    server->bind(("svc://" + name_).c_str());
+    server->bind(wire::serviceAddress(name_).c_str());
     if (!offersService(name_, error)) {
         return false;
     }

@@ -65,7 +65,7 @@ BusTap::BusTap(std::vector<std::uint32_t> codes) : worker_("bus-tap") {
     worker_.start();
     client_ = std::make_unique<Client>(*this, std::move(codes));
     client_->enableReconnect(true);
-    client_->connect((std::string("svc://") + wire::kServiceName).c_str());
+    client_->connect(wire::serviceAddress(wire::kServiceName).c_str());
 }
 
 BusTap::~BusTap() {
