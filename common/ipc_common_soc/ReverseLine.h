@@ -12,6 +12,8 @@ constexpr int kReverseLine = 87;
 /// The levels of the line, which is active low.
 constexpr int kReverseEngaged = 0;
 constexpr int kReverseReleased = 1;
+/// For gpioport_irq_func_register(): both edges of a line.
+constexpr int kBothEdges = 3;
 
 /// The properties of which the vehicle client makes values from the line. A CAN signal of one byte feeds each, too.
 constexpr std::int32_t kParkingWorkCommand = 0x2140307A;

@@ -13,8 +13,6 @@ using namespace qvn::wire;
 
 namespace {
 
-constexpr int kBothEdges = 3;
-
 constexpr int kOpenViews = 1;
 constexpr int kCloseViews = 0;
 

@@ -6,6 +6,7 @@
 #include <stdexcept>
 
 #include "host/RuntimeDir.h"
+#include "ipc_common_soc/ReverseLine.h"
 
 namespace qvn::testing {
 
@@ -14,7 +15,6 @@ using sync::MutexLock;
 namespace {
 
 constexpr int kLine = 1087;  // no line of the vehicle
-constexpr int kBothEdges = 3;
 
 }  // namespace
 
@@ -24,7 +24,7 @@ MarkerLine& MarkerLine::instance() {
 }
 
 void MarkerLine::watch() {
-    if (gpioport_irq_func_register(kLine, kBothEdges, &MarkerLine::onEdge, this) != 0) {
+    if (gpioport_irq_func_register(kLine, wire::kBothEdges, &MarkerLine::onEdge, this) != 0) {
         throw std::runtime_error("the test's GPIO lines cannot be watched; the log says why");
     }
     mPath = host::runtimeDir() + "/gpio/" + std::to_string(kLine);
