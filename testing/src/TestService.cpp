@@ -29,14 +29,11 @@ protected:
         auto* const message = castToMessage<CFdbMessage*>(job);
         const MutexLock lock(mService.mMutex);
         std::vector<std::uint32_t> answered;
-        const CFdbMsgSubscribeItem* item = nullptr;
-        FDB_BEGIN_FOREACH_SIGNAL(message, item) {
-            const auto code = static_cast<std::uint32_t>(item->msg_code());
-            if (mService.answer(job, code)) {
+        for (const std::uint32_t code : tools::SignalStore::codesOf(*message)) {
+            if (mService.mStore.answer(*message, code)) {
                 answered.push_back(code);
             }
         }
-        FDB_END_FOREACH_SIGNAL();
         Client& client = mService.mClients[message->session()];
         client.subscription = job;
         client.unanswered.push_back({"`changed` or `status`", std::move(answered)});
@@ -114,42 +111,25 @@ void TestService::goDown() {
 void TestService::putSignal(std::uint32_t code, const std::string& raw) {
     mWorker.flush();  // the question behind the value before is on its way
     const MutexLock lock(mMutex);
-    mValues[code] = raw;
+    mStore.putSignal(code, {raw, std::nullopt});
     publish("`changed`", code, wire::signalMessage(raw));
 }
 
 void TestService::putMessageStatus(std::uint32_t code, std::uint32_t status) {
     mWorker.flush();
     const MutexLock lock(mMutex);
-    mStatuses[code] = status;
+    mStore.putMessageStatus(code, status);
     publish(status == wire::kMessageOk ? "`status` or `changed`" : "`status`", code, wire::statusMessage(status));
 }
 
-/// To one client: a broadcast would reach one that is about to be answered as well, and that got the value twice.
-template <class Message>
-void TestService::send(CBaseJob::Ptr& subscription, std::uint32_t code, const Message& message) {
-    CFdbProtoMsgBuilder builder(message);
-    castToMessage<CFdbMessage*>(subscription)->broadcast(static_cast<FdbMsgCode_t>(code), builder);
-}
-
+/// To each client by itself: a broadcast would also reach one that is about to be answered, which then had the value
+/// twice.
 template <class Message>
 void TestService::publish(const char* callback, std::uint32_t code, const Message& message) {
     for (auto& client : mClients) {
-        send(client.second.subscription, code, message);
+        tools::SignalStore::send(*castToMessage<CFdbMessage*>(client.second.subscription), code, message);
     }
     askAll({callback, {code}});
-}
-
-bool TestService::answer(CBaseJob::Ptr& subscription, std::uint32_t code) {
-    const auto value = mValues.find(code);
-    if (value != mValues.end()) {
-        send(subscription, code, wire::signalMessage(value->second));
-    }
-    const auto status = mStatuses.find(code);
-    if (status != mStatuses.end()) {
-        send(subscription, code, wire::statusMessage(status->second));
-    }
-    return value != mValues.end() || status != mStatuses.end();
 }
 
 void TestService::askAll(const Question& question) {

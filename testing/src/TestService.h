@@ -13,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "desk/SignalStore.h"
 #include "sync/Mutex.h"
 
 namespace qvn::testing {
@@ -73,10 +74,7 @@ private:
     };
 
     template <class Message>
-    static void send(CBaseJob::Ptr& subscription, std::uint32_t code, const Message& message);
-    template <class Message>
     void publish(const char* callback, std::uint32_t code, const Message& message) QVN_REQUIRES(mMutex);
-    bool answer(CBaseJob::Ptr& subscription, std::uint32_t code) QVN_REQUIRES(mMutex);
     void askAll(const Question& question) QVN_REQUIRES(mMutex);
 
     CBaseWorker mWorker;
@@ -85,8 +83,7 @@ private:
     // Held while a value is kept and sent, so that each client gets each value once.
     sync::Mutex mMutex;
     std::condition_variable mChanged;
-    std::map<std::uint32_t, std::string> mValues QVN_GUARDED_BY(mMutex);
-    std::map<std::uint32_t, std::uint32_t> mStatuses QVN_GUARDED_BY(mMutex);
+    tools::SignalStore mStore QVN_GUARDED_BY(mMutex);
     std::map<std::uint32_t, Sets> mSets QVN_GUARDED_BY(mMutex);
     std::map<FdbSessionId_t, Client> mClients QVN_GUARDED_BY(mMutex);  // that have subscribed
 };

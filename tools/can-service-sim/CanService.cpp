@@ -50,18 +50,14 @@ protected:
     }
 
     void onSubscribe(CBaseJob::Ptr& job) override {
-        auto* const request = castToMessage<CFdbMessage*>(job);
-        std::size_t codes = 0;
-        std::size_t known = 0;
-        const CFdbMsgSubscribeItem* item = nullptr;
-        FDB_BEGIN_FOREACH_SIGNAL(request, item) {
-            const auto code = static_cast<std::uint32_t>(item->msg_code());
-            answer(*request, code);
-            ++codes;
-            known += isKnown(code) ? 1 : 0;
+        auto* const subscription = castToMessage<CFdbMessage*>(job);
+        const std::vector<std::uint32_t> codes = SignalStore::codesOf(*subscription);
+        for (const std::uint32_t code : codes) {
+            const sync::MutexLock lock(service_.mutex_);
+            service_.store_.answer(*subscription, code);
         }
-        FDB_END_FOREACH_SIGNAL();
-        service_.observer_.onSubscribe(codes, known);
+        const auto known = std::count_if(codes.begin(), codes.end(), isKnown);
+        service_.observer_.onSubscribe(codes.size(), static_cast<std::size_t>(known));
     }
 
     void onInvoke(CBaseJob::Ptr& job) override {
@@ -73,22 +69,6 @@ protected:
     }
 
 private:
-    void answer(CFdbMessage& request, std::uint32_t code) {
-        const sync::MutexLock lock(service_.mutex_);
-        if (const auto value = service_.values_.find(code); value != service_.values_.end()) {
-            sendTo(request, code, wire::signalMessage(value->second.raw));
-        }
-        if (const auto status = service_.statuses_.find(code); status != service_.statuses_.end()) {
-            sendTo(request, code, wire::statusMessage(status->second));
-        }
-    }
-
-    template <class Message>
-    static void sendTo(CFdbMessage& request, std::uint32_t code, const Message& message) {
-        CFdbProtoMsgBuilder builder(message);
-        request.broadcast(static_cast<FdbMsgCode_t>(code), builder);
-    }
-
     CanService& service_;
     std::vector<Client> clients_ QVN_GUARDED_BY(service_.mutex_);  // gone with the server
 };
@@ -128,12 +108,12 @@ void CanService::goDown() {
 
 void CanService::presetSignal(std::uint32_t code, const std::string& raw) {
     const sync::MutexLock lock(mutex_);
-    values_[code] = {raw, std::nullopt};
+    store_.putSignal(code, {raw, std::nullopt});
 }
 
 void CanService::putSignal(std::uint32_t code, const std::string& raw) {
     const sync::MutexLock lock(mutex_);
-    values_[code] = {raw, Clock::now()};
+    store_.putSignal(code, {raw, std::chrono::steady_clock::now()});
     if (server_) {
         server_->publish(code, wire::signalMessage(raw));
     }
@@ -141,13 +121,13 @@ void CanService::putSignal(std::uint32_t code, const std::string& raw) {
 
 void CanService::forgetSignal(std::uint32_t code) {
     const sync::MutexLock lock(mutex_);
-    values_.erase(code);
+    store_.forgetSignal(code);
 }
 
 void CanService::putMessageStatus(std::uint32_t code, bool timedOut) {
     const sync::MutexLock lock(mutex_);
     const std::uint32_t status = timedOut ? wire::kMessageTimedOut : wire::kMessageOk;
-    statuses_[code] = status;
+    store_.putMessageStatus(code, status);
     if (server_) {
         server_->publish(code, wire::statusMessage(status));
     }
@@ -155,14 +135,12 @@ void CanService::putMessageStatus(std::uint32_t code, bool timedOut) {
 
 std::optional<CanService::Value> CanService::signal(std::uint32_t code) const {
     const sync::MutexLock lock(mutex_);
-    const auto found = values_.find(code);
-    return found == values_.end() ? std::nullopt : std::optional(found->second);
+    return store_.signal(code);
 }
 
 bool CanService::isTimedOut(std::uint32_t code) const {
     const sync::MutexLock lock(mutex_);
-    const auto found = statuses_.find(code);
-    return found != statuses_.end() && found->second == wire::kMessageTimedOut;
+    return store_.messageStatus(code) == wire::kMessageTimedOut;
 }
 
 std::vector<CanService::Client> CanService::clients() const {

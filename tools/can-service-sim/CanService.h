@@ -5,13 +5,12 @@
 #include <chrono>
 #include <cstdint>
 #include <functional>
-#include <map>
 #include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "desk/PollUntil.h"
+#include "desk/SignalStore.h"
 #include "sync/Mutex.h"
 
 namespace qvn::tools {
@@ -27,11 +26,8 @@ public:
         std::function<void(std::size_t codes, std::size_t known)> onSubscribe;
     };
 
-    /// What is known of a signal.
-    struct Value {
-        std::string raw;
-        std::optional<Clock::time_point> time;  ///< of the last putSignal()
-    };
+    /// What is known of a signal; its time is that of the last putSignal().
+    using Value = SignalStore::Value;
 
     /// A session of a client.
     struct Client {
@@ -71,10 +67,8 @@ private:
 
     std::string name_;
     Observer observer_;
-    // Held while a value is kept and sent: a new subscriber must not get an old value after a newer one.
-    mutable sync::Mutex mutex_;
-    std::map<std::uint32_t, Value> values_ QVN_GUARDED_BY(mutex_);
-    std::map<std::uint32_t, std::uint32_t> statuses_ QVN_GUARDED_BY(mutex_);
+    mutable sync::Mutex mutex_;  // held while a value is kept and sent
+    SignalStore store_ QVN_GUARDED_BY(mutex_);
     CBaseWorker worker_;
     std::unique_ptr<Server> server_;
 };
