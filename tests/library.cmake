@@ -1,10 +1,12 @@
 # Data and conversions; these need no double and build against an SDK as well.
 qvn_add_test(NAME tables_test
-    SOURCES Tables_test.cpp support/ExpectedTables.cpp
+    SOURCES PropertyList_test.cpp Tables_test.cpp support/ExpectedTables.cpp
     LIBS qvn_tables canservice_schema
     LABELS library)
 set_property(SOURCE support/ExpectedTables.cpp PROPERTY COMPILE_DEFINITIONS
     QVN_EXPECTED_TABLES="${CMAKE_CURRENT_SOURCE_DIR}/data/expected_tables.txt")
+set_property(SOURCE PropertyList_test.cpp PROPERTY COMPILE_DEFINITIONS
+    QVN_PROPERTY_LIST="${PROJECT_SOURCE_DIR}/docs/properties.md")
 qvn_add_test(NAME schema_test SOURCES Schema_test.cpp LIBS canservice_schema LABELS library)
 qvn_add_test(NAME mailbox_test SOURCES Mailbox_test.cpp LIBS qvn_internals LABELS library)
 qvn_add_test(NAME value_encoding_test

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 
+#include "tables/SignalLists.h"
 #include "tables/Span.h"
 
 namespace qvn {
@@ -19,6 +20,14 @@ struct SetRow {
 
 /// Sorted by code.
 extern const Span<SetRow> kSetSignals;
+
+/// A CAN message that the head unit sends. It has no code of its own: nobody subscribes it.
+struct SetMessageRow {
+    const char* name;  ///< "QVN_SET_HUT34"
+    Span<SignalListRow> signals;
+};
+
+extern const Span<SetMessageRow> kSetMessages;
 
 /// The smallest and largest number that a set signal can carry.
 struct SetRange {

@@ -2,6 +2,7 @@
 
 #include "common.base.canservice.pb.h"
 #include "tables/MessageCatalogue.h"
+#include "tables/SetCatalogue.h"
 #include "tables/SortedByCode.h"
 
 // clang-format off
@@ -395,9 +396,28 @@ constexpr MessageRow kMessageRows[] = {
 
 #undef MESSAGE
 
+#define MESSAGE(name) {#name, name##_signals}
+
+constexpr SetMessageRow kSetMessageRows[] = {
+    MESSAGE(QVN_SET_DMS_FD1),
+    MESSAGE(QVN_SET_HUT10),
+    MESSAGE(QVN_SET_HUT15),
+    MESSAGE(QVN_SET_HUT25),
+    MESSAGE(QVN_SET_HUT30),
+    MESSAGE(QVN_SET_HUT32),
+    MESSAGE(QVN_SET_HUT33),
+    MESSAGE(QVN_SET_HUT34),
+    MESSAGE(QVN_SET_HUT6),
+    MESSAGE(QVN_SET_HUT_FD1),
+    MESSAGE(QVN_SET_HUT_FD4),
+};
+
+#undef MESSAGE
+
 // clang-format on
 
 constexpr Span<MessageRow> kMessages(kMessageRows);
+constexpr Span<SetMessageRow> kSetMessages(kSetMessageRows);
 
 static_assert(firstUnsortedRow(kMessageRows) == kMessages.size(), "messages must be sorted by code");
 

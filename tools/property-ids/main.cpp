@@ -1,5 +1,6 @@
 // Prints what is made from the tables: include/vehicle/PropertyIds.h, and with --markdown docs/properties.md.
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <map>
@@ -66,12 +67,20 @@ std::string nameOf(std::uint32_t code) {
     return can_service::CodeIdEnum_Name(static_cast<can_service::CodeIdEnum>(code)).substr(sizeof("QVN_GET_") - 1);
 }
 
-std::string receivedIn(std::uint32_t code) {
+bool has(const qvn::tables::Span<SignalListRow>& signals, std::uint32_t code) {
+    return std::any_of(signals.begin(), signals.end(), [&](const SignalListRow& row) { return row.code_id == code; });
+}
+
+/// The message in which a signal is received or set.
+std::string messageOf(std::uint32_t code) {
     for (const qvn::tables::MessageRow& message : qvn::tables::kMessages) {
-        for (const SignalListRow& signal : message.signals) {
-            if (signal.code_id == code) {
-                return nameOf(message.code);
-            }
+        if (has(message.signals, code)) {
+            return nameOf(message.code);
+        }
+    }
+    for (const qvn::tables::SetMessageRow& message : qvn::tables::kSetMessages) {
+        if (has(message.signals, code)) {
+            return message.name + std::strlen("QVN_SET_");
         }
     }
     return "";
@@ -87,8 +96,7 @@ std::string remark(const VehilceClientInfo& row) {
     if (rule != nullptr && *rule->unit != '\0') {
         text += std::string(", ") + rule->unit;
     }
-    const std::string message = receivedIn(row.codeId);
-    return message.empty() ? text : text + ", " + message;
+    return text + ", " + messageOf(row.codeId);
 }
 
 /// The rows of the signal table that are received or can be set, each signal once.
@@ -110,18 +118,6 @@ void printConstants(const char* heading, bool settable) {
         std::printf("constexpr int %-40s = 0x%08X;  // %s\n", nameOf(row.codeId).c_str(), row.property,
                     remark(row).c_str());
     }
-}
-
-/// The message that a set signal belongs to: the longest message's name with which its own begins.
-std::string setIn(std::uint32_t code) {
-    const std::string name = can_service::CodeIdEnum_Name(static_cast<can_service::CodeIdEnum>(code));
-    for (std::size_t end = name.rfind('_'); end > std::strlen("QVN_SET"); end = name.rfind('_', end - 1)) {
-        can_service::CodeIdEnum message;
-        if (can_service::CodeIdEnum_Parse(name.substr(0, end), &message)) {
-            return name.substr(std::strlen("QVN_SET_"), end - std::strlen("QVN_SET_"));
-        }
-    }
-    return "";
 }
 
 std::string bytesText(std::uint32_t bytes) {
@@ -147,7 +143,7 @@ std::string ruleText(std::uint32_t code) {
 void printSections(const char* heading, bool settable) {
     std::map<std::string, std::vector<VehilceClientInfo>> messages;
     for (const VehilceClientInfo& row : rowsOf(settable)) {
-        messages[settable ? setIn(row.codeId) : receivedIn(row.codeId)].push_back(row);
+        messages[messageOf(row.codeId)].push_back(row);
     }
     std::printf("\n## %s\n", heading);
     for (const auto& [message, rows] : messages) {
