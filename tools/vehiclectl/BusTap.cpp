@@ -11,11 +11,6 @@
 #include "tables/MessageCatalogue.h"
 
 namespace qvn::tools {
-namespace {
-
-constexpr int kBothEdges = 3;
-
-}  // namespace
 
 class BusTap::Client : public CBaseClient {
 public:
@@ -60,7 +55,7 @@ private:
 BusTap::BusTap(std::vector<std::uint32_t> codes) : worker_("bus-tap") {
     reverseLineMoved(this);
     gpioport_request(0);
-    gpioport_irq_func_register(wire::kReverseLine, kBothEdges, &reverseLineMoved, this);
+    gpioport_irq_func_register(wire::kReverseLine, wire::kBothEdges, &reverseLineMoved, this);
     FDB_CONTEXT->start();
     worker_.start();
     client_ = std::make_unique<Client>(*this, std::move(codes));
