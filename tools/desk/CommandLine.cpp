@@ -177,12 +177,15 @@ CommandLine::Option CommandLine::option(const char* usage, std::optional<long>& 
     return Option(add(usage, about, "", take)).check(wholeNumberIn(range));
 }
 
-CommandLine CommandLine::command(const char* name, const char* about, std::function<void()> chosen) {
+CommandLine CommandLine::command(const char* name, const char* about) {
     app_->require_subcommand(0, 1);
     app_->fallthrough();
     CLI::App* const command = app_->add_subcommand(name, about);
-    command->callback(std::move(chosen));
     return CommandLine(app_->get_subcommand_ptr(command));
+}
+
+void CommandLine::whenRead(std::function<void()> call) {
+    app_->callback(std::move(call));
 }
 
 void CommandLine::closeHelpWith(const std::string& text) {

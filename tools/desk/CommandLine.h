@@ -60,8 +60,9 @@ public:
     Option option(const char* usage, std::optional<long>& value, Range range, const char* about);
 
     /// A command of the tool, of which a command line has at most one. The options before may stand behind it, too.
-    /// @param chosen is called when it has been read
-    CommandLine command(const char* name, const char* about, std::function<void()> chosen);
+    CommandLine command(const char* name, const char* about);
+    /// @param call is called when this command has been read
+    void whenRead(std::function<void()> call);
 
     /// What help says at its end, that of commands, too, if they are declared later.
     void closeHelpWith(const std::string& text);

@@ -1,6 +1,9 @@
 #include <algorithm>
 #include <cstdlib>
 #include <iterator>
+#include <memory>
+#include <string>
+#include <vector>
 
 #include "desk/BadInput.h"
 #include "desk/DeskPlatform.h"
@@ -81,14 +84,12 @@ void examineSubscriptions(const std::vector<std::string>& names, std::vector<Fin
     }
 }
 
-}  // namespace
-
-int doctorCommand(const DoctorOptions& options, Output& output) {
+int runDoctor(const std::vector<std::string>& properties, Output& output) {
     std::vector<Finding> findings = examineDesk(wire::kServiceName);
     findings.push_back(examineVariant());
     findings.push_back(examineReverseLine());
     findings.push_back(examineLog());
-    examineSubscriptions(options.properties, findings);
+    examineSubscriptions(properties, findings);
     bool healthy = true;
     for (const Finding& finding : findings) {
         const bool good = finding.state == Finding::Good;
@@ -99,6 +100,14 @@ int doctorCommand(const DoctorOptions& options, Output& output) {
         healthy = healthy && good;
     }
     return healthy ? kDone : kFailed;
+}
+
+}  // namespace
+
+Run declareDoctor(CommandLine& line) {
+    const auto properties = std::make_shared<std::vector<std::string>>();
+    line.option("[PROPERTY]", *properties, "What the application subscribes: is it ever reported?");
+    return [properties](const StopSignals&, Output& output) { return runDoctor(*properties, output); };
 }
 
 }  // namespace qvn::tools

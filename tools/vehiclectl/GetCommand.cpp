@@ -1,9 +1,13 @@
 #include <algorithm>
+#include <memory>
+#include <string>
+#include <vector>
 
 #include "desk/ExitCode.h"
 #include "desk/MonotonicTime.h"
 #include "desk/Number.h"
 #include "vehiclectl/Commands.h"
+#include "vehiclectl/CommonOptions.h"
 #include "vehiclectl/PropertySelection.h"
 #include "vehiclectl/PropertyTable.h"
 #include "vehiclectl/UserErrors.h"
@@ -11,6 +15,12 @@
 
 namespace qvn::tools {
 namespace {
+
+struct GetOptions {
+    std::vector<std::string> properties;
+    double timeout = 2.0;  ///< seconds to wait for the first values
+    bool json = false;
+};
 
 // The CAN service reports time-outs right after the values: get waits that long for them after the last value.
 constexpr double kStatusSeconds = 0.005;
@@ -39,9 +49,7 @@ Awaited awaitValues(VehicleLoop& vehicle, const PropertyTable& table, const Stop
     return what;
 }
 
-}  // namespace
-
-int getCommand(const GetOptions& options, const StopSignals& stop, Output& output) {
+int runGet(const GetOptions& options, const StopSignals& stop, Output& output) {
     const std::vector<const PropertyInfo*> wanted = receivedProperties(options.properties);
     PropertyTable table(wanted);
     VehicleLoop vehicle;
@@ -64,6 +72,16 @@ int getCommand(const GetOptions& options, const StopSignals& stop, Output& outpu
         }
     }
     return result;
+}
+
+}  // namespace
+
+Run declareGet(CommandLine& line) {
+    const auto options = std::make_shared<GetOptions>();
+    line.option("PROPERTY", options->properties, "");
+    addJson(line, options->json);
+    addTimeout(line, options->timeout);
+    return [options](const StopSignals& stop, Output& output) { return runGet(*options, stop, output); };
 }
 
 }  // namespace qvn::tools

@@ -1,9 +1,13 @@
 #include <map>
+#include <memory>
 #include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
 
 #include "desk/ExitCode.h"
 #include "desk/Json.h"
 #include "vehiclectl/Commands.h"
+#include "vehiclectl/CommonOptions.h"
 #include "vehiclectl/Periods.h"
 #include "vehiclectl/PropertySelection.h"
 #include "vehiclectl/PropertyTable.h"
@@ -11,6 +15,12 @@
 
 namespace qvn::tools {
 namespace {
+
+struct HzOptions {
+    std::vector<std::string> properties;  ///< none: all that are received
+    double duration = 1.0;                ///< seconds to look
+    bool json = false;
+};
 
 void print(Output& output, const PropertyInfo& property, const Periods& periods, bool json) {
     if (json) {
@@ -25,9 +35,7 @@ void print(Output& output, const PropertyInfo& property, const Periods& periods,
     }
 }
 
-}  // namespace
-
-int hzCommand(const MeasureOptions& options, const StopSignals& stop, Output& output) {
+int runHz(const HzOptions& options, const StopSignals& stop, Output& output) {
     const std::vector<const PropertyInfo*> wanted = receivedProperties(options.properties);
     PropertyTable table(wanted);
     std::map<int, Periods> periods;
@@ -60,6 +68,16 @@ int hzCommand(const MeasureOptions& options, const StopSignals& stop, Output& ou
         std::fprintf(stderr, "%zu of %zu properties came less than twice in %.1f s\n", silent, wanted.size(), seconds);
     }
     return silent == wanted.size() ? kTimedOut : kDone;
+}
+
+}  // namespace
+
+Run declareHz(CommandLine& line) {
+    const auto options = std::make_shared<HzOptions>();
+    line.option("[PROPERTY]", options->properties, "");
+    addJson(line, options->json);
+    addTimeToLook(line, options->duration);
+    return [options](const StopSignals& stop, Output& output) { return runHz(*options, stop, output); };
 }
 
 }  // namespace qvn::tools

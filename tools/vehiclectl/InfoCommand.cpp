@@ -1,4 +1,7 @@
+#include <memory>
 #include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
 
 #include "desk/ExitCode.h"
 #include "desk/Json.h"
@@ -8,9 +11,15 @@
 #include "desk/SignalNames.h"
 #include "desk/SignalNotes.h"
 #include "vehiclectl/Commands.h"
+#include "vehiclectl/CommonOptions.h"
 
 namespace qvn::tools {
 namespace {
+
+struct InfoOptions {
+    std::vector<std::string> properties;
+    bool json = false;
+};
 
 /// What is known of one signal of a property.
 Json describe(std::uint32_t code) {
@@ -61,9 +70,7 @@ std::string textOf(const Json& value) {
     return text;
 }
 
-}  // namespace
-
-int infoCommand(const InfoOptions& options, Output& output) {
+int runInfo(const InfoOptions& options, Output& output) {
     std::vector<const PropertyInfo*> wanted;
     for (const std::string& name : options.properties) {
         wanted.push_back(&propertyNamed(name));
@@ -91,6 +98,15 @@ int infoCommand(const InfoOptions& options, Output& output) {
         }
     }
     return kDone;
+}
+
+}  // namespace
+
+Run declareInfo(CommandLine& line) {
+    const auto options = std::make_shared<InfoOptions>();
+    line.option("PROPERTY", options->properties, "");
+    addJson(line, options->json);
+    return [options](const StopSignals&, Output& output) { return runInfo(*options, output); };
 }
 
 }  // namespace qvn::tools

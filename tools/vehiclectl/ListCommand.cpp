@@ -1,4 +1,5 @@
 #include <cstdio>
+#include <memory>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
@@ -10,6 +11,7 @@
 #include "desk/SignalNames.h"
 #include "desk/SignalNotes.h"
 #include "vehiclectl/Commands.h"
+#include "vehiclectl/CommonOptions.h"
 
 namespace qvn::tools {
 namespace {
@@ -63,13 +65,19 @@ std::string plainText(const PropertyInfo& property) {
     return columns + signals;
 }
 
-}  // namespace
-
-int listCommand(const ListOptions& options, Output& output) {
+int runList(bool json, Output& output) {
     for (const PropertyInfo& property : properties()) {
-        output.write((options.json ? jsonText(describe(property)) : plainText(property)) + "\n");
+        output.write((json ? jsonText(describe(property)) : plainText(property)) + "\n");
     }
     return kDone;
+}
+
+}  // namespace
+
+Run declareList(CommandLine& line) {
+    const auto json = std::make_shared<bool>(false);
+    addJson(line, *json);
+    return [json](const StopSignals&, Output& output) { return runList(*json, output); };
 }
 
 }  // namespace qvn::tools

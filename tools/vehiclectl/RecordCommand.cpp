@@ -3,8 +3,11 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <memory>
 #include <optional>
+#include <string>
 #include <utility>
+#include <vector>
 
 #include "desk/ExitCode.h"
 #include "desk/MonotonicTime.h"
@@ -13,12 +16,20 @@
 #include "desk/Text.h"
 #include "vehiclectl/BusTap.h"
 #include "vehiclectl/Commands.h"
+#include "vehiclectl/CommonOptions.h"
 #include "vehiclectl/PropertySelection.h"
 #include "vehiclectl/TraceFile.h"
 #include "vehiclectl/UserErrors.h"
 
 namespace qvn::tools {
 namespace {
+
+struct RecordOptions {
+    std::string file;                     ///< "-": standard output
+    std::vector<std::string> properties;  ///< names or patterns; none: all that are received
+    Ends ends;                            ///< counts events
+    bool force = false;                   ///< an existing file is replaced
+};
 
 constexpr std::chrono::milliseconds kProgressInterval(500);
 
@@ -113,7 +124,7 @@ public:
 
     void run(BusTap& tap, const StopSignals& stop) {
         const std::optional<Clock::time_point> end =
-            options_.duration ? std::optional(inSeconds(*options_.duration)) : std::nullopt;
+            options_.ends.duration ? std::optional(inSeconds(*options_.ends.duration)) : std::nullopt;
         const Clock::time_point connected = Clock::now() + kTimeToConnect;
         begin(tap, stop, end ? std::min(*end, connected) : connected);
         while (!complete() && (!end || Clock::now() < *end)) {
@@ -135,7 +146,7 @@ public:
     }
 
 private:
-    bool complete() const { return options_.count && events_ >= *options_.count; }
+    bool complete() const { return options_.ends.count && events_ >= *options_.ends.count; }
     double seconds() const { return static_cast<double>(monotonicNow() - start_) / kNanosecondsPerSecond; }
 
     /// A recording begins with the state of the service: who plays it has one, and what it does not say stays.
@@ -191,9 +202,7 @@ private:
     bool shown_ = false;
 };
 
-}  // namespace
-
-int recordCommand(const RecordOptions& options, const StopSignals& stop, Output& output) {
+int runRecord(const RecordOptions& options, const StopSignals& stop, Output& output) {
     const std::vector<std::uint32_t> codes = codesOf(receivedProperties(options.properties));
     if (!prepareService()) {
         return kFailed;
@@ -205,6 +214,17 @@ int recordCommand(const RecordOptions& options, const StopSignals& stop, Output&
     output.drain();
     recording.printSummary();
     return kDone;
+}
+
+}  // namespace
+
+Run declareRecord(CommandLine& line) {
+    const auto options = std::make_shared<RecordOptions>();
+    line.option("FILE", options->file, "'-' is standard output");
+    line.option("[PROPERTY]", options->properties, "None: all that the vehicle reports");
+    addEnds(line, options->ends, "Events after which to end");
+    line.flag("--force", options->force, "Replace an existing file");
+    return [options](const StopSignals& stop, Output& output) { return runRecord(*options, stop, output); };
 }
 
 }  // namespace qvn::tools

@@ -1,10 +1,12 @@
 #include <chrono>
+#include <memory>
 #include <optional>
 #include <string>
 
 #include "desk/ExitCode.h"
 #include "desk/Number.h"
 #include "vehiclectl/Commands.h"
+#include "vehiclectl/CommonOptions.h"
 #include "vehiclectl/PropertySelection.h"
 #include "vehiclectl/PropertyTable.h"
 #include "vehiclectl/SetGoal.h"
@@ -16,6 +18,13 @@ namespace qvn::tools {
 using namespace platform::vehicle;
 
 namespace {
+
+struct SetOptions {
+    std::string property;
+    std::string value;
+    std::string waitFor;   ///< PROPERTY=VALUE, or empty
+    double timeout = 2.0;  ///< seconds for the service to be there, and again for the wait
+};
 
 // Nothing tells when the bus has sent a set: the process stays that long afterwards.
 constexpr double kDeliverySeconds = 0.1;
@@ -75,9 +84,7 @@ int report(const SetOutcome& outcome, const PropertyInfo& property, const Goal& 
     return kFailed;
 }
 
-}  // namespace
-
-int setCommand(const SetOptions& options, const StopSignals& stop) {
+int runSet(const SetOptions& options, const StopSignals& stop) {
     const PropertyInfo& property = propertyNamed(options.property);
     const std::int32_t value = valueToSet(property, options.value);
     const Goal goal = options.waitFor.empty() ? Goal() : readGoal(options.waitFor);
@@ -106,6 +113,17 @@ int setCommand(const SetOptions& options, const StopSignals& stop) {
         what = vehicle.await(stop, delivered);
     }
     return what == Awaited::Stop ? kFailed : report(*outcome, property, goal, timeout);
+}
+
+}  // namespace
+
+Run declareSet(CommandLine& line) {
+    const auto options = std::make_shared<SetOptions>();
+    line.option("PROPERTY", options->property, "");
+    line.option("VALUE", options->value, "");
+    line.option("--wait-for PROPERTY=VALUE", options->waitFor, "End when this property has this value");
+    addTimeout(line, options->timeout);
+    return [options](const StopSignals& stop, Output&) { return runSet(*options, stop); };
 }
 
 }  // namespace qvn::tools

@@ -1,14 +1,21 @@
+#include <memory>
 #include <nlohmann/json.hpp>
 
 #include "desk/ExitCode.h"
 #include "desk/Json.h"
 #include "vehiclectl/Commands.h"
+#include "vehiclectl/CommonOptions.h"
 #include "vehiclectl/Health.h"
 #include "vehiclectl/PropertySelection.h"
 #include "vehiclectl/VehicleLoop.h"
 
 namespace qvn::tools {
 namespace {
+
+struct StatusOptions {
+    double duration = 1.0;  ///< seconds to look
+    bool json = false;
+};
 
 void print(Output& output, bool up, const Findings& found, bool json) {
     if (json) {
@@ -31,9 +38,7 @@ void print(Output& output, bool up, const Findings& found, bool json) {
                  names.c_str());
 }
 
-}  // namespace
-
-int statusCommand(const MeasureOptions& options, const StopSignals& stop, Output& output) {
+int runStatus(const StatusOptions& options, const StopSignals& stop, Output& output) {
     const std::vector<const PropertyInfo*> all = receivedProperties();
     Health health(all);
     VehicleLoop vehicle;
@@ -47,6 +52,15 @@ int statusCommand(const MeasureOptions& options, const StopSignals& stop, Output
     const bool up = vehicle.isServiceThere();
     print(output, up, health.findings(options.duration), options.json);
     return up ? kDone : kTimedOut;
+}
+
+}  // namespace
+
+Run declareStatus(CommandLine& line) {
+    const auto options = std::make_shared<StatusOptions>();
+    addJson(line, options->json);
+    addTimeToLook(line, options->duration);
+    return [options](const StopSignals& stop, Output& output) { return runStatus(*options, stop, output); };
 }
 
 }  // namespace qvn::tools

@@ -3,10 +3,13 @@
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <set>
+#include <string>
+#include <vector>
 
 #include "desk/ExitCode.h"
 #include "desk/Json.h"
 #include "vehiclectl/Commands.h"
+#include "vehiclectl/CommonOptions.h"
 #include "vehiclectl/PropertySelection.h"
 #include "vehiclectl/PropertyTable.h"
 #include "vehiclectl/UserErrors.h"
@@ -18,6 +21,13 @@ namespace qvn::tools {
 using namespace platform::vehicle;
 
 namespace {
+
+struct WatchOptions {
+    std::vector<std::string> properties;  ///< names or patterns; none: all that are received
+    Ends ends;                            ///< counts changes
+    bool exitOnLoss = false;              ///< end when the CAN service goes
+    bool json = false;
+};
 
 constexpr std::chrono::milliseconds kRedrawInterval(50);
 constexpr std::chrono::milliseconds kAgeInterval(500);
@@ -32,8 +42,8 @@ class Watch {
 public:
     Watch(const WatchOptions& options, Output& output, const std::vector<const PropertyInfo*>& properties)
         : options_(options), output_(output), properties_(properties), table_(properties) {
-        if (options.duration) {
-            end_ = inSeconds(*options.duration);
+        if (options.ends.duration) {
+            end_ = inSeconds(*options.ends.duration);
         }
         if (!options.json && WatchScreen::possible()) {
             screen_ = std::make_unique<WatchScreen>(table_, properties);
@@ -80,7 +90,7 @@ public:
 private:
     bool timeIsOver() const { return end_ && Clock::now() >= *end_; }
 
-    bool hasAll() const { return (options_.count && changes_ >= *options_.count) || timeIsOver(); }
+    bool hasAll() const { return (options_.ends.count && changes_ >= *options_.ends.count) || timeIsOver(); }
 
     bool finished() const { return hasAll() || lost_ || (screen_ && screen_->ended()); }
 
@@ -169,9 +179,7 @@ private:
     VehicleLoop vehicle_;
 };
 
-}  // namespace
-
-int watchCommand(const WatchOptions& options, const StopSignals& stop, Output& output) {
+int runWatch(const WatchOptions& options, const StopSignals& stop, Output& output) {
     Watch watch(options, output, receivedProperties(options.properties));
     if (!watch.start()) {
         return kFailed;
@@ -183,6 +191,17 @@ int watchCommand(const WatchOptions& options, const StopSignals& stop, Output& o
         return kTimedOut;
     }
     return kDone;
+}
+
+}  // namespace
+
+Run declareWatch(CommandLine& line) {
+    const auto options = std::make_shared<WatchOptions>();
+    line.option("[PROPERTY]", options->properties, "");
+    addJson(line, options->json);
+    addEnds(line, options->ends, "Changes after which to end");
+    line.flag("--exit-on-loss", options->exitOnLoss, "End with exit code 3 when the CAN service goes");
+    return [options](const StopSignals& stop, Output& output) { return runWatch(*options, stop, output); };
 }
 
 }  // namespace qvn::tools
