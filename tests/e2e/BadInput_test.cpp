@@ -96,6 +96,7 @@ TEST_F(BadInput, HelpManualPageAndCompletionNameTheSameOptions) {
     const std::pair<std::string, const char*> cases[] = {
         {"vehiclectl wat", "watch"},
         {"vehiclectl --signals x wat", "watch"},
+        {"vehiclectl --wa", ""},  // an option of a command only
         {"vehiclectl watch --exit", "--exit-on-loss"},
         {"vehiclectl get ESP_FD2_VehSpdV", "ESP_FD2_VehSpdVld"},
         {"vehiclectl get HUT6_CarMdlD", ""},
