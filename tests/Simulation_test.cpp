@@ -5,6 +5,7 @@
 #include <random>
 #include <sstream>
 
+#include "can-service-sim/trace/TraceReader.h"
 #include "dbc/Reader.h"
 #include "desk/SignalNames.h"
 #include "desk/Text.h"

@@ -4,6 +4,7 @@
 
 #include <sstream>
 
+#include "can-service-sim/Generator.h"
 #include "can-service-sim/trace/TraceCut.h"
 #include "desk/Number.h"
 #include "desk/PhysicalValue.h"

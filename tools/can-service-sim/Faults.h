@@ -6,7 +6,7 @@
 #include <set>
 #include <string>
 
-#include "can-service-sim/trace/TraceReader.h"
+#include "can-service-sim/trace/TraceEvents.h"
 #include "desk/PollUntil.h"
 
 namespace qvn::tools {

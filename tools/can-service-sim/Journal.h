@@ -6,7 +6,7 @@
 #include <string>
 #include <utility>
 
-#include "can-service-sim/trace/TraceReader.h"
+#include "can-service-sim/trace/TraceEvents.h"
 #include "desk/Json.h"
 
 namespace qvn::tools {

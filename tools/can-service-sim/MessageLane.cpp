@@ -4,6 +4,8 @@
 #include <cmath>
 #include <utility>
 
+#include "can-service-sim/Generator.h"
+
 namespace qvn::tools {
 
 VehicleTime MessageLane::RunningCycle::timeOf(std::uint64_t tickNumber) const {

@@ -10,7 +10,7 @@
 #include "can-service-sim/Faults.h"
 #include "can-service-sim/MessageSupervisor.h"
 #include "can-service-sim/VehicleTime.h"
-#include "can-service-sim/trace/TraceReader.h"
+#include "can-service-sim/trace/TraceEvents.h"
 
 namespace qvn::tools {
 

@@ -12,7 +12,7 @@
 #include "can-service-sim/Journal.h"
 #include "can-service-sim/Simulation.h"
 #include "can-service-sim/can/CanDecoder.h"
-#include "can-service-sim/trace/TraceReader.h"
+#include "can-service-sim/trace/TraceEvents.h"
 
 namespace qvn::tools {
 

@@ -13,7 +13,7 @@
 #include "can-service-sim/MessageLane.h"
 #include "can-service-sim/VehicleTime.h"
 #include "can-service-sim/can/CanDecoder.h"
-#include "can-service-sim/trace/TraceReader.h"
+#include "can-service-sim/trace/TraceEvents.h"
 
 namespace qvn::tools {
 

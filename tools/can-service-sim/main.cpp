@@ -20,6 +20,7 @@
 #include "can-service-sim/panel/Panel.h"
 #include "can-service-sim/panel/PanelOptions.h"
 #include "can-service-sim/trace/TraceCut.h"
+#include "can-service-sim/trace/TraceReader.h"
 #include "desk/BadInput.h"
 #include "desk/CommandLine.h"
 #include "desk/DeskPlatform.h"

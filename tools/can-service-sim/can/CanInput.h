@@ -6,7 +6,7 @@
 
 #include "can-service-sim/Journal.h"
 #include "can-service-sim/can/CanDecoder.h"
-#include "can-service-sim/trace/TraceReader.h"
+#include "can-service-sim/trace/TraceEvents.h"
 #include "desk/CommandLine.h"
 
 namespace qvn::tools {

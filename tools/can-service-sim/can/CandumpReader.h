@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "can-service-sim/can/CanFrame.h"
-#include "can-service-sim/trace/TraceReader.h"
+#include "can-service-sim/trace/TraceEvents.h"
 
 namespace qvn::tools {
 

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "can-service-sim/VehicleTime.h"
-#include "can-service-sim/trace/TraceReader.h"
+#include "can-service-sim/trace/TraceEvents.h"
 
 namespace qvn::tools {
 

@@ -3,7 +3,7 @@
 #include <optional>
 #include <vector>
 
-#include "can-service-sim/trace/TraceReader.h"
+#include "can-service-sim/trace/TraceEvents.h"
 
 namespace qvn::tools {
 

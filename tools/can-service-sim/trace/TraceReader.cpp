@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <optional>
 
+#include "can-service-sim/Generator.h"
 #include "can-service-sim/console/InputLines.h"
 #include "can-service-sim/trace/TraceWords.h"
 #include "desk/BadInput.h"
@@ -153,30 +154,6 @@ std::vector<TraceEvent> readTrace(std::istream& input, const std::string& name,
     });
     std::stable_sort(events.begin(), events.end(), [](const auto& a, const auto& b) { return *a.time < *b.time; });
     return events;
-}
-
-std::optional<std::uint64_t> lastTick(const Cycle& cycle) {
-    return cycle.duration ? std::optional(periodsIn(*cycle.duration, cycle.period) - 1) : std::nullopt;
-}
-
-namespace {
-
-double lasting(const TraceAction& action) {
-    if (const auto* const signal = std::get_if<SignalEvent>(&action)) {
-        return signal->cycle ? signal->cycle->duration.value_or(0.0) : 0.0;
-    }
-    const auto* const generate = std::get_if<GenerateEvent>(&action);
-    return generate ? generate->generator->duration().value_or(0.0) : 0.0;
-}
-
-}  // namespace
-
-double traceEnd(const std::vector<TraceEvent>& events) {
-    double end = 0.0;
-    for (const TraceEvent& event : events) {
-        end = std::max(end, event.time.value_or(0.0) + lasting(event.action));
-    }
-    return end;
 }
 
 }  // namespace qvn::tools
