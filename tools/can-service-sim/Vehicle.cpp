@@ -97,56 +97,64 @@ void Vehicle::runNext() {
 }
 
 void Vehicle::apply(const TraceAction& action, VehicleTime now) {
-    if (const auto* const signal = std::get_if<SignalEvent>(&action)) {
-        onGiven(signal->code, signal->raw);
-        enter(signal->code, now, [&](MessageLane& lane) { lane.put(*signal, now); });
-    } else if (const auto* const generate = std::get_if<GenerateEvent>(&action)) {
-        enter(generate->code, now, [&](MessageLane& lane) { lane.start(*generate, now); });
-    } else if (const auto* const fault = std::get_if<FaultEvent>(&action)) {
-        applyFault(*fault, now);
-    } else if (const auto* const stop = std::get_if<StopEvent>(&action)) {
-        if (!silent_) {
-            observer_.onStop(stop->code);
-        }
-        enter(stop->code, now, [&](MessageLane& lane) { lane.stop(stop->code); });
-    } else if (const auto* const message = std::get_if<MessageEvent>(&action)) {
-        enter(message->code, now, [&](MessageLane& lane) {
-            lane.setByHand(message->timedOut);
-            if (!message->timedOut) {
-                faults_.endSilence(message->code);
-            }
-            onStatus(message->code, message->timedOut);
-        });
-    } else if (const auto* const reverse = std::get_if<ReverseEvent>(&action)) {
-        state_.reverse = reverse->engaged;
-        if (!silent_) {
-            observer_.onReverse(reverse->engaged);
-        }
-    } else if (const auto* const service = std::get_if<ServiceEvent>(&action)) {
-        const bool before = std::exchange(state_.serviceUp, service->up);
-        if (!silent_ && before != service->up) {
-            observer_.onService(service->up);
-        }
-    } else if (const auto* const received = std::get_if<FrameEvent>(&action)) {
-        receive(received->frame, now);
-    }
+    std::visit([&](const auto& event) { happen(event, now); }, action);
 }
 
-void Vehicle::applyFault(const FaultEvent& fault, VehicleTime now) {
-    enter(fault.code, now, [&](MessageLane& lane) {
-        const auto value = state_.values.find(fault.code);
+void Vehicle::happen(const SignalEvent& event, VehicleTime now) {
+    onGiven(event.code, event.raw);
+    enter(event.code, now, [&](MessageLane& lane) { lane.put(event, now); });
+}
+
+void Vehicle::happen(const GenerateEvent& event, VehicleTime now) {
+    enter(event.code, now, [&](MessageLane& lane) { lane.start(event, now); });
+}
+
+void Vehicle::happen(const StopEvent& event, VehicleTime now) {
+    if (!silent_) {
+        observer_.onStop(event.code);
+    }
+    enter(event.code, now, [&](MessageLane& lane) { lane.stop(event.code); });
+}
+
+void Vehicle::happen(const MessageEvent& event, VehicleTime now) {
+    enter(event.code, now, [&](MessageLane& lane) {
+        lane.setByHand(event.timedOut);
+        if (!event.timedOut) {
+            faults_.endSilence(event.code);
+        }
+        onStatus(event.code, event.timedOut);
+    });
+}
+
+void Vehicle::happen(const FaultEvent& event, VehicleTime now) {
+    enter(event.code, now, [&](MessageLane& lane) {
+        const auto value = state_.values.find(event.code);
         const auto raw = value == state_.values.end() ? std::nullopt : std::optional(value->second);
-        if (const std::optional<std::string> shown = faults_.apply(fault, raw)) {
-            lane.receive(fault.code, *shown, now);
+        if (const std::optional<std::string> shown = faults_.apply(event, raw)) {
+            lane.receive(event.code, *shown, now);
         }
     });
     if (!silent_) {
-        observer_.onFault(fault);
+        observer_.onFault(event);
     }
 }
 
-void Vehicle::receive(const CanFrame& frame, VehicleTime now) {
-    const DecodedFrame decoded = decoder_->decode(frame);
+void Vehicle::happen(const ReverseEvent& event, VehicleTime /*now*/) {
+    state_.reverse = event.engaged;
+    if (!silent_) {
+        observer_.onReverse(event.engaged);
+    }
+}
+
+void Vehicle::happen(const ServiceEvent& event, VehicleTime /*now*/) {
+    const bool before = std::exchange(state_.serviceUp, event.up);
+    if (!silent_ && before != event.up) {
+        observer_.onService(event.up);
+    }
+}
+
+void Vehicle::happen(const FrameEvent& event, VehicleTime now) {
+    const DecodedFrame decoded = decoder_->decode(event.frame);
     for (const std::string& complaint : decoded.complaints) {
         observer_.onComplaint(complaint);
     }
@@ -185,19 +193,13 @@ void Vehicle::startAfresh(const std::vector<TraceEvent>& trace) {
         decoder_->forgetValues();
     }
     for (const TraceEvent& event : trace) {
-        if (const auto* const signal = std::get_if<SignalEvent>(&event.action)) {
-            forget(signal->code);
-        } else if (const auto* const generate = std::get_if<GenerateEvent>(&event.action)) {
-            forget(generate->code);
-        } else if (std::holds_alternative<ReverseEvent>(event.action)) {
-            state_.reverse = state_.reverse ? std::optional(false) : std::nullopt;
-        } else if (std::holds_alternative<ServiceEvent>(event.action)) {
-            state_.serviceUp = true;
-        } else if (const auto* const received = std::get_if<FrameEvent>(&event.action)) {
-            for (const std::uint32_t code : decoder_->signalsIn(received->frame)) {
-                forget(code);
-            }
-        }
+        std::visit([this](const auto& about) { reset(about); }, event.action);
+    }
+}
+
+void Vehicle::reset(const FrameEvent& event) {
+    for (const std::uint32_t code : decoder_->signalsIn(event.frame)) {
+        forget(code);
     }
 }
 

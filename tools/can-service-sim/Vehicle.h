@@ -81,9 +81,24 @@ private:
     template <class Action>
     void enter(std::uint32_t code, VehicleTime now, const Action& action);
     void schedule(std::uint32_t key, Lane& lane);
-    void applyFault(const FaultEvent& fault, VehicleTime now);
-    void receive(const CanFrame& frame, VehicleTime now);
+    void happen(const SignalEvent& event, VehicleTime now);
+    void happen(const GenerateEvent& event, VehicleTime now);
+    void happen(const StopEvent& event, VehicleTime now);
+    void happen(const MessageEvent& event, VehicleTime now);
+    void happen(const FaultEvent& event, VehicleTime now);
+    void happen(const ReverseEvent& event, VehicleTime now);
+    void happen(const ServiceEvent& event, VehicleTime now);
+    void happen(const FrameEvent& event, VehicleTime now);
     void startAfresh(const std::vector<TraceEvent>& trace);
+    // What an event of the trace is about is as it was before all; what has no value has ended already.
+    void reset(const SignalEvent& event) { forget(event.code); }
+    void reset(const GenerateEvent& event) { forget(event.code); }
+    void reset(const StopEvent&) {}
+    void reset(const MessageEvent&) {}
+    void reset(const FaultEvent&) {}
+    void reset(const ReverseEvent&) { state_.reverse = state_.reverse ? std::optional(false) : std::nullopt; }
+    void reset(const ServiceEvent&) { state_.serviceUp = true; }
+    void reset(const FrameEvent& event);
     void forget(std::uint32_t signal);
     void tellDifference(const State& told);
 
