@@ -1,43 +1,53 @@
 #include "can-service-sim/Faults.h"
 
 #include <algorithm>
-#include <utility>
 
+#include "can-service-sim/trace/TraceCommands.h"
 #include "desk/Number.h"
 
 namespace qvn::tools {
+namespace {
+
+using Kind = FaultEvent::Kind;
+
+}  // namespace
 
 std::optional<std::string> Faults::apply(const FaultEvent& fault, const std::optional<std::string>& currentValue) {
     switch (fault.kind) {
-        case FaultEvent::Kind::Silence:
-            silent_.insert(fault.code);
-            break;
-        case FaultEvent::Kind::Freeze:
+        case Kind::Silence:
+            present_[{fault.kind, fault.code}] = {};
+            return std::nullopt;
+        case Kind::Freeze:
             if (currentValue) {
-                frozen_.insert({fault.code, {*currentValue, {}}});
+                present_.insert({{fault.kind, fault.code}, {0.0, *currentValue, {}}});
             }
-            break;
-        case FaultEvent::Kind::Thaw:
-            if (const auto frozen = frozen_.find(fault.code); frozen != frozen_.end()) {
-                std::optional<std::string> latest = std::move(frozen->second.latest);
-                frozen_.erase(frozen);
-                return latest;
-            }
-            break;
-        case FaultEvent::Kind::Delay:
+            return std::nullopt;
+        case Kind::Thaw:
+            return thaw(fault.code);
+        case Kind::Delay:
             if (fault.seconds > 0.0) {
-                delays_[fault.code] = fault.seconds;
+                present_[{fault.kind, fault.code}].seconds = fault.seconds;
             } else {
-                delays_.erase(fault.code);
+                present_.erase({fault.kind, fault.code});
             }
-            break;
+            return std::nullopt;
     }
     return std::nullopt;
 }
 
+std::optional<std::string> Faults::thaw(std::uint32_t signal) {
+    const auto frozen = present_.find({Kind::Freeze, signal});
+    if (frozen == present_.end()) {
+        return std::nullopt;
+    }
+    std::optional<std::string> latest = std::move(frozen->second.latest);
+    present_.erase(frozen);
+    return latest;
+}
+
 const std::string& Faults::shown(std::uint32_t signal, const std::string& raw) {
-    const auto frozen = frozen_.find(signal);
-    if (frozen == frozen_.end()) {
+    const auto frozen = present_.find({Kind::Freeze, signal});
+    if (frozen == present_.end()) {
         return raw;
     }
     frozen->second.latest = raw;
@@ -46,37 +56,30 @@ const std::string& Faults::shown(std::uint32_t signal, const std::string& raw) {
 
 std::map<std::uint32_t, std::string> Faults::end() {
     std::map<std::uint32_t, std::string> hidden;
-    for (const auto& [signal, frozen] : frozen_) {
-        if (frozen.latest) {
-            hidden[signal] = *frozen.latest;
+    for (const auto& [what, fault] : present_) {
+        if (fault.latest) {
+            hidden[what.second] = *fault.latest;
         }
     }
-    *this = {};
+    present_.clear();
     return hidden;
 }
 
 std::map<std::uint32_t, std::string> Faults::describe() const {
     std::map<std::uint32_t, std::string> faults;
-    const auto add = [&faults](std::uint32_t code, const std::string& text) {
-        std::string& all = faults[code];
-        all += (all.empty() ? "" : ", ") + text;
-    };
-    for (const std::uint32_t message : silent_) {
-        add(message, "silent");
-    }
-    for (const auto& [signal, frozen] : frozen_) {
-        add(signal, "frozen");
-    }
-    for (const auto& [code, seconds] : delays_) {
-        add(code, "late by " + formatNumber(seconds) + " s");
+    for (const auto& [what, fault] : present_) {
+        const TraceCommand& command = traceCommand(what.first);
+        std::string& all = faults[what.second];
+        all += (all.empty() ? "" : ", ") + std::string(command.state);
+        all += command.takesSeconds() ? " " + formatNumber(fault.seconds) + " s" : "";
     }
     return faults;
 }
 
 double Faults::delayOf(std::uint32_t signal, std::optional<std::uint32_t> message) const {
     const auto seconds = [this](std::uint32_t code) {
-        const auto found = delays_.find(code);
-        return found == delays_.end() ? 0.0 : found->second;
+        const auto found = present_.find({Kind::Delay, code});
+        return found == present_.end() ? 0.0 : found->second.seconds;
     };
     return std::max(seconds(signal), message ? seconds(*message) : 0.0);
 }

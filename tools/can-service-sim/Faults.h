@@ -3,8 +3,8 @@
 #include <cstdint>
 #include <map>
 #include <optional>
-#include <set>
 #include <string>
+#include <utility>
 
 #include "can-service-sim/trace/TraceEvents.h"
 #include "desk/PollUntil.h"
@@ -18,8 +18,10 @@ public:
     std::optional<std::string> apply(const FaultEvent& fault, const std::optional<std::string>& currentValue);
 
     /// A message is received again: it is silent no more.
-    void endSilence(std::uint32_t message) { silent_.erase(message); }
-    bool isSilent(std::optional<std::uint32_t> message) const { return message && silent_.count(*message) != 0; }
+    void endSilence(std::uint32_t message) { present_.erase({FaultEvent::Kind::Silence, message}); }
+    bool isSilent(std::optional<std::uint32_t> message) const {
+        return message && present_.count({FaultEvent::Kind::Silence, *message}) != 0;
+    }
 
     /// The value that a signal shows when it is given this one.
     const std::string& shown(std::uint32_t signal, const std::string& raw);
@@ -34,14 +36,16 @@ public:
     double delayOf(std::uint32_t signal, std::optional<std::uint32_t> message) const;
 
 private:
-    struct Frozen {
+    struct Fault {
+        double seconds = 0.0;
+        // Of a frozen signal:
         std::string shown;
         std::optional<std::string> latest;
     };
 
-    std::set<std::uint32_t> silent_;
-    std::map<std::uint32_t, Frozen> frozen_;
-    std::map<std::uint32_t, double> delays_;  // by signal or message
+    std::optional<std::string> thaw(std::uint32_t signal);
+
+    std::map<std::pair<FaultEvent::Kind, std::uint32_t>, Fault> present_;  // of each signal or message
 };
 
 }  // namespace qvn::tools

@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <nlohmann/json.hpp>
 
+#include "can-service-sim/trace/TraceCommands.h"
 #include "desk/Number.h"
 #include "desk/PhysicalValue.h"
 #include "desk/SignalNames.h"
@@ -41,20 +42,6 @@ void addValue(Json& object, std::uint32_t code, const std::string& raw) {
     }
 }
 
-const char* faultText(FaultEvent::Kind kind) {
-    switch (kind) {
-        case FaultEvent::Kind::Silence:
-            return "falls silent";
-        case FaultEvent::Kind::Freeze:
-            return "freezes";
-        case FaultEvent::Kind::Thaw:
-            return "thaws";
-        case FaultEvent::Kind::Delay:
-            return "is late by";
-    }
-    return "";
-}
-
 }  // namespace
 
 void Journal::service(bool up) const {
@@ -74,15 +61,16 @@ void Journal::reverse(bool engaged) const {
 }
 
 void Journal::fault(const FaultEvent& fault) const {
-    const bool delay = fault.kind == FaultEvent::Kind::Delay;
-    const std::string name = signalName(fault.code) + " " + faultText(fault.kind);
-    tell(Detail::Normal, "fault", name + (delay ? " " + formatNumber(fault.seconds) + " s" : ""), [&](Json& object) {
-        object["of"] = signalName(fault.code);
-        object["fault"] = faultText(fault.kind);
-        if (delay) {
-            object["seconds"] = fault.seconds;
-        }
-    });
+    const TraceCommand& command = traceCommand(fault.kind);
+    const std::string text = signalName(fault.code) + " " + command.sentence;
+    tell(Detail::Normal, "fault", text + (command.takesSeconds() ? " " + formatNumber(fault.seconds) + " s" : ""),
+         [&](Json& object) {
+             object["of"] = signalName(fault.code);
+             object["fault"] = command.sentence;
+             if (command.takesSeconds()) {
+                 object["seconds"] = fault.seconds;
+             }
+         });
 }
 
 void Journal::set(std::size_t set, std::uint32_t code, std::int32_t value, const std::string& raw,

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <optional>
 
+#include "can-service-sim/trace/TraceCommands.h"
 #include "desk/SignalNames.h"
 #include "desk/SignalNotes.h"
 
@@ -33,10 +34,10 @@ Words valuesOf(const std::string& name) {
 }
 
 Words commandsFor(const std::string& name) {
-    if (lookUpCode(NameKind::Message, name)) {
-        return {"delay", "ok", "silence", "timeout"};
-    }
-    return {"delay", "freeze", "stop", "thaw"};
+    const bool isMessage = lookUpCode(NameKind::Message, name).has_value();
+    Words words = commandsOf(isMessage ? TraceCommand::Of::Message : TraceCommand::Of::Signal);
+    std::sort(words.begin(), words.end());
+    return words;
 }
 
 /// What may stand where a word begins.

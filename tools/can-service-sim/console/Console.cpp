@@ -7,6 +7,7 @@
 
 #include "can-service-sim/Journal.h"
 #include "can-service-sim/PlayerLines.h"
+#include "can-service-sim/trace/TraceCommands.h"
 #include "desk/BadInput.h"
 #include "desk/Glob.h"
 #include "desk/Number.h"
@@ -20,15 +21,28 @@
 namespace qvn::tools {
 namespace {
 
-constexpr char kHelp[] =
-    "An event of a trace happens now, or at its time when there is one in front:\n"
-    "  SIGNAL=VALUE [every S [for S]]    SIGNAL#BYTES    SIGNAL!stop|freeze|thaw|delay S\n"
-    "  SIGNAL=ramp A..B for S    sine A..B over S    step A,B,C    random A..B [seed N]\n"
-    "  MESSAGE!timeout|ok|silence|delay S    reverse=1|0    service=up|down\n"
-    "Commands:\n"
-    "  list [PATTERN]    signals and messages       show [PATTERN]    present values\n"
-    "  pause, resume     the trace                  speed X           of the trace\n"
-    "  seek S            to S seconds of the trace  help, quit\n";
+std::string commandsText(TraceCommand::Of of) {
+    std::string text;
+    for (const std::string& command : commandsOf(of, " S")) {
+        text += (text.empty() ? "!" : "|") + command;
+    }
+    return text;
+}
+
+std::string helpText() {
+    return "An event of a trace happens now, or at its time when there is one in front:\n"
+           "  SIGNAL=VALUE [every S [for S]]    SIGNAL#BYTES    SIGNAL" +
+           commandsText(TraceCommand::Of::Signal) +
+           "\n"
+           "  SIGNAL=ramp A..B for S    sine A..B over S    step A,B,C    random A..B [seed N]\n"
+           "  MESSAGE" +
+           commandsText(TraceCommand::Of::Message) +
+           "    reverse=1|0    service=up|down\n"
+           "Commands:\n"
+           "  list [PATTERN]    signals and messages       show [PATTERN]    present values\n"
+           "  pause, resume     the trace                  speed X           of the trace\n"
+           "  seek S            to S seconds of the trace  help, quit\n";
+}
 
 const std::vector<CommandForm> kCommands = {{"help", false}, {"list", true}, {"quit", false}, {"show", true}};
 
@@ -129,7 +143,7 @@ void Console::take(const std::string& line) {
 void Console::run(const Command& command) {
     const std::string pattern = command.argument.empty() ? "*" : command.argument;
     if (command.name == "help") {
-        print(kHelp);
+        print(helpText());
     } else if (command.name == "list") {
         print(listText(pattern));
     } else if (command.name == "show") {

@@ -2,9 +2,11 @@
 
 #include <algorithm>
 #include <optional>
+#include <type_traits>
 
 #include "can-service-sim/Generator.h"
 #include "can-service-sim/console/InputLines.h"
+#include "can-service-sim/trace/TraceCommands.h"
 #include "can-service-sim/trace/TraceWords.h"
 #include "desk/BadInput.h"
 #include "desk/Number.h"
@@ -41,32 +43,26 @@ const tables::DecodingRow& ruleOf(std::uint32_t code) {
     return *row;
 }
 
-std::uint32_t findSignalOrMessage(std::string_view name) {
-    const std::optional<std::uint32_t> message = lookUpCode(NameKind::Message, name);
-    return message ? *message : findCode(NameKind::Received, name);
+std::uint32_t findCodeOf(TraceCommand::Of of, std::string_view name) {
+    const bool isMessage =
+        of == TraceCommand::Of::Message || (of == TraceCommand::Of::Either && lookUpCode(NameKind::Message, name));
+    return findCode(isMessage ? NameKind::Message : NameKind::Received, name);
 }
 
 /// What stands behind a '!'.
 TraceAction readCommand(std::string_view name, std::string_view text, TraceWords& words) {
-    if (text == "stop") {
-        return StopEvent{findCode(NameKind::Received, name)};
+    const TraceCommand* const command = findTraceCommand(text);
+    if (!command) {
+        throw BadInput(quoted(text) + " is not known here; expected " + expectedCommands());
     }
-    if (text == "timeout" || text == "ok") {
-        return MessageEvent{findCode(NameKind::Message, name), text == "timeout"};
-    }
-    if (text == "silence") {
-        return FaultEvent{FaultEvent::Kind::Silence, findCode(NameKind::Message, name)};
-    }
-    if (text == "freeze" || text == "thaw") {
-        const auto kind = text == "freeze" ? FaultEvent::Kind::Freeze : FaultEvent::Kind::Thaw;
-        return FaultEvent{kind, findCode(NameKind::Received, name)};
-    }
-    if (text == "delay") {
-        const std::uint32_t code = findSignalOrMessage(name);
-        return FaultEvent{FaultEvent::Kind::Delay, code, readSeconds(words.next(), 0.0, "a delay in seconds")};
-    }
-    throw BadInput(quoted(text) + " is not known here; expected MESSAGE!timeout, !ok or !silence, SIGNAL!stop, " +
-                   "!freeze or !thaw, or either with !delay SECONDS");
+    const auto read = [&](auto event) -> TraceAction {
+        event.code = findCodeOf(command->of, name);
+        if constexpr (std::is_same_v<decltype(event), FaultEvent>) {
+            event.seconds = command->takesSeconds() ? readSeconds(words.next(), 0.0, command->seconds) : 0.0;
+        }
+        return event;
+    };
+    return std::visit(read, command->event);
 }
 
 std::optional<Cycle> readCycle(TraceWords& words) {
