@@ -5,103 +5,10 @@
 #include <random>
 #include <sstream>
 
-#include "can-service-sim/trace/TraceReader.h"
-#include "dbc/Reader.h"
-#include "desk/SignalNames.h"
-#include "desk/Text.h"
+#include "support/SimulationBench.h"
 
 namespace qvn::tools {
 namespace {
-
-std::vector<TraceEvent> traceOf(const std::string& text) {
-    std::istringstream input(text);
-    return readTrace(input, "a.trace");
-}
-
-const char kDatabase[] =
-    "BO_ 1 A: 2 E\n SG_ Mux M : 0|8@1+ (1,0) [0|0] \"\" X\n SG_ PLG_1_PLG_Sts m1 : 8|8@1+ (1,0) [0|0] \"\" X\n"
-    " SG_ HAP_FD1_APS_ProcBar m2 : 8|8@1+ (1,0) [0|0] \"\" X\nBA_ \"GenMsgCycleTime\" BO_ 1 100;\n";
-
-/// A simulation with a clock by hand, and what it tells: what happens, and what clients then see.
-class Bench : private Vehicle::Observer {
-public:
-    explicit Bench(double speed = 1.0, bool initialValues = true)
-        : decoder_([] {
-              std::istringstream text(kDatabase);
-              return dbc::readDatabase(text, "a.dbc");
-          }()),
-          simulation([this] { return now_; }, speed, *this, initialValues, &decoder_) {
-        for (const auto& [signal, raw] : simulation.vehicle().values()) {
-            seen_[signalName(signal)] = hexBytes(raw);
-        }
-    }
-
-    void start(std::vector<TraceEvent> trace, bool loop = false, std::optional<double> startAt = {}) {
-        Playback::AtEnd atEnd;
-        atEnd.loop = loop;
-        simulation.start(std::move(trace), std::move(atEnd), startAt);
-    }
-
-    void say(const std::string& line) { simulation.apply(readTraceLine(line)->action); }
-
-    /// Lets that many seconds pass.
-    void pass(double seconds) {
-        const Clock::time_point end =
-            now_ + std::chrono::round<Clock::duration>(std::chrono::duration<double>(seconds));
-        for (auto next = simulation.next(); next && *next <= end; next = simulation.next()) {
-            now_ = std::max(now_, *next);
-            simulation.run();
-        }
-        now_ = end;
-        simulation.run();
-    }
-
-    /// What clients were told since the last call, with the seconds of the trace.
-    std::string told() { return std::exchange(told_, {}); }
-    /// What clients see.
-    std::string seen(const std::string& what) const {
-        const auto found = seen_.find(what);
-        return found == seen_.end() ? "-" : found->second;
-    }
-    /// What they see that is not zero.
-    std::string everything() const {
-        std::string all;
-        for (const auto& [what, value] : seen_) {
-            all += value.find_first_not_of('0') == std::string::npos ? "" : what + "=" + value + " ";
-        }
-        return all + std::to_string(seen_.size());
-    }
-
-private:
-    void onGiven(std::uint32_t, const std::string&) override {}
-    void onStop(std::uint32_t) override {}
-    void onFault(const FaultEvent&) override {}
-    void onComplaint(const std::string& text) override { ADD_FAILURE() << text; }
-    void onValue(std::uint32_t signal, const std::string& raw) override { see(signalName(signal), hexBytes(raw)); }
-    void onNoValue(std::uint32_t signal) override { seen_.erase(signalName(signal)); }
-    void onStatus(std::uint32_t message, bool timedOut) override { see(signalName(message), timedOut ? "lost" : "ok"); }
-    void onReverse(bool engaged) override { see("reverse", engaged ? "1" : "0"); }
-    void onService(bool up) override { see("service", up ? "up" : "down"); }
-
-    void see(const std::string& what, const std::string& value) {
-        std::ostringstream line;
-        line << std::round(simulation.playback().position(simulation.time()) * 1e6) / 1e6 << " " << what << "=" << value
-             << "; ";
-        told_ += line.str();
-        seen_[what] = value;
-        if (value == "ok" || value == "down" || (what == "reverse" && value == "0")) {
-            seen_.erase(what);  // as if it had never been otherwise
-        }
-    }
-
-    Clock::time_point now_{};
-    CanDecoder decoder_;
-    std::map<std::string, std::string> seen_;
-    std::string told_;
-
-public:
-    Simulation simulation;
-};
 
 TEST(Simulation, EverythingThatRunsFollowsTheSpeed) {
     Bench bench;

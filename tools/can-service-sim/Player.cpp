@@ -3,10 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "desk/BadInput.h"
 #include "desk/DeskPlatform.h"
-#include "desk/PhysicalValue.h"
-#include "desk/SignalNames.h"
 
 namespace qvn::tools {
 
@@ -15,12 +12,16 @@ Player::Player(EventLoop& loop, const Journal& journal, Options options)
       journal_(journal),
       options_(std::move(options)),
       service_(options_.serviceName, {[this](std::uint32_t code, const std::string& raw) {
-                                          loop_.post([this, code, raw] { onSet(code, raw); });
+                                          loop_.post([this, code, raw] {
+                                              answers_.take(code, raw);
+                                              runLater();
+                                          });
                                       },
                                       [this](std::size_t codes, std::size_t known) {
                                           loop_.post([this, codes, known] { journal_.subscribed(codes, known); });
                                       }}),
-      simulation_(&Clock::now, options_.speed, *this, options_.initialValues, options_.decoder) {
+      simulation_(&Clock::now, options_.speed, *this, options_.initialValues, options_.decoder),
+      answers_(simulation_, journal_, options_.rules) {
     for (const auto& [code, raw] : simulation_.vehicle().values()) {
         service_.presetSignal(code, raw);
     }
@@ -140,34 +141,6 @@ void Player::onService(bool up) {
         service_.goDown();
     }
     journal_.service(up);
-}
-
-void Player::onSet(std::uint32_t code, const std::string& raw) {
-    const tables::SetRow* const row = tables::findSetSignal(code);
-    const std::optional<std::int32_t> value = row ? decodeSet(*row, raw) : std::nullopt;
-    if (!value) {
-        journal_.ignoredSet(code, raw, row ? "it is of the wrong length" : "it cannot be set");
-        return;
-    }
-    run();
-    const AnswerRules answers = matchingRules(options_.rules, code, *value);
-    const std::size_t set = ++sets_;
-    journal_.set(set, code, *value, raw, answers.size());
-    for (const AnswerRule& rule : answers) {
-        simulation_.at(simulation_.time() + vehicleTime(rule.delay), [=, value = *value] { answer(set, rule, value); });
-    }
-    runLater();
-}
-
-void Player::answer(std::size_t set, const AnswerRule& rule, std::int32_t value) {
-    try {
-        const tables::DecodingRow& row = *tables::findDecodingRule(rule.answerCode);
-        const SignalEvent event{rule.answerCode, encodePhysical(row, rule.answerValue.value_or(value)), {}};
-        journal_.answer(set, event.code, event.raw);
-        simulation_.happen(event);
-    } catch (const BadInput& error) {
-        journal_.noAnswer(set, "no answer by " + signalName(rule.answerCode) + ": " + error.what());
-    }
 }
 
 void Player::fail(const std::string& text) {

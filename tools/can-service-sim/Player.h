@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "can-service-sim/AnswerRules.h"
+#include "can-service-sim/Answers.h"
 #include "can-service-sim/CanService.h"
 #include "can-service-sim/EventLoop.h"
 #include "can-service-sim/Faults.h"
@@ -17,7 +18,7 @@
 namespace qvn::tools {
 
 /// Runs a simulation in the event loop: what happens in it goes to the clients, the reverse line and the journal, and
-/// what clients set is answered.
+/// what clients set to the answers.
 class Player : private Vehicle::Observer {
 public:
     struct Options {
@@ -85,8 +86,6 @@ private:
 
     void run();
     void runLater();
-    void onSet(std::uint32_t code, const std::string& raw);
-    void answer(std::size_t set, const AnswerRule& rule, std::int32_t value);
     void fail(const std::string& text);
 
     EventLoop& loop_;
@@ -94,10 +93,10 @@ private:
     Options options_;
     CanService service_;
     Simulation simulation_;
+    Answers answers_;
     VehicleTime start_{0};
     std::optional<EventLoop::Timer> timer_;
     std::optional<bool> reverse_;
-    std::size_t sets_ = 0;
     bool toldOfHardware_ = false;
     bool failed_ = false;
 };
