@@ -6,7 +6,7 @@ qvn_add_test(NAME tools_test
     SOURCES AnswerRules_test.cpp Answers_test.cpp CanDecoder_test.cpp CandumpReader_test.cpp ${can_socket_test} Completion_test.cpp
             Dbc_test.cpp Health_test.cpp MessageSupervisor_test.cpp Output_test.cpp Panel_test.cpp
             PhysicalValue_test.cpp PropertyNames_test.cpp SetGoal_test.cpp SignalNotes_test.cpp Simulation_test.cpp
-            TraceFile_test.cpp TraceReader_test.cpp WatchView_test.cpp
+            TraceCommands_test.cpp TraceFile_test.cpp TraceReader_test.cpp WatchView_test.cpp
     LIBS qvn_can_service_sim qvn_vehiclectl
     LABELS tools)
 

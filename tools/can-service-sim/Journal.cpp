@@ -65,8 +65,12 @@ void Journal::fault(const FaultEvent& fault) const {
     const std::string text = signalName(fault.code) + " " + command.sentence;
     tell(Detail::Normal, "fault", text + (command.takesSeconds() ? " " + formatNumber(fault.seconds) + " s" : ""),
          [&](Json& object) {
-             object["of"] = signalName(fault.code);
-             object["fault"] = command.sentence;
+             // The rest stays in a row, as scripts look for it.
+             object = {{"t", object["t"]},
+                       {"command", command.word},
+                       {"event", "fault"},
+                       {"of", signalName(fault.code)},
+                       {"fault", command.sentence}};
              if (command.takesSeconds()) {
                  object["seconds"] = fault.seconds;
              }
