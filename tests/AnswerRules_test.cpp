@@ -36,15 +36,15 @@ TEST(AnswerRules, ReadsTheForms) {
 TEST(AnswerRules, NamesThePositionOfWhatIsWrong) {
     const std::string form = "; expected SET[=VALUE] -> SIGNAL[=VALUE] [after SECONDS]";
     const std::pair<const char*, std::string> cases[] = {
-        {"HUT6_CarMdlDispCmd -> ", "'HUT6_CarMdlDispCmd -> ' is no rule" + form},
+        {"HUT6_CarMdlDispCmd -> ", "'HUT6_CarMdlDispCmd -> ' is not a rule" + form},
         {"HUT6_CarMdlDispCmd -> HUT6_CarMdlDispCmd", "unknown received signal 'HUT6_CarMdlDispCmd'"},
         {"HUT6_CarMdlDispCmd=256 -> HAP_FD2_CarMdlDispSts",
          "value 256 cannot be set; expected a whole number from 0 to 255"},
         {"HUT6_CarMdlDispCmd -> HAP_FD2_CarMdlDispSts=-1",
          "value -1 does not fit; expected a whole number from 0 to 255"},
         {"HUT6_CarMdlDispCmd -> HAP_FD2_CarMdlDispSts in 3", "'in' is not expected here" + form},
-        {"HUT6_CarMdlDispCmd -> HAP_FD2_CarMdlDispSts after", "'' is no number; expected a delay in seconds"},
-        {"0x01384CD0 -> HAP_FD2_CarMdlDispSts", "'0x01384CD0' is no signal that can be set"},
+        {"HUT6_CarMdlDispCmd -> HAP_FD2_CarMdlDispSts after", "'' is not a number; expected a delay in seconds"},
+        {"0x01384CD0 -> HAP_FD2_CarMdlDispSts", "'0x01384CD0' is not a signal that can be set"},
     };
     for (const auto& [line, error] : cases) {
         EXPECT_EQ(errorOf([&line = line] { rulesOf("\n" + std::string(line)); }), "my.rules:2: " + error);

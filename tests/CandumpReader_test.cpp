@@ -48,12 +48,12 @@ TEST(CandumpReader, NamesThePositionAndTheWordThatIsWrong) {
     const std::string id = " is no CAN id; expected 3 hexadecimal digits up to 7FF, or 8 for an extended one";
     const std::pair<const char*, std::string> cases[] = {
         {"can0 123 [2] 11 22",
-         "'can0' is no time; expected a line as 'candump -l' writes it, such as "
+         "'can0' is not a time; expected a line as 'candump -l' writes it, such as "
          "(1436509052.249713) can0 123#DEADBEEF"},
-        {"(now) can0 123#00", "'now' is no number; expected a time in seconds"},
+        {"(now) can0 123#00", "'now' is not a number; expected a time in seconds"},
         {"(1e300) can0 123#00", "'1e300' is out of range; expected a time in seconds from 0 to 1e+10"},
         {"(9e9) can0 123#00", "this time is more than 1000000 s from another one in the log"},
-        {"(1) can0", "'' is no frame; expected ID#BYTES, ID##FLAGSBYTES of CAN FD, or ID#R"},
+        {"(1) can0", "'' is not a frame; expected ID#BYTES, ID##FLAGSBYTES of CAN FD, or ID#R"},
         {"(1) can0 12#00", "'12'" + id},
         {"(1) can0 8FF#00", "'8FF'" + id},
         {"(1) can0 12G#00", "'12G'" + id},

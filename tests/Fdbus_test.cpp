@@ -388,7 +388,7 @@ TEST_F(FdbusTest, NamesAndFoldersThatCannotBeUsed) {
     };
     Server server(&serverWorker);
     for (const char* const url : {"tcp://elsewhere", "svc://", "svc://../up", "svc://.hidden"}) {
-        complains([&] { server.bind(url); }, "fdbus: '" + std::string(url) + "' is no service address");
+        complains([&] { server.bind(url); }, "fdbus: '" + std::string(url) + "' is not a service address");
     }
     EXPECT_EQ("", logOf([&] { server.bind(kUrl); }));
     complains([&] { Server(&serverWorker, kUrl); }, "cannot offer 'test_service': another server has this name");

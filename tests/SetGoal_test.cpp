@@ -23,7 +23,7 @@ TEST(SetGoal, TakesWholeNumbersOfTheRangeAndNames) {
         {display, "256", "value 256 does not fit HUT6_CarMdlDispCmd; expected a whole number from 0 to 255"},
         {display, "1.5", "value 1.5 does not fit HUT6_CarMdlDispCmd; expected a whole number from 0 to 255"},
         {display, "1e99", "value 1e99 does not fit HUT6_CarMdlDispCmd; expected a whole number from 0 to 255"},
-        {display, "x", "'x' is no number; expected the value to set"},
+        {display, "x", "'x' is not a number; expected the value to set"},
         {shifted, "-500", "-500"},
         {shifted, "65036", "value 65036 does not fit DMS_FD1_HeadPosnX; expected a whole number from -500 to 65035"},
         {propertyNamed("ESP_FD2_VehSpd"), "1", "ESP_FD2_VehSpd is only reported by the vehicle; it cannot be set"},
@@ -40,8 +40,8 @@ TEST(SetGoal, IsOnePropertyAndItsValue) {
         {"ESP_FD2_VehSpd", "'ESP_FD2_VehSpd' is nothing to wait for; expected PROPERTY=VALUE"},
         {"HUT6_CarMdlDispCmd=1", "HUT6_CarMdlDispCmd can only be set; the vehicle never reports it"},
         {"ESP_FD2_*=1", "'ESP_FD2_*=1' means 2 properties; expected one to wait for"},
-        {"DCT5_TGS_LEVER=X", "'X' is no number; expected a value after '=' or one of: P, R"},
-        {"DCT5_TGS_LEVER=", "'' is no number; expected a value after '=' or one of: P, R"},
+        {"DCT5_TGS_LEVER=X", "'X' is not a number; expected a value after '=' or one of: P, R"},
+        {"DCT5_TGS_LEVER=", "'' is not a number; expected a value after '=' or one of: P, R"},
     };
     for (const auto& [text, error] : cases) {
         EXPECT_EQ(errorOf([&text = text] { readGoal(text); }), error);

@@ -26,7 +26,7 @@ TEST(SignalNotes, NameValuesAndUnits) {
     EXPECT_EQ(parseValue(lever, "R", "a value"), 2);
     EXPECT_EQ(parseValue(lever, "3", "a value"), 3);
     EXPECT_EQ(errorOf([&] { parseValue(lever, "X", "a value"); }),
-              "'X' is no number; expected a value or one of: P, R");
+              "'X' is not a number; expected a value or one of: P, R");
 
     add(R"({"DCT5_TGS_LEVER": {"values": {"1": "N", "2": "reverse"}}, "ESP_FD2_VehSpd": {"unit": "mph"},
             "HUT6_CarMdlDispCmd": {"description": "car model", "values": {"1": "on"}}})");
@@ -43,10 +43,10 @@ TEST(SignalNotes, AFileThatIsWrongAddsNothing) {
         {R"({"ESP_FD2_VehSpd": {"range": [0, 1e999]}})", "my.json: is no JSON: error number overflow parsing '1e999'"},
         {"[]", "my.json: expected {\"SIGNAL\""},
         {R"({"ESP_FD2_VehSpeed": {}})", "my.json: ESP_FD2_VehSpeed: unknown signal 'ESP_FD2_VehSpeed'; did you mean"},
-        {R"({"ESP_FD2_VehSpd": 4})", "my.json: ESP_FD2_VehSpd: 4 is no note"},
+        {R"({"ESP_FD2_VehSpd": 4})", "my.json: ESP_FD2_VehSpd: 4 is not a note"},
         {R"({"ESP_FD2_VehSpd": {"units": "mph"}})", "my.json: ESP_FD2_VehSpd: 'units' is not known here"},
         {R"({"ESP_FD2_VehSpd": {"unit": 4}})", "my.json: ESP_FD2_VehSpd: the unit is 4; expected a text"},
-        {R"({"ESP_FD2_VehSpd": {"values": {"one": "A"}}})", "my.json: ESP_FD2_VehSpd: 'one' is no whole number"},
+        {R"({"ESP_FD2_VehSpd": {"values": {"one": "A"}}})", "my.json: ESP_FD2_VehSpd: 'one' is not a whole number"},
         {R"({"ESP_FD2_VehSpd": {"values": {"1": "A B"}}})", "my.json: ESP_FD2_VehSpd: 'A B' cannot name a value"},
         {R"({"ESP_FD2_VehSpd": {"values": {"1": "2nd"}}})", "my.json: ESP_FD2_VehSpd: '2nd' cannot name a value"},
         {R"({"BCM1_TrunkSts": {"unit": "x"}, "ESP_FD2_VehSpd": {"values": {"1": ""}}})", "my.json: ESP_FD2_VehSpd: ''"},

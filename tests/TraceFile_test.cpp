@@ -89,8 +89,8 @@ TEST_F(TraceFileTest, SaysWhatIsNoFile) {
     const struct {
         std::string path, error;
     } cases[] = {{"/nonexistent/a.trace", "cannot write /nonexistent/a.trace: No such file or directory"},
-                 {fifo, fifo + " is no file; '-' writes to standard output"},
-                 {directory.root(), directory.root().string() + " is no file; '-' writes to standard output"},
+                 {fifo, fifo + " is not a file; '-' writes to standard output"},
+                 {directory.root(), directory.root().string() + " is not a file; '-' writes to standard output"},
                  {"/dev/null", "accepted"}};
     for (const auto& [name, error] : cases) {
         EXPECT_EQ(errorOf([&, &file = name] { TraceFile(file, true, "# first\n"); }), error);

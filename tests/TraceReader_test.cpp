@@ -78,11 +78,11 @@ TEST(TraceReader, NamesThePositionAndTheWordThatIsWrong) {
         "or two blanks";
     const std::pair<const char*, std::string> cases[] = {
         {"(0.5 reverse=1", "'(0.5 reverse=1' has no closing ')'; expected a time such as (0.500)"},
-        {"(soon) reverse=1", "'soon' is no number; expected a time in seconds"},
+        {"(soon) reverse=1", "'soon' is not a number; expected a time in seconds"},
         {"(-1) reverse=1", "'-1' is out of range; expected a time in seconds from 0 to 1000000"},
         {"reverse=1", "'reverse=1' has no time; expected one in front, such as (0.500)"},
-        {"(1)", "'' is no event; " + kinds},
-        {"(1) =3", "'=3' is no event; " + kinds},
+        {"(1)", "'' is not an event; " + kinds},
+        {"(1) =3", "'=3' is not an event; " + kinds},
         {"(1) reverse=2", "'2' is not known here; expected 1 or 0"},
         {"(1) service=on", "'on' is not known here; expected up or down"},
         {"(1) BCM1_DrvDoorSts#0", "'0' " + bytes},
@@ -93,9 +93,9 @@ TEST(TraceReader, NamesThePositionAndTheWordThatIsWrong) {
          "'late' is not known here; expected MESSAGE!timeout, !ok or !silence, SIGNAL!stop, !freeze or !thaw, or "
          "either with !delay SECONDS"},
         {"(1) BCM1_DrvDoorSts=256", "value 256 does not fit; expected a whole number from 0 to 255"},
-        {"(1) BCM1_DrvDoorSts=ajar", "'ajar' is no number; expected a physical value or one of: closed, open"},
+        {"(1) BCM1_DrvDoorSts=ajar", "'ajar' is not a number; expected a physical value or one of: closed, open"},
         {"(1) 0x12345678=1", "signal 0x12345678 has no decoding rule; give its raw bytes as 0x12345678#00"},
-        {"(1) ESP_FD2_VehSpd=1 every", "'' is no number; expected a period in seconds"},
+        {"(1) ESP_FD2_VehSpd=1 every", "'' is not a number; expected a period in seconds"},
         {"(1) ESP_FD2_VehSpd=1 every 0", "'0' is out of range; expected a period in seconds from 0.001 to 1000000"},
         {"(1) ESP_FD2_VehSpd=1 evry 0.1", "'evry' " + extra},
         {"(1) reverse=1 every 0.1", "'every' " + extra},
@@ -142,10 +142,10 @@ TEST(Generator, GivesACourseOfValues) {
         {"ESP_FD2_VehSpd=ramp 0..9 for 1 for 2", "'for' is not expected here"},
         {"ESP_FD2_VehSpd=1 for 2", "'for' is not expected here without 'every SECONDS'"},
         {"ESP_FD2_VehSpd=ramp 0..9 over 1", "'over' is not expected here; expected 'for' and the ramp's"},
-        {"ESP_FD2_VehSpd=sine 0 over 1", "'0' is no range; expected FROM..TO"},
+        {"ESP_FD2_VehSpd=sine 0 over 1", "'0' is not a range; expected FROM..TO"},
         {"DCT5_TGS_LEVER=step P,300", "value 300 does not fit; expected a whole number from 0 to 255"},
-        {"DCT5_TGS_LEVER=step P,N", "'N' is no number; expected a physical value or one of: P, R"},
-        {"EPB1!delay soon", "'soon' is no number; expected a delay in seconds"},
+        {"DCT5_TGS_LEVER=step P,N", "'N' is not a number; expected a physical value or one of: P, R"},
+        {"EPB1!delay soon", "'soon' is not a number; expected a delay in seconds"},
         {"EPB1_EPBSts!silence", "unknown message 'EPB1_EPBSts'"},
     };
     for (const auto& [line, error] : mistakes) {

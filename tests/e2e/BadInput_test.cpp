@@ -28,13 +28,13 @@ TEST_F(BadInput, IsToldInOneLine) {
         {"vehiclectl status now", 2, "'now' is not expected here; see 'vehiclectl status --help'"},
         {"vehiclectl watch --duration", 2, "--duration needs a value; see 'vehiclectl watch --help'"},
         {"vehiclectl watch --count 1.5", 2,
-         "--count: '1.5' is no whole number; expected a whole number from 1 to 1000000000; see 'vehiclectl watch "
+         "--count: '1.5' is not a whole number; expected a whole number from 1 to 1000000000; see 'vehiclectl watch "
          "--help'"},
         {"vehiclectl watch 'HAP_FD33*'", 2,
          "no property that the vehicle reports matches 'HAP_FD33*'; 'vehiclectl list' shows them all"},
         {"can-service-sim a.trace", 2, "'a.trace' is not expected here; a trace is played by --play a.trace"},
         {"can-service-sim --speed 0x10", 2,
-         "--speed: '0x10' is no decimal number; expected a number from 0.001 to 1000; see 'can-service-sim --help'"},
+         "--speed: '0x10' is not a decimal number; expected a number from 0.001 to 1000; see 'can-service-sim --help'"},
         {"vehiclectl get VehSpd", 2, "unknown property 'VehSpd'; did you mean ESP_FD2_VehSpd or ESP_FD2_VehSpdVld?"},
         {"vehiclectl watch 0x12345678", 2,
          "no property has the identifier 0x12345678; 'vehiclectl list' shows them all"},
@@ -42,17 +42,17 @@ TEST_F(BadInput, IsToldInOneLine) {
         {"vehiclectl set ESP_FD2_VehSpd 1", 2, "ESP_FD2_VehSpd is only reported by the vehicle; it cannot be set"},
         {"vehiclectl set HUT6_CarMdlDispCmd 300", 2,
          "value 300 does not fit HUT6_CarMdlDispCmd; expected a whole number from 0 to 255"},
-        {"vehiclectl set HUT6_CarMdlDispCmd on", 2, "'on' is no number; expected the value to set"},
+        {"vehiclectl set HUT6_CarMdlDispCmd on", 2, "'on' is not a number; expected the value to set"},
         {"vehiclectl set HUT6_CarMdlDispCmd 1 --wait-for ESP_FD2_VehSpd", 2,
          "'ESP_FD2_VehSpd' is nothing to wait for; expected PROPERTY=VALUE"},
         {"vehiclectl get ESP_FD2_VehSpd --timeout 0.1", 3,
          "no value of ESP_FD2_VehSpd within 0.1 s; is the CAN service running?"},
         {"vehiclectl set HUT6_CarMdlDispCmd 1 --timeout 0.1", 3,
          "the CAN service did not appear within 0.1 s; nothing was set"},
-        {"can-service-sim --play " + trace, 2, trace + ":3: 'fast' is no number; expected a physical value"},
+        {"can-service-sim --play " + trace, 2, trace + ":3: 'fast' is not a number; expected a physical value"},
         {"can-service-sim --play /nonexistent.trace", 2, "cannot open /nonexistent.trace"},
         {"can-service-sim --rules " + rules, 2,
-         rules + ":1: 'HUT6_CarMdlDispCmd => HAP_FD2_CarMdlDispSts' is no rule; " +
+         rules + ":1: 'HUT6_CarMdlDispCmd => HAP_FD2_CarMdlDispSts' is not a rule; " +
              "expected SET[=VALUE] -> SIGNAL[=VALUE] [after SECONDS]"},
         {"can-service-sim --loop --play " + still, 2, still + " is over at once; --loop needs a trace that takes time"},
     };

@@ -249,7 +249,7 @@ TEST_F(PanelInBrowser, PlaysPausesAndMovesInATrace) {
     EXPECT_EQ(browser->takeErrors(), "");
     browser->enter("#line input", "speed fast");
     browser->click("#line button");
-    EXPECT_TRUE(browser->waitFor(textOf("#toast:not([hidden])") + ".startsWith(\"'fast' is no number\")"));
+    EXPECT_TRUE(browser->waitFor(textOf("#toast:not([hidden])") + ".startsWith(\"'fast' is not a number\")"));
     EXPECT_NE(browser->takeErrors().find("400 (Bad Request)"), std::string::npos);
     EXPECT_EQ(browser->evaluate(has("#line input") + ".value"), "speed fast") << "to be mended";
     browser->enter("#line input", "speed 2");

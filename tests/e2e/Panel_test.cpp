@@ -107,9 +107,9 @@ TEST_F(PanelOverHttp, TellsWhatIsWrongWithALine) {
         {"BCM1_Door=1", "400 unknown received signal 'BCM1_Door'"},
         {"reverse=1\nreverse=0", "400 several lines came at once; expected one\n"},
         {"pause", "400 there is no trace to pause; start with --play FILE\n"},
-        {"speed", "400 '' is no number; expected a speed\n"},
-        {"quit", "400 'quit' is no event"},
-        {std::string("BCM1_DrvDoorSts=1\0", 18), "400 '1?' is no number; expected a physical value"},
+        {"speed", "400 '' is not a number; expected a speed\n"},
+        {"quit", "400 'quit' is not an event"},
+        {std::string("BCM1_DrvDoorSts=1\0", 18), "400 '1?' is not a number; expected a physical value"},
         {std::string(5000, 'x'), "413 the request is too long\n"},
     };
     for (const auto& [line, answer] : cases) {
@@ -249,7 +249,8 @@ TEST_F(Panel, SaysWhereItIsAndWhyNot) {
     for (const std::string port : {"70000", "65536", "-1", "0x10", "8480x"}) {
         const auto wrong = desk.run("can-service-sim --panel=" + port);
         EXPECT_EQ(wrong.exitCode, 2) << port;
-        EXPECT_NE(wrong.errors.find("'" + port + "' is no port; expected a number from 0 to 65535"), std::string::npos)
+        EXPECT_NE(wrong.errors.find("'" + port + "' is not a port; expected a number from 0 to 65535"),
+                  std::string::npos)
             << wrong.errors;
     }
     const auto open = desk.simulator("--name third --panel 0 --panel-address 0.0.0.0");

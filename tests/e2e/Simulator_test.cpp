@@ -188,7 +188,7 @@ TEST_F(Simulator, CommandsAreTakenFromAScript) {
     ASSERT_TRUE(script->waitForOutput("DCT5_TGS_LEVER                           0 P\n"));
     script->write("speed fast\n");
     EXPECT_EQ(script->wait(), 2);
-    EXPECT_NE(script->errors().find("stdin:9: 'fast' is no number"), std::string::npos) << script->errors();
+    EXPECT_NE(script->errors().find("stdin:9: 'fast' is not a number"), std::string::npos) << script->errors();
 }
 
 TEST_F(Simulator, ReverseBeforeTheServiceReachesAnApplication) {

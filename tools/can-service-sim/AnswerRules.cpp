@@ -48,13 +48,13 @@ AnswerRule readRule(const std::string& line) {
     std::string answer;
     words >> set >> arrow >> answer;
     if (arrow != "->" || answer.empty()) {
-        throw BadInput(quoted(line) + " is no rule; " + kForm);
+        throw BadInput(quoted(line) + " is not a rule; " + kForm);
     }
     AnswerRule rule;
     const NameAndValue trigger = split(set);
     rule.setCode = findCode(NameKind::Settable, trigger.name);
     if (!tables::findSetSignal(rule.setCode)) {
-        throw BadInput(quoted(trigger.name) + " is no signal that can be set");
+        throw BadInput(quoted(trigger.name) + " is not a signal that can be set");
     }
     if (trigger.value) {
         rule.setValue = checkedSetValue(rule.setCode, *trigger.value);
@@ -63,7 +63,7 @@ AnswerRule readRule(const std::string& line) {
     rule.answerCode = findCode(NameKind::Received, target.name);
     const tables::DecodingRow* const row = tables::findDecodingRule(rule.answerCode);
     if (!row) {
-        throw BadInput(quoted(target.name) + " is no signal that a client receives");
+        throw BadInput(quoted(target.name) + " is not a signal that a client receives");
     }
     rule.answerValue = target.value;
     if (rule.answerValue) {

@@ -38,7 +38,7 @@ std::vector<double> readValues(std::string_view text, std::string_view separator
 std::vector<double> readRange(std::string_view text, std::uint32_t code) {
     const std::vector<double> range = readValues(text, "..", code);
     if (range.size() != 2) {
-        throw BadInput(tools::quoted(text) + " is no range; expected FROM..TO");
+        throw BadInput(tools::quoted(text) + " is not a range; expected FROM..TO");
     }
     return range;
 }

@@ -74,7 +74,7 @@ std::string complaint(const CLI::App& app, const CLI::App& command, const CLI::P
 std::string checkNumber(const std::string& text, CommandLine::Range range, const std::string& what) {
     try {
         if (parseHex(text)) {
-            return tools::quoted(text) + " is no decimal number; expected " + what;
+            return tools::quoted(text) + " is not a decimal number; expected " + what;
         }
         // CLI11's own check lets a NaN pass, which is neither below nor above a limit.
         const double number = parseNumber(text, what);
@@ -96,7 +96,8 @@ std::function<std::string(const std::string&)> wholeNumberIn(CommandLine::Range 
     return [range, what](const std::string& text) {
         const std::string complaint = checkNumber(text, range, what);
         const bool whole = text.find_first_not_of("0123456789") == std::string::npos;
-        return complaint.empty() && !whole ? tools::quoted(text) + " is no whole number; expected " + what : complaint;
+        return complaint.empty() && !whole ? tools::quoted(text) + " is not a whole number; expected " + what
+                                           : complaint;
     };
 }
 

@@ -17,7 +17,7 @@ Json jsonNumber(const std::string& digits) {
 
 namespace {
 
-// What nests deeper is no file of ours, and would be taken apart by one call within another.
+// What nests deeper is not a file of ours, and would be taken apart by one call within another.
 constexpr int kDeepest = 100;
 
 }  // namespace

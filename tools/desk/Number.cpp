@@ -17,7 +17,7 @@ double parseNumber(std::string_view text, std::string_view what) {
     double number = 0.0;
     const auto result = std::from_chars(text.data(), end, number);
     if (result.ec != std::errc() || result.ptr != end || !std::isfinite(number)) {
-        throw BadInput(quoted(text) + " is no number; expected " + std::string(what));
+        throw BadInput(quoted(text) + " is not a number; expected " + std::string(what));
     }
     return number;
 }

@@ -40,7 +40,7 @@ std::int32_t numberOf(const std::string& text) {
     }
     if (used == 0 || used != text.size()) {
         throw BadInput(tools::quoted(text) +
-                       " is no whole number; expected one, in quotes, with the name of the value");
+                       " is not a whole number; expected one, in quotes, with the name of the value");
     }
     return number;
 }
@@ -70,7 +70,7 @@ SignalNote::Range rangeOf(const Json& value) {
 SignalNote readNote(const Json& object) {
     if (!object.is_object()) {
         throw BadInput(jsonText(object) +
-                       R"( is no note; expected {"description": ..., "unit": ..., "values": {...}})");
+                       R"( is not a note; expected {"description": ..., "unit": ..., "values": {...}})");
     }
     SignalNote note;
     for (const auto& [key, value] : object.items()) {

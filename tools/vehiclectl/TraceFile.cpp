@@ -56,7 +56,7 @@ int openTrace(const std::string& path, bool replace, std::string& made) {
         return openBeside(linkedPath(path), there.st_mode & ALLPERMS, made);
     }
     if (!S_ISCHR(there.st_mode)) {
-        throw BadInput(path + " is no file; '-' writes to standard output");
+        throw BadInput(path + " is not a file; '-' writes to standard output");
     }
     return openFile(path, 0);
 }

@@ -29,7 +29,7 @@ std::string_view takeWord(std::string_view& line) {
 
 double readTime(std::string_view word) {
     if (word.size() < 2 || word.front() != '(' || word.back() != ')') {
-        throw BadInput(quoted(word) + " is no time; expected a line as 'candump -l' writes it, such as " +
+        throw BadInput(quoted(word) + " is not a time; expected a line as 'candump -l' writes it, such as " +
                        "(1436509052.249713) can0 123#DEADBEEF");
     }
     const std::string_view text = word.substr(1, word.size() - 2);
@@ -56,7 +56,7 @@ std::uint32_t readId(std::string_view text) {
 std::optional<CanFrame> readFrame(std::string_view word) {
     const std::size_t mark = word.find('#');
     if (mark == std::string_view::npos) {
-        throw BadInput(quoted(word) + " is no frame; expected ID#BYTES, ID##FLAGSBYTES of CAN FD, or ID#R");
+        throw BadInput(quoted(word) + " is not a frame; expected ID#BYTES, ID##FLAGSBYTES of CAN FD, or ID#R");
     }
     CanFrame frame;
     frame.id = readId(word.substr(0, mark));

@@ -18,7 +18,7 @@ std::string checkPort(const std::string& text) {
     if (text.empty() || (digits && std::stoi(text) <= kLargestPort)) {
         return "";
     }
-    return tools::quoted(text) + " is no port; expected a number from 0 to " + std::to_string(kLargestPort) +
+    return tools::quoted(text) + " is not a port; expected a number from 0 to " + std::to_string(kLargestPort) +
            ", where 0 takes a free one" + (text == "-" ? ", or '-' before --panel" : "");
 }
 

@@ -86,7 +86,7 @@ TraceAction readAction(TraceWords& words) {
     const std::string_view event = words.next();
     const std::size_t mark = event.find_first_of("#=!");
     if (mark == std::string_view::npos || mark == 0) {
-        throw BadInput(quoted(event) + " is no event; expected SIGNAL#BYTES, SIGNAL=VALUE, SIGNAL!stop, " +
+        throw BadInput(quoted(event) + " is not an event; expected SIGNAL#BYTES, SIGNAL=VALUE, SIGNAL!stop, " +
                        "MESSAGE!timeout, MESSAGE!ok, reverse=1|0 or service=up|down");
     }
     const std::string_view name = event.substr(0, mark);

@@ -45,7 +45,7 @@ std::string serviceName(const char* url, const std::string& fallback) {
         name = std::strncmp(url, kScheme, sizeof(kScheme) - 1) == 0 ? url + sizeof(kScheme) - 1 : "";
     }
     if (name.empty() || name[0] == '.' || name.find('/') != std::string::npos) {
-        lgklog_print(qvn::host::kLogFatal, "fdbus: '%s' is no service address; expected svc://NAME",
+        lgklog_print(qvn::host::kLogFatal, "fdbus: '%s' is not a service address; expected svc://NAME",
                      url ? url : fallback.c_str());
         return "";
     }
