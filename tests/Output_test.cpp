@@ -21,23 +21,23 @@ namespace {
 class OutputTest : public testing::Test {
 protected:
     OutputTest() {
-        EXPECT_EQ(pipe(ends_), 0);
+        EXPECT_EQ(pipe(mEnds), 0);
         std::fflush(stdout);
-        dup2(ends_[1], STDOUT_FILENO);
-        close(ends_[1]);
+        dup2(mEnds[1], STDOUT_FILENO);
+        close(mEnds[1]);
     }
     ~OutputTest() override {
         restore();
-        close(usual_);
-        close(ends_[0]);
+        close(mUsual);
+        close(mEnds[0]);
     }
     /// Before the test says anything itself.
-    void restore() const { dup2(usual_, STDOUT_FILENO); }
+    void restore() const { dup2(mUsual, STDOUT_FILENO); }
     /// What waits in the pipe at this moment.
     std::string take() const {
         std::string text(1 << 20, 0);
-        fcntl(ends_[0], F_SETFL, O_NONBLOCK);
-        text.resize(static_cast<std::size_t>(std::max<ssize_t>(::read(ends_[0], &text[0], text.size()), 0)));
+        fcntl(mEnds[0], F_SETFL, O_NONBLOCK);
+        text.resize(static_cast<std::size_t>(std::max<ssize_t>(::read(mEnds[0], &text[0], text.size()), 0)));
         return text;
     }
     /// The same, and what is written meanwhile.
@@ -52,8 +52,8 @@ protected:
     StopSignals stop;
 
 private:
-    int ends_[2] = {};
-    const int usual_ = dup(STDOUT_FILENO);
+    int mEnds[2] = {};
+    const int mUsual = dup(STDOUT_FILENO);
 };
 
 TEST_F(OutputTest, CountsWhatAStoppedReaderDoesNotGetAndCutsNoLine) {

@@ -32,14 +32,14 @@ class FileSizeLimit {
 public:
     explicit FileSizeLimit(rlim_t bytes) {
         std::signal(SIGXFSZ, SIG_IGN);
-        getrlimit(RLIMIT_FSIZE, &usual_);
-        const rlimit limit{bytes, usual_.rlim_max};
+        getrlimit(RLIMIT_FSIZE, &mUsual);
+        const rlimit limit{bytes, mUsual.rlim_max};
         setrlimit(RLIMIT_FSIZE, &limit);
     }
-    ~FileSizeLimit() { setrlimit(RLIMIT_FSIZE, &usual_); }
+    ~FileSizeLimit() { setrlimit(RLIMIT_FSIZE, &mUsual); }
 
 private:
-    rlimit usual_{};
+    rlimit mUsual{};
 };
 
 TEST_F(TraceFileTest, EndsWithAWholeLineWhenItIsFull) {

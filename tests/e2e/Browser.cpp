@@ -44,17 +44,17 @@ bool Browser::isInstalled() {
 
 Browser::Browser(const Desk& desk) {
     const std::string sandbox = geteuid() == 0 ? " --no-sandbox" : "";
-    process_ = desk.start(kCommand + desk.directory() + "/browser" + sandbox + kStreams);
+    mProcess = desk.start(kCommand + desk.directory() + "/browser" + sandbox + kStreams);
 }
 
 void Browser::open(const std::string& url) {
-    const std::string before = std::exchange(target_, "");
-    session_.clear();
-    target_ = call("Target.createTarget", {{"url", "about:blank"}})["targetId"];
+    const std::string before = std::exchange(mTarget, "");
+    mSession.clear();
+    mTarget = call("Target.createTarget", {{"url", "about:blank"}})["targetId"];
     if (!before.empty()) {
         call("Target.closeTarget", {{"targetId", before}});
     }
-    session_ = call("Target.attachToTarget", {{"targetId", target_}, {"flatten", true}})["sessionId"];
+    mSession = call("Target.attachToTarget", {{"targetId", mTarget}, {"flatten", true}})["sessionId"];
     call("Runtime.enable");
     call("Log.enable");
     resize(1500, 1000);
@@ -105,7 +105,7 @@ void Browser::enter(const std::string& selector, const std::string& value) {
 
 std::string Browser::takeErrors() {
     evaluate("0");  // what it has told before is read with the answer
-    return std::exchange(errors_, "");
+    return std::exchange(mErrors, "");
 }
 
 void Browser::resize(int width, int height) {
@@ -127,37 +127,37 @@ void Browser::note(const json& event) {
     const json parameters = event.value("params", json());
     if (method == "Runtime.exceptionThrown") {
         const json& details = parameters["exceptionDetails"];
-        errors_ += details.value("exception", details).value("description", details.dump()) + "\n";
+        mErrors += details.value("exception", details).value("description", details.dump()) + "\n";
     } else if (method == "Log.entryAdded" && parameters["entry"]["level"] == "error") {
-        errors_ += parameters["entry"].value("text", "") + " " + parameters["entry"].value("url", "") + "\n";
+        mErrors += parameters["entry"].value("text", "") + " " + parameters["entry"].value("url", "") + "\n";
     } else if (method == "Runtime.consoleAPICalled" && parameters["type"] == "error") {
-        errors_ += parameters["args"].dump() + "\n";
+        mErrors += parameters["args"].dump() + "\n";
     }
 }
 
 /// Messages end with a zero.
 json Browser::call(const std::string& method, json parameters) {
-    json request = {{"id", ++calls_}, {"method", method}, {"params", std::move(parameters)}};
-    if (!session_.empty()) {
-        request["sessionId"] = session_;
+    json request = {{"id", ++mCalls}, {"method", method}, {"params", std::move(parameters)}};
+    if (!mSession.empty()) {
+        request["sessionId"] = mSession;
     }
-    process_->write(request.dump() + '\0');
+    mProcess->write(request.dump() + '\0');
     std::optional<json> answer;
-    process_->waitForOutput([&](const std::string& output) {
-        for (std::size_t end = 0; !answer && (end = output.find('\0', taken_)) != std::string::npos;) {
-            json message = json::parse(output.begin() + static_cast<std::ptrdiff_t>(taken_),
+    mProcess->waitForOutput([&](const std::string& output) {
+        for (std::size_t end = 0; !answer && (end = output.find('\0', mTaken)) != std::string::npos;) {
+            json message = json::parse(output.begin() + static_cast<std::ptrdiff_t>(mTaken),
                                        output.begin() + static_cast<std::ptrdiff_t>(end));
-            taken_ = end + 1;
-            if (message.value("id", 0) == calls_) {
+            mTaken = end + 1;
+            if (message.value("id", 0) == mCalls) {
                 answer = std::move(message);
-            } else if (message.value("sessionId", "") == session_) {
+            } else if (message.value("sessionId", "") == mSession) {
                 note(message);  // pages before are none of the present one's
             }
         }
         return answer.has_value();
     });
     if (!answer || !answer->contains("result")) {
-        throw std::runtime_error(method + ": " + (answer ? answer->dump() : "no answer; " + process_->errors()));
+        throw std::runtime_error(method + ": " + (answer ? answer->dump() : "no answer; " + mProcess->errors()));
     }
     return (*answer)["result"];
 }

@@ -43,12 +43,12 @@ private:
     nlohmann::json call(const std::string& method, nlohmann::json parameters = nlohmann::json::object());
     void note(const nlohmann::json& event);
 
-    std::unique_ptr<Process> process_;
-    std::string target_;
-    std::string session_;
-    std::string errors_;
-    std::size_t taken_ = 0;  // bytes of the browser's output
-    int calls_ = 0;
+    std::unique_ptr<Process> mProcess;
+    std::string mTarget;
+    std::string mSession;
+    std::string mErrors;
+    std::size_t mTaken = 0;  // bytes of the browser's output
+    int mCalls = 0;
 };
 
 }  // namespace qvn::e2e

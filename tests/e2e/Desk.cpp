@@ -9,24 +9,24 @@
 namespace qvn::e2e {
 
 Desk::Desk() {
-    directory_ = (std::filesystem::temp_directory_path() / "qvn-e2e-XXXXXX").string();
-    if (!mkdtemp(directory_.data())) {
+    mDirectory = (std::filesystem::temp_directory_path() / "qvn-e2e-XXXXXX").string();
+    if (!mkdtemp(mDirectory.data())) {
         throw std::runtime_error("mkdtemp");
     }
 }
 
 Desk::~Desk() {
-    std::filesystem::remove_all(directory_);
+    std::filesystem::remove_all(mDirectory);
 }
 
 std::string Desk::file(const std::string& name, const std::string& content) const {
-    const std::string path = directory_ + "/" + name;
+    const std::string path = mDirectory + "/" + name;
     std::ofstream(path) << content;
     return path;
 }
 
 std::unique_ptr<Process> Desk::start(const std::string& command, Process::Environment variables) const {
-    variables.insert({"QVN_HOST_DIR", directory_});
+    variables.insert({"QVN_HOST_DIR", mDirectory});
     return std::make_unique<Process>("exec " + command, variables);
 }
 

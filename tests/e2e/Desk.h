@@ -18,7 +18,7 @@ public:
     Desk(const Desk&) = delete;
     Desk& operator=(const Desk&) = delete;
 
-    const std::string& directory() const { return directory_; }
+    const std::string& directory() const { return mDirectory; }
     /// Writes a file beside the runtime directory's own ones and returns its path.
     std::string file(const std::string& name, const std::string& content) const;
 
@@ -39,7 +39,7 @@ public:
     Result run(const std::string& command, Process::Environment variables = {}) const;
 
 private:
-    std::string directory_;
+    std::string mDirectory;
 };
 
 /// A test of the tools: TEST_F(Suite, ...) with `using Suite = DeskTest`.

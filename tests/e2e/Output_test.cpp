@@ -20,19 +20,19 @@ using Output = DeskTest;
 /// A reader of standard output that has stopped, until it is asked to read.
 class StoppedReader {
 public:
-    explicit StoppedReader(std::string path) : path_(std::move(path)) {
-        mkfifo(path_.c_str(), 0600);
-        fd_ = open(path_.c_str(), O_RDWR | O_CLOEXEC | O_NONBLOCK);
+    explicit StoppedReader(std::string path) : mPath(std::move(path)) {
+        mkfifo(mPath.c_str(), 0600);
+        mFd = open(mPath.c_str(), O_RDWR | O_CLOEXEC | O_NONBLOCK);
     }
-    ~StoppedReader() { close(fd_); }
+    ~StoppedReader() { close(mFd); }
     StoppedReader(const StoppedReader&) = delete;
     StoppedReader& operator=(const StoppedReader&) = delete;
 
-    const std::string& path() const { return path_; }
+    const std::string& path() const { return mPath; }
 
     bool isFull() const {
         for (int attempt = 0; attempt < kDeadlineSeconds * 100; ++attempt) {
-            pollfd writable{fd_, POLLOUT, 0};
+            pollfd writable{mFd, POLLOUT, 0};
             if (poll(&writable, 1, 0) == 0) {
                 return true;
             }
@@ -45,16 +45,16 @@ public:
     std::string readUntil(const std::string& text) const {
         std::string all;
         char buffer[4096];
-        pollfd readable{fd_, POLLIN, 0};
+        pollfd readable{mFd, POLLIN, 0};
         while (all.find(text) == std::string::npos && poll(&readable, 1, kDeadlineSeconds * 1000) > 0) {
-            all.append(buffer, static_cast<std::size_t>(std::max<ssize_t>(read(fd_, buffer, sizeof buffer), 0)));
+            all.append(buffer, static_cast<std::size_t>(std::max<ssize_t>(read(mFd, buffer, sizeof buffer), 0)));
         }
         return all;
     }
 
 private:
-    std::string path_;
-    int fd_ = -1;
+    std::string mPath;
+    int mFd = -1;
 };
 
 TEST_F(Output, AReaderThatStopsHoldsUpNeitherClientsNorTheEnd) {

@@ -75,55 +75,55 @@ Process::Process(const std::string& command, const Environment& variables) {
     posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETPGROUP);
     std::vector<std::string> arguments{"sh", "-c", command};
     std::vector<std::string> environment = environmentWith(variables);
-    posix_spawn(&pid_, "/bin/sh", &actions, &attributes, pointers(arguments).data(), pointers(environment).data());
+    posix_spawn(&mPid, "/bin/sh", &actions, &attributes, pointers(arguments).data(), pointers(environment).data());
     posix_spawnattr_destroy(&attributes);
     posix_spawn_file_actions_destroy(&actions);
     for (const int ofTheChild : streams) {
         close(ofTheChild);
     }
-    input_ = in.ends[1];
-    for (const int ours : {input_, out.ends[0], err.ends[0]}) {
+    mInput = in.ends[1];
+    for (const int ours : {mInput, out.ends[0], err.ends[0]}) {
         fcntl(ours, F_SETFL, O_NONBLOCK);
     }
-    const int end = checked(static_cast<int>(syscall(SYS_pidfd_open, pid_, 0)), "cannot start a program");
-    collector_ = std::thread([=] { collect(out.ends[0], err.ends[0], end); });
+    const int end = checked(static_cast<int>(syscall(SYS_pidfd_open, mPid, 0)), "cannot start a program");
+    mCollector = std::thread([=] { collect(out.ends[0], err.ends[0], end); });
 }
 
 Process::~Process() {
-    kill(-pid_, SIGKILL);
-    collector_.join();
-    waitpid(pid_, nullptr, 0);
+    kill(-mPid, SIGKILL);
+    mCollector.join();
+    waitpid(mPid, nullptr, 0);
     closeInput();
 }
 
 void Process::write(const std::string& text) const {
     for (std::size_t done = 0; done < text.size();) {
-        pollfd writable{input_, POLLOUT, 0};
+        pollfd writable{mInput, POLLOUT, 0};
         const int ready = poll(&writable, 1, kDeadlineSeconds * 1000);
-        const ssize_t count = ready > 0 ? ::write(input_, text.data() + done, text.size() - done) : -1;
+        const ssize_t count = ready > 0 ? ::write(mInput, text.data() + done, text.size() - done) : -1;
         done += static_cast<std::size_t>(checked(static_cast<int>(count), "the program does not read its input"));
     }
 }
 
 void Process::closeInput() {
-    if (input_ >= 0) {
-        close(std::exchange(input_, -1));
+    if (mInput >= 0) {
+        close(std::exchange(mInput, -1));
     }
 }
 
 std::string Process::output() const {
-    const std::lock_guard<std::mutex> lock(mutex_);
-    return output_;
+    const std::lock_guard<std::mutex> lock(mMutex);
+    return mOutput;
 }
 
 std::string Process::errors() const {
-    const std::lock_guard<std::mutex> lock(mutex_);
-    return errors_;
+    const std::lock_guard<std::mutex> lock(mMutex);
+    return mErrors;
 }
 
 bool Process::waitForOutput(const std::function<bool(const std::string&)>& condition) {
     bool satisfied = false;
-    waitUntil([&] { return (satisfied = condition(output_)) || exitCode_; });
+    waitUntil([&] { return (satisfied = condition(mOutput)) || mExitCode; });
     return satisfied;
 }
 
@@ -132,15 +132,15 @@ bool Process::waitForOutput(const std::string& text) {
 }
 
 void Process::signal(int number) const {
-    kill(pid_, number);
+    kill(mPid, number);
 }
 
 std::optional<int> Process::wait() {
-    return waitUntil([this] { return exitCode_.has_value(); }) ? exitCode_ : std::nullopt;
+    return waitUntil([this] { return mExitCode.has_value(); }) ? mExitCode : std::nullopt;
 }
 
 long Process::memory(const std::string& field) const {
-    std::ifstream status("/proc/" + std::to_string(pid_) + "/status");
+    std::ifstream status("/proc/" + std::to_string(mPid) + "/status");
     long kibibytes = 0;
     for (std::string word; status >> word;) {
         if (word == field) {
@@ -156,17 +156,17 @@ void Process::collect(int output, int errors, int end) {
     pollfd fds[] = {{end, POLLIN, 0}, {output, POLLIN, 0}, {errors, POLLIN, 0}};
     while (fds[0].revents == 0) {
         poll(fds, 3, -1);
-        take(fds[1].fd, output_);
-        take(fds[2].fd, errors_);
+        take(fds[1].fd, mOutput);
+        take(fds[2].fd, mErrors);
     }
     for (const pollfd& descriptor : fds) {
         close(descriptor.fd);
     }
     siginfo_t how{};
-    waitid(P_PID, static_cast<id_t>(pid_), &how, WEXITED | WNOWAIT);
-    const std::lock_guard<std::mutex> lock(mutex_);
-    exitCode_ = how.si_code == CLD_EXITED ? how.si_status : -how.si_status;
-    changed_.notify_all();
+    waitid(P_PID, static_cast<id_t>(mPid), &how, WEXITED | WNOWAIT);
+    const std::lock_guard<std::mutex> lock(mMutex);
+    mExitCode = how.si_code == CLD_EXITED ? how.si_status : -how.si_status;
+    mChanged.notify_all();
 }
 
 /// Takes what is there; closes the stream at its end.
@@ -174,9 +174,9 @@ void Process::take(int& fd, std::string& text) {
     char buffer[4096];
     ssize_t count = 0;
     while (fd >= 0 && (count = read(fd, buffer, sizeof buffer)) > 0) {
-        const std::lock_guard<std::mutex> lock(mutex_);
+        const std::lock_guard<std::mutex> lock(mMutex);
         text.append(buffer, static_cast<std::size_t>(count));
-        changed_.notify_all();
+        mChanged.notify_all();
     }
     if (fd >= 0 && (count == 0 || errno != EAGAIN)) {
         close(std::exchange(fd, -1));
@@ -184,8 +184,8 @@ void Process::take(int& fd, std::string& text) {
 }
 
 bool Process::waitUntil(const std::function<bool()>& condition) {
-    std::unique_lock<std::mutex> lock(mutex_);
-    return changed_.wait_for(lock, std::chrono::seconds(kDeadlineSeconds), condition);
+    std::unique_lock<std::mutex> lock(mMutex);
+    return mChanged.wait_for(lock, std::chrono::seconds(kDeadlineSeconds), condition);
 }
 
 }  // namespace qvn::e2e

@@ -28,7 +28,7 @@ public:
     Process(const Process&) = delete;
     Process& operator=(const Process&) = delete;
 
-    pid_t pid() const { return pid_; }
+    pid_t pid() const { return mPid; }
 
     /// Writes to its standard input.
     void write(const std::string& text) const;
@@ -55,14 +55,14 @@ private:
     void take(int& fd, std::string& text);
     bool waitUntil(const std::function<bool()>& condition);
 
-    pid_t pid_ = -1;
-    int input_ = -1;
-    mutable std::mutex mutex_;
-    std::condition_variable changed_;
-    std::string output_;
-    std::string errors_;
-    std::optional<int> exitCode_;
-    std::thread collector_;
+    pid_t mPid = -1;
+    int mInput = -1;
+    mutable std::mutex mMutex;
+    std::condition_variable mChanged;
+    std::string mOutput;
+    std::string mErrors;
+    std::optional<int> mExitCode;
+    std::thread mCollector;
 };
 
 }  // namespace qvn::e2e

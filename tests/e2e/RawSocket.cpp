@@ -51,26 +51,26 @@ std::string frame(int kind, unsigned code, const std::string& payload, int annou
     return std::string(reinterpret_cast<const char*>(&header), sizeof header) + payload;
 }
 
-RawSocket::RawSocket(int fd) : fd_(fd) {
+RawSocket::RawSocket(int fd) : mFd(fd) {
     const timeval limit{kDeadlineSeconds, 0};
-    setsockopt(fd_, SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof limit);
-    setsockopt(fd_, SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof limit);
+    setsockopt(mFd, SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof limit);
+    setsockopt(mFd, SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof limit);
 }
 
 RawSocket::RawSocket(const std::string& path) : RawSocket(newSocket()) {
     const sockaddr_un address = addressOf(path);
-    check(connect(fd_, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0, "connect");
+    check(connect(mFd, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0, "connect");
 }
 
 RawSocket::~RawSocket() {
-    if (fd_ >= 0) {
-        close(fd_);
+    if (mFd >= 0) {
+        close(mFd);
     }
 }
 
 bool RawSocket::write(const std::string& bytes) const {
     for (std::size_t sent = 0; sent < bytes.size();) {
-        const ssize_t count = send(fd_, bytes.data() + sent, bytes.size() - sent, MSG_NOSIGNAL);
+        const ssize_t count = send(mFd, bytes.data() + sent, bytes.size() - sent, MSG_NOSIGNAL);
         if (count < 0) {
             return false;
         }
@@ -81,7 +81,7 @@ bool RawSocket::write(const std::string& bytes) const {
 
 std::string RawSocket::read() const {
     char buffer[65536];
-    const ssize_t count = recv(fd_, buffer, sizeof buffer, 0);
+    const ssize_t count = recv(mFd, buffer, sizeof buffer, 0);
     return count > 0 ? std::string(buffer, static_cast<std::size_t>(count)) : "";
 }
 
@@ -89,20 +89,20 @@ bool RawSocket::ends() const {
     while (!read().empty()) {
     }
     char byte = 0;
-    return recv(fd_, &byte, 1, MSG_DONTWAIT) == 0 || errno == ECONNRESET;
+    return recv(mFd, &byte, 1, MSG_DONTWAIT) == 0 || errno == ECONNRESET;
 }
 
-HostileService::HostileService(const std::string& directory) : listener_(newSocket()) {
+HostileService::HostileService(const std::string& directory) : mListener(newSocket()) {
     // Listens before it is seen.
     const std::string hidden = directory + "/hidden";
     const sockaddr_un address = addressOf(hidden);
-    check(bind(listener_.fd(), reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0, "bind");
-    check(listen(listener_.fd(), 8) == 0, "listen");
+    check(bind(mListener.fd(), reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0, "bind");
+    check(listen(mListener.fd(), 8) == 0, "listen");
     check(std::rename(hidden.c_str(), serviceSocket(directory).c_str()) == 0, "rename");
 }
 
 RawSocket HostileService::accept() const {
-    const int fd = accept4(listener_.fd(), nullptr, nullptr, SOCK_CLOEXEC);
+    const int fd = accept4(mListener.fd(), nullptr, nullptr, SOCK_CLOEXEC);
     check(fd >= 0, "accept");
     return RawSocket(fd);
 }

@@ -22,14 +22,14 @@ public:
     explicit RawSocket(int fd);
     /// Connects to a service.
     explicit RawSocket(const std::string& path);
-    RawSocket(RawSocket&& other) noexcept : fd_(std::exchange(other.fd_, -1)) {}
+    RawSocket(RawSocket&& other) noexcept : mFd(std::exchange(other.mFd, -1)) {}
     RawSocket& operator=(RawSocket&& other) noexcept {
-        std::swap(fd_, other.fd_);
+        std::swap(mFd, other.mFd);
         return *this;
     }
     ~RawSocket();
 
-    int fd() const { return fd_; }
+    int fd() const { return mFd; }
     /// False when the other side has ended the stream, or takes nothing.
     bool write(const std::string& bytes) const;
     /// Waits for the first bytes; empty when the stream has ended, or nothing came for a long time.
@@ -38,7 +38,7 @@ public:
     bool ends() const;
 
 private:
-    int fd_;
+    int mFd;
 };
 
 /// The CAN service's socket in hostile hands.
@@ -50,7 +50,7 @@ public:
     RawSocket accept() const;
 
 private:
-    RawSocket listener_;
+    RawSocket mListener;
 };
 
 }  // namespace qvn::e2e

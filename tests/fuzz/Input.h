@@ -11,9 +11,9 @@ namespace qvn::fuzz {
 /// Takes the bytes of an input apart; past its end they are zero.
 class Input {
 public:
-    Input(const std::uint8_t* data, std::size_t size) : at_(data), end_(data + size) {}
+    Input(const std::uint8_t* data, std::size_t size) : mAt(data), mEnd(data + size) {}
 
-    std::uint8_t byte() { return at_ == end_ ? std::uint8_t{0} : *at_++; }
+    std::uint8_t byte() { return mAt == mEnd ? std::uint8_t{0} : *mAt++; }
 
     /// One byte that chooses a code which the CAN service sends, or that announces four with any code.
     std::int32_t code() {
@@ -28,11 +28,11 @@ public:
         return static_cast<std::int32_t>(code);
     }
 
-    std::string rest() const { return std::string(at_, end_); }
+    std::string rest() const { return std::string(mAt, mEnd); }
 
 private:
-    const std::uint8_t* at_;
-    const std::uint8_t* end_;
+    const std::uint8_t* mAt;
+    const std::uint8_t* mEnd;
 };
 
 }  // namespace qvn::fuzz

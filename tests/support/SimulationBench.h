@@ -31,13 +31,13 @@ constexpr char kBenchDatabase[] =
 class Bench : private Vehicle::Observer {
 public:
     explicit Bench(double speed = 1.0, bool initialValues = true)
-        : decoder_([] {
+        : mDecoder([] {
               std::istringstream text(kBenchDatabase);
               return dbc::readDatabase(text, "a.dbc");
           }()),
-          simulation([this] { return now_; }, speed, *this, initialValues, &decoder_) {
+          simulation([this] { return mNow; }, speed, *this, initialValues, &mDecoder) {
         for (const auto& [signal, raw] : simulation.vehicle().values()) {
-            seen_[signalName(signal)] = hexBytes(raw);
+            mSeen[signalName(signal)] = hexBytes(raw);
         }
     }
 
@@ -52,29 +52,29 @@ public:
     /// Lets that many seconds pass.
     void pass(double seconds) {
         const Clock::time_point end =
-            now_ + std::chrono::round<Clock::duration>(std::chrono::duration<double>(seconds));
+            mNow + std::chrono::round<Clock::duration>(std::chrono::duration<double>(seconds));
         for (auto next = simulation.next(); next && *next <= end; next = simulation.next()) {
-            now_ = std::max(now_, *next);
+            mNow = std::max(mNow, *next);
             simulation.run();
         }
-        now_ = end;
+        mNow = end;
         simulation.run();
     }
 
     /// What clients were told since the last call, with the seconds of the trace.
-    std::string told() { return std::exchange(told_, {}); }
+    std::string told() { return std::exchange(mTold, {}); }
     /// What clients see.
     std::string seen(const std::string& what) const {
-        const auto found = seen_.find(what);
-        return found == seen_.end() ? "-" : found->second;
+        const auto found = mSeen.find(what);
+        return found == mSeen.end() ? "-" : found->second;
     }
     /// What they see that is not zero.
     std::string everything() const {
         std::string all;
-        for (const auto& [what, value] : seen_) {
+        for (const auto& [what, value] : mSeen) {
             all += value.find_first_not_of('0') == std::string::npos ? "" : what + "=" + value + " ";
         }
-        return all + std::to_string(seen_.size());
+        return all + std::to_string(mSeen.size());
     }
 
 private:
@@ -83,7 +83,7 @@ private:
     void onFault(const FaultEvent&) override {}
     void onComplaint(const std::string& text) override { ADD_FAILURE() << text; }
     void onValue(std::uint32_t signal, const std::string& raw) override { see(signalName(signal), hexBytes(raw)); }
-    void onNoValue(std::uint32_t signal) override { seen_.erase(signalName(signal)); }
+    void onNoValue(std::uint32_t signal) override { mSeen.erase(signalName(signal)); }
     void onStatus(std::uint32_t message, bool timedOut) override { see(signalName(message), timedOut ? "lost" : "ok"); }
     void onReverse(bool engaged) override { see("reverse", engaged ? "1" : "0"); }
     void onService(bool up) override { see("service", up ? "up" : "down"); }
@@ -92,17 +92,17 @@ private:
         std::ostringstream line;
         line << std::round(simulation.playback().position(simulation.time()) * 1e6) / 1e6 << " " << what << "=" << value
              << "; ";
-        told_ += line.str();
-        seen_[what] = value;
+        mTold += line.str();
+        mSeen[what] = value;
         if (value == "ok" || value == "down" || (what == "reverse" && value == "0")) {
-            seen_.erase(what);  // as if it had never been otherwise
+            mSeen.erase(what);  // as if it had never been otherwise
         }
     }
 
-    Clock::time_point now_{};
-    CanDecoder decoder_;
-    std::map<std::string, std::string> seen_;
-    std::string told_;
+    Clock::time_point mNow{};
+    CanDecoder mDecoder;
+    std::map<std::string, std::string> mSeen;
+    std::string mTold;
 
 public:
     Simulation simulation;

@@ -20,7 +20,7 @@ public:
 
     /// @param at seconds
     State value(const std::string& name, double number, double at, int direction = 0, Origin origin = Origin::Can) {
-        State& state = states_[propertyNamed(name).id];
+        State& state = mStates[propertyNamed(name).id];
         state.timestamp = static_cast<long>(at * kSecond);
         state.payload = number;
         state.direction = direction;
@@ -29,14 +29,14 @@ public:
     }
     State reception(const std::string& name, Reception reception) {
         const PropertyInfo& property = propertyNamed(name);
-        State& state = states_[property.id];
+        State& state = mStates[property.id];
         state.property = static_cast<int>(property.id);
         state.reception = reception;
         return state;
     }
 
 private:
-    std::map<std::uint32_t, State> states_;
+    std::map<std::uint32_t, State> mStates;
 };
 
 }  // namespace qvn::tools

@@ -10,21 +10,21 @@
 namespace qvn::tools {
 
 Answers::Answers(Simulation& simulation, const Journal& journal, AnswerRules rules)
-    : simulation_(simulation), journal_(journal), rules_(std::move(rules)) {}
+    : mSimulation(simulation), mJournal(journal), mRules(std::move(rules)) {}
 
 void Answers::take(std::uint32_t code, const std::string& raw) {
     const tables::SetRow* const row = tables::findSetSignal(code);
     const std::optional<std::int32_t> value = row ? decodeSet(*row, raw) : std::nullopt;
     if (!value) {
-        journal_.ignoredSet(code, raw, row ? "it is of the wrong length" : "it cannot be set");
+        mJournal.ignoredSet(code, raw, row ? "it is of the wrong length" : "it cannot be set");
         return;
     }
-    simulation_.run();
-    const AnswerRules answers = matchingRules(rules_, code, *value);
-    const std::size_t set = ++sets_;
-    journal_.set(set, code, *value, raw, answers.size());
+    mSimulation.run();
+    const AnswerRules answers = matchingRules(mRules, code, *value);
+    const std::size_t set = ++mSets;
+    mJournal.set(set, code, *value, raw, answers.size());
     for (const AnswerRule& rule : answers) {
-        simulation_.at(simulation_.time() + vehicleTime(rule.delay), [=, value = *value] { answer(set, rule, value); });
+        mSimulation.at(mSimulation.time() + vehicleTime(rule.delay), [=, value = *value] { answer(set, rule, value); });
     }
 }
 
@@ -32,10 +32,10 @@ void Answers::answer(std::size_t set, const AnswerRule& rule, std::int32_t value
     try {
         const tables::DecodingRow& row = *tables::findDecodingRule(rule.answerCode);
         const SignalEvent event{rule.answerCode, encodePhysical(row, rule.answerValue.value_or(value)), {}};
-        journal_.answer(set, event.code, event.raw);
-        simulation_.happen(event);
+        mJournal.answer(set, event.code, event.raw);
+        mSimulation.happen(event);
     } catch (const BadInput& error) {
-        journal_.noAnswer(set, "no answer by " + signalName(rule.answerCode) + ": " + error.what());
+        mJournal.noAnswer(set, "no answer by " + signalName(rule.answerCode) + ": " + error.what());
     }
 }
 

@@ -21,10 +21,10 @@ public:
 private:
     void answer(std::size_t set, const AnswerRule& rule, std::int32_t value);
 
-    Simulation& simulation_;
-    const Journal& journal_;
-    AnswerRules rules_;
-    std::size_t sets_ = 0;
+    Simulation& mSimulation;
+    const Journal& mJournal;
+    AnswerRules mRules;
+    std::size_t mSets = 0;
 };
 
 }  // namespace qvn::tools

@@ -44,7 +44,7 @@ public:
     bool goUp(std::string* error);
     /// Withdraws the service; every client goes offline.
     void goDown();
-    bool isUp() const { return server_ != nullptr; }
+    bool isUp() const { return mServer != nullptr; }
 
     /// Gives a signal a value that nobody has sent. Before the service is offered.
     void presetSignal(std::uint32_t code, const std::string& raw);
@@ -65,12 +65,12 @@ public:
 private:
     class Server;
 
-    std::string name_;
-    Observer observer_;
-    mutable sync::Mutex mutex_;  // held while a value is kept and sent
-    SignalStore store_ QVN_GUARDED_BY(mutex_);
-    CBaseWorker worker_;
-    std::unique_ptr<Server> server_;
+    std::string mName;
+    Observer mObserver;
+    mutable sync::Mutex mMutex;  // held while a value is kept and sent
+    SignalStore mStore QVN_GUARDED_BY(mMutex);
+    CBaseWorker mWorker;
+    std::unique_ptr<Server> mServer;
 };
 
 }  // namespace qvn::tools

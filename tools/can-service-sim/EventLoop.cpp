@@ -7,24 +7,24 @@ namespace qvn::tools {
 
 void EventLoop::post(Task task) {
     {
-        const sync::MutexLock lock(mutex_);
-        if (!takesPosts_) {
+        const sync::MutexLock lock(mMutex);
+        if (!mTakesPosts) {
             return;
         }
-        posted_.push_back(std::move(task));
+        mPosted.push_back(std::move(task));
     }
-    wakeUp_.notify();
+    mWakeUp.notify();
 }
 
 void EventLoop::watch(int fd, Task readable) {
-    inputs_[fd] = std::move(readable);
+    mInputs[fd] = std::move(readable);
 }
 
 void EventLoop::run() {
     const Closing closing{*this};
-    while (!ended_) {
+    while (!mEnded) {
         runDue();
-        if (!ended_) {
+        if (!mEnded) {
             wait();
         }
     }
@@ -33,35 +33,35 @@ void EventLoop::run() {
 /// Whoever waits for a task must learn that it will not run, however the loop has ended.
 EventLoop::Closing::~Closing() {
     {
-        const sync::MutexLock lock(loop.mutex_);
-        loop.takesPosts_ = false;
+        const sync::MutexLock lock(loop.mMutex);
+        loop.mTakesPosts = false;
     }
     loop.takePosted();
 }
 
 void EventLoop::wait() {
     std::optional<Clock::time_point> next;
-    if (!timed_.empty()) {
-        next = timed_.begin()->first;
+    if (!mTimed.empty()) {
+        next = mTimed.begin()->first;
     }
-    std::vector<pollfd> fds = {{stop_.fd(), POLLIN, 0}, {wakeUp_.fd(), POLLIN, 0}};
-    for (const auto& [fd, readable] : inputs_) {
+    std::vector<pollfd> fds = {{mStop.fd(), POLLIN, 0}, {mWakeUp.fd(), POLLIN, 0}};
+    for (const auto& [fd, readable] : mInputs) {
         fds.push_back({fd, POLLIN, 0});
     }
     if (pollUntil(fds.data(), fds.size(), next) <= 0) {
         return;
     }
     if (fds[0].revents != 0) {
-        ended_ = true;
+        mEnded = true;
     }
     if (fds[1].revents != 0) {
-        wakeUp_.clear();
+        mWakeUp.clear();
         runPosted();
     }
-    for (std::size_t i = 2; i < fds.size() && !ended_; ++i) {
+    for (std::size_t i = 2; i < fds.size() && !mEnded; ++i) {
         // What ran before may have ended the watch.
-        const auto input = inputs_.find(fds[i].fd);
-        if (fds[i].revents != 0 && input != inputs_.end()) {
+        const auto input = mInputs.find(fds[i].fd);
+        if (fds[i].revents != 0 && input != mInputs.end()) {
             const Task readable = input->second;
             readable();
         }
@@ -76,16 +76,16 @@ void EventLoop::runPosted() {
 
 std::vector<EventLoop::Task> EventLoop::takePosted() {
     std::vector<Task> tasks;
-    const sync::MutexLock lock(mutex_);
-    tasks.swap(posted_);
+    const sync::MutexLock lock(mMutex);
+    tasks.swap(mPosted);
     return tasks;
 }
 
 void EventLoop::runDue() {
     const Clock::time_point now = Clock::now();
-    while (!ended_ && !timed_.empty() && timed_.begin()->first <= now) {
-        const Task task = std::move(timed_.begin()->second);
-        timed_.erase(timed_.begin());
+    while (!mEnded && !mTimed.empty() && mTimed.begin()->first <= now) {
+        const Task task = std::move(mTimed.begin()->second);
+        mTimed.erase(mTimed.begin());
         task();
     }
 }

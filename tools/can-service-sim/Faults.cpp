@@ -15,20 +15,20 @@ using Kind = FaultEvent::Kind;
 std::optional<std::string> Faults::apply(const FaultEvent& fault, const std::optional<std::string>& currentValue) {
     switch (fault.kind) {
         case Kind::Silence:
-            present_[{fault.kind, fault.code}] = {};
+            mPresent[{fault.kind, fault.code}] = {};
             return std::nullopt;
         case Kind::Freeze:
             if (currentValue) {
-                present_.insert({{fault.kind, fault.code}, {0.0, *currentValue, {}}});
+                mPresent.insert({{fault.kind, fault.code}, {0.0, *currentValue, {}}});
             }
             return std::nullopt;
         case Kind::Thaw:
             return thaw(fault.code);
         case Kind::Delay:
             if (fault.seconds > 0.0) {
-                present_[{fault.kind, fault.code}].seconds = fault.seconds;
+                mPresent[{fault.kind, fault.code}].seconds = fault.seconds;
             } else {
-                present_.erase({fault.kind, fault.code});
+                mPresent.erase({fault.kind, fault.code});
             }
             return std::nullopt;
     }
@@ -36,18 +36,18 @@ std::optional<std::string> Faults::apply(const FaultEvent& fault, const std::opt
 }
 
 std::optional<std::string> Faults::thaw(std::uint32_t signal) {
-    const auto frozen = present_.find({Kind::Freeze, signal});
-    if (frozen == present_.end()) {
+    const auto frozen = mPresent.find({Kind::Freeze, signal});
+    if (frozen == mPresent.end()) {
         return std::nullopt;
     }
     std::optional<std::string> latest = std::move(frozen->second.latest);
-    present_.erase(frozen);
+    mPresent.erase(frozen);
     return latest;
 }
 
 const std::string& Faults::shown(std::uint32_t signal, const std::string& raw) {
-    const auto frozen = present_.find({Kind::Freeze, signal});
-    if (frozen == present_.end()) {
+    const auto frozen = mPresent.find({Kind::Freeze, signal});
+    if (frozen == mPresent.end()) {
         return raw;
     }
     frozen->second.latest = raw;
@@ -56,18 +56,18 @@ const std::string& Faults::shown(std::uint32_t signal, const std::string& raw) {
 
 std::map<std::uint32_t, std::string> Faults::end() {
     std::map<std::uint32_t, std::string> hidden;
-    for (const auto& [what, fault] : present_) {
+    for (const auto& [what, fault] : mPresent) {
         if (fault.latest) {
             hidden[what.second] = *fault.latest;
         }
     }
-    present_.clear();
+    mPresent.clear();
     return hidden;
 }
 
 std::map<std::uint32_t, std::string> Faults::describe() const {
     std::map<std::uint32_t, std::string> faults;
-    for (const auto& [what, fault] : present_) {
+    for (const auto& [what, fault] : mPresent) {
         const TraceCommand& command = traceCommand(what.first);
         std::string& all = faults[what.second];
         all += (all.empty() ? "" : ", ") + std::string(command.state);
@@ -78,8 +78,8 @@ std::map<std::uint32_t, std::string> Faults::describe() const {
 
 double Faults::delayOf(std::uint32_t signal, std::optional<std::uint32_t> message) const {
     const auto seconds = [this](std::uint32_t code) {
-        const auto found = present_.find({Kind::Delay, code});
-        return found == present_.end() ? 0.0 : found->second.seconds;
+        const auto found = mPresent.find({Kind::Delay, code});
+        return found == mPresent.end() ? 0.0 : found->second.seconds;
     };
     return std::max(seconds(signal), message ? seconds(*message) : 0.0);
 }

@@ -18,9 +18,9 @@ public:
     std::optional<std::string> apply(const FaultEvent& fault, const std::optional<std::string>& currentValue);
 
     /// A message is received again: it is silent no more.
-    void endSilence(std::uint32_t message) { present_.erase({FaultEvent::Kind::Silence, message}); }
+    void endSilence(std::uint32_t message) { mPresent.erase({FaultEvent::Kind::Silence, message}); }
     bool isSilent(std::optional<std::uint32_t> message) const {
-        return message && present_.count({FaultEvent::Kind::Silence, *message}) != 0;
+        return message && mPresent.count({FaultEvent::Kind::Silence, *message}) != 0;
     }
 
     /// The value that a signal shows when it is given this one.
@@ -45,7 +45,7 @@ private:
 
     std::optional<std::string> thaw(std::uint32_t signal);
 
-    std::map<std::pair<FaultEvent::Kind, std::uint32_t>, Fault> present_;  // of each signal or message
+    std::map<std::pair<FaultEvent::Kind, std::uint32_t>, Fault> mPresent;  // of each signal or message
 };
 
 }  // namespace qvn::tools

@@ -57,52 +57,52 @@ bool Generator::isName(std::string_view text) {
 Generator Generator::read(std::string_view name, const tables::DecodingRow& row, TraceWords& words) {
     Generator generator(row);
     const std::string_view values = words.next();
-    generator.values_ = name == "step" ? readValues(values, ",", row.code) : readRange(values, row.code);
-    for (const double value : generator.values_) {
+    generator.mValues = name == "step" ? readValues(values, ",", row.code) : readRange(values, row.code);
+    for (const double value : generator.mValues) {
         encodePhysical(row, value);
     }
     if (name == "sine") {
-        generator.kind_ = Kind::Sine;
-        generator.over_ = words.expectSeconds("over", "the seconds of one wave");
+        generator.mKind = Kind::Sine;
+        generator.mOver = words.expectSeconds("over", "the seconds of one wave");
     } else if (name == "step") {
-        generator.kind_ = Kind::Step;
+        generator.mKind = Kind::Step;
     } else if (name == "random") {
-        generator.kind_ = Kind::Random;
+        generator.mKind = Kind::Random;
         if (words.take("seed")) {
-            generator.seed_ = static_cast<std::uint64_t>(std::fabs(parseNumber(words.next(), "a seed")));
+            generator.mSeed = static_cast<std::uint64_t>(std::fabs(parseNumber(words.next(), "a seed")));
         }
     }
     const Repetition repetition = words.repetition();
-    generator.period_ = repetition.period.value_or(generator.period_);
-    generator.duration_ = repetition.duration;
-    if (name == "ramp" && !generator.duration_) {
-        generator.duration_ = words.expectSeconds("for", "the ramp's duration in seconds");
+    generator.mPeriod = repetition.period.value_or(generator.mPeriod);
+    generator.mDuration = repetition.duration;
+    if (name == "ramp" && !generator.mDuration) {
+        generator.mDuration = words.expectSeconds("for", "the ramp's duration in seconds");
     }
     return generator;
 }
 
 double Generator::valueAt(std::uint64_t tick) const {
-    const double low = values_.front();
-    const double high = values_.back();
-    const double exact = static_cast<double>(tick) * period_;
-    const double time = duration_ ? std::min(exact, *duration_) : exact;
-    switch (kind_) {
+    const double low = mValues.front();
+    const double high = mValues.back();
+    const double exact = static_cast<double>(tick) * mPeriod;
+    const double time = mDuration ? std::min(exact, *mDuration) : exact;
+    switch (mKind) {
         case Kind::Ramp:
-            return low + (high - low) * time / *duration_;
+            return low + (high - low) * time / *mDuration;
         case Kind::Sine:
-            return low + (high - low) * (0.5 - 0.5 * std::cos(2.0 * kPi * time / over_));
+            return low + (high - low) * (0.5 - 0.5 * std::cos(2.0 * kPi * time / mOver));
         case Kind::Step:
-            return values_[tick % values_.size()];
+            return mValues[tick % mValues.size()];
         case Kind::Random:
-            return low + (high - low) * randomAt(seed_, tick);
+            return low + (high - low) * randomAt(mSeed, tick);
     }
     return low;
 }
 
 std::string Generator::rawAt(std::uint64_t tick) const {
     const double value = valueAt(tick);
-    const bool whole = row_->kind != tables::ValueKind::Float && row_->factor == 1.0;
-    return encodePhysical(*row_, whole ? std::round(value) : value);
+    const bool whole = mRow->kind != tables::ValueKind::Float && mRow->factor == 1.0;
+    return encodePhysical(*mRow, whole ? std::round(value) : value);
 }
 
 }  // namespace qvn::tools

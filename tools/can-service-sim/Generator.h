@@ -26,14 +26,14 @@ public:
     /// @throws BadInput for what is wrong, also for values that the signal cannot carry
     static Generator read(std::string_view name, const tables::DecodingRow& row, TraceWords& words);
 
-    double period() const { return period_; }
+    double period() const { return mPeriod; }
     /// Nothing for a course without end.
-    std::optional<double> duration() const { return duration_; }
+    std::optional<double> duration() const { return mDuration; }
     std::optional<std::uint64_t> lastTick() const {
-        return duration_ ? std::optional(periodsIn(*duration_, period_)) : std::nullopt;
+        return mDuration ? std::optional(periodsIn(*mDuration, mPeriod)) : std::nullopt;
     }
     /// Whether the last value is sent on and on after the end: a ramp leads to a new value.
-    bool holds() const { return kind_ == Kind::Ramp; }
+    bool holds() const { return mKind == Kind::Ramp; }
 
     /// The raw bytes; after the end, those of the end.
     std::string rawAt(std::uint64_t tick) const;
@@ -41,16 +41,16 @@ public:
 private:
     enum class Kind { Ramp, Sine, Step, Random };
 
-    explicit Generator(const tables::DecodingRow& row) : row_(&row) {}
+    explicit Generator(const tables::DecodingRow& row) : mRow(&row) {}
     double valueAt(std::uint64_t tick) const;
 
-    const tables::DecodingRow* row_;
-    Kind kind_ = Kind::Ramp;
-    std::vector<double> values_;  // from and to; of a step, each in turn
-    double over_ = 0.0;           // seconds of one wave
-    std::uint64_t seed_ = 1;
-    double period_ = 0.05;
-    std::optional<double> duration_;
+    const tables::DecodingRow* mRow;
+    Kind mKind = Kind::Ramp;
+    std::vector<double> mValues;  // from and to; of a step, each in turn
+    double mOver = 0.0;           // seconds of one wave
+    std::uint64_t mSeed = 1;
+    double mPeriod = 0.05;
+    std::optional<double> mDuration;
 };
 
 }  // namespace qvn::tools

@@ -110,7 +110,7 @@ void Journal::remark(Detail least, const std::string& text) const {
 }
 
 void Journal::signal(std::uint32_t code, const std::string& raw) const {
-    if (detail_ == Detail::All) {  // a full trace has thousands a second
+    if (mDetail == Detail::All) {  // a full trace has thousands a second
         tell(Detail::All, "signal", valueText(code, raw), [&](Json& object) { addValue(object, code, raw); });
     }
 }
@@ -135,8 +135,8 @@ void Journal::error(const std::string& text) {
 
 void Journal::noAnswer(std::size_t set, const std::string& reason) const {
     error(reason);
-    if (listener_) {
-        listener_(object("no answer", [&](Json& event) {
+    if (mListener) {
+        mListener(object("no answer", [&](Json& event) {
             event["set"] = set;
             event["reason"] = reason;
         }));
@@ -145,15 +145,15 @@ void Journal::noAnswer(std::size_t set, const std::string& reason) const {
 
 void Journal::tell(Detail least, const char* event, const std::string& text,
                    const std::function<void(Json& object)>& fields) const {
-    if (detail_ >= least && form_ == Form::Lines) {
+    if (mDetail >= least && mForm == Form::Lines) {
         char time[32];
         std::snprintf(time, sizeof time, "%9.3f  ", elapsed());
-        write_(time + text + "\n");
-    } else if (detail_ >= least) {
-        write_(jsonText(object(event, fields)) + "\n");
+        mWrite(time + text + "\n");
+    } else if (mDetail >= least) {
+        mWrite(jsonText(object(event, fields)) + "\n");
     }
-    if (listener_ && least <= Detail::Normal) {
-        listener_(object(event, fields));
+    if (mListener && least <= Detail::Normal) {
+        mListener(object(event, fields));
     }
 }
 

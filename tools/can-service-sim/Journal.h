@@ -24,10 +24,10 @@ public:
 
     /// @param write takes whole lines
     Journal(std::function<void(std::string)> write, Detail detail, Form form)
-        : write_(std::move(write)), detail_(detail), form_(form) {}
+        : mWrite(std::move(write)), mDetail(detail), mForm(form) {}
 
     /// Also tells every event of Detail::Normal, whatever the detail is, as the object that it is in JSON.
-    void listen(std::function<void(const Json& event)> listener) { listener_ = std::move(listener); }
+    void listen(std::function<void(const Json& event)> listener) { mListener = std::move(listener); }
 
     void service(bool up) const;
     void message(std::uint32_t code, bool timedOut) const;
@@ -55,18 +55,18 @@ public:
     static void error(const std::string& text);
 
 private:
-    double elapsed() const { return std::chrono::duration<double>(std::chrono::steady_clock::now() - start_).count(); }
+    double elapsed() const { return std::chrono::duration<double>(std::chrono::steady_clock::now() - mStart).count(); }
     /// @param fields adds what the event is about
     Json object(const char* event, const std::function<void(Json& object)>& fields) const;
     void remark(Detail least, const std::string& text) const;
     void tell(Detail least, const char* event, const std::string& text,
               const std::function<void(Json& object)>& fields) const;
 
-    std::function<void(std::string)> write_;
-    std::function<void(const Json&)> listener_;
-    Detail detail_;
-    Form form_;
-    std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
+    std::function<void(std::string)> mWrite;
+    std::function<void(const Json&)> mListener;
+    Detail mDetail;
+    Form mForm;
+    std::chrono::steady_clock::time_point mStart = std::chrono::steady_clock::now();
 };
 
 }  // namespace qvn::tools

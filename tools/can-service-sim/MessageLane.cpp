@@ -26,7 +26,7 @@ void MessageLane::put(const SignalEvent& event, VehicleTime now) {
         begin(event.code, {event.raw, event.cycle->period, now, lastTick(*event.cycle), {}});
         return;
     }
-    if (const auto running = cycles_.find(event.code); running != cycles_.end()) {
+    if (const auto running = mCycles.find(event.code); running != mCycles.end()) {
         RunningCycle& cycle = running->second;
         cycle.raw = event.raw;
         if (cycle.generator) {
@@ -42,7 +42,7 @@ void MessageLane::start(const GenerateEvent& event, VehicleTime now) {
 }
 
 void MessageLane::begin(std::uint32_t signal, RunningCycle cycle) {
-    tick(cycles_.insert_or_assign(signal, std::move(cycle)).first);
+    tick(mCycles.insert_or_assign(signal, std::move(cycle)).first);
 }
 
 void MessageLane::tick(Cycles::iterator found) {
@@ -50,7 +50,7 @@ void MessageLane::tick(Cycles::iterator found) {
     const VehicleTime now = cycle.next();
     if (cycle.generator) {
         cycle.raw = cycle.generator->rawAt(cycle.tick);
-        output_.onGiven(signal, cycle.raw);
+        mOutput.onGiven(signal, cycle.raw);
     }
     receive(signal, cycle.raw, now, cycle.period);
     if (cycle.tick++ != cycle.last) {
@@ -60,56 +60,56 @@ void MessageLane::tick(Cycles::iterator found) {
         cycle.generator.reset();
         cycle.last.reset();
     } else {
-        cycles_.erase(found);
+        mCycles.erase(found);
     }
 }
 
 void MessageLane::receive(std::uint32_t signal, const std::string& raw, VehicleTime now, double period) {
-    if (faults_.isSilent(message_)) {
+    if (mFaults.isSilent(mMessage)) {
         return;
     }
-    const VehicleTime delay = vehicleTime(faults_.delayOf(signal, message_));
-    const auto late = late_.find(signal);
-    if (late != late_.end()) {
+    const VehicleTime delay = vehicleTime(mFaults.delayOf(signal, mMessage));
+    const auto late = mLate.find(signal);
+    if (late != mLate.end()) {
         // What is late stays in order when the delay shrinks.
         late->second.push_back({std::max(late->second.back().due, now + delay), raw, period});
     } else if (delay > VehicleTime::zero()) {
-        late_[signal].push_back({now + delay, raw, period});
+        mLate[signal].push_back({now + delay, raw, period});
     } else {
         arrive(signal, raw, now, period);
     }
 }
 
 void MessageLane::receiveMessage(VehicleTime now, double period) {
-    if (message_ && !faults_.isSilent(message_) && supervisor_.received(now, period)) {
-        output_.onStatus(*message_, false);
+    if (mMessage && !mFaults.isSilent(mMessage) && mSupervisor.received(now, period)) {
+        mOutput.onStatus(*mMessage, false);
     }
 }
 
 void MessageLane::arrive(std::uint32_t signal, const std::string& raw, VehicleTime now, double period) {
-    if (message_ && supervisor_.received(now, period)) {
-        output_.onStatus(*message_, false);
+    if (mMessage && mSupervisor.received(now, period)) {
+        mOutput.onStatus(*mMessage, false);
     }
-    output_.onArrived(signal, raw);
+    mOutput.onArrived(signal, raw);
 }
 
 MessageLane::Cycles::iterator MessageLane::nextCycle() {
-    return std::min_element(cycles_.begin(), cycles_.end(),
+    return std::min_element(mCycles.begin(), mCycles.end(),
                             [](const auto& a, const auto& b) { return a.second.next() < b.second.next(); });
 }
 
 MessageLane::LateValues::iterator MessageLane::nextLate() {
-    return std::min_element(late_.begin(), late_.end(),
+    return std::min_element(mLate.begin(), mLate.end(),
                             [](const auto& a, const auto& b) { return a.second.front().due < b.second.front().due; });
 }
 
 std::optional<VehicleTime> MessageLane::next() const {
-    std::optional<VehicleTime> next = supervisor_.deadline();
+    std::optional<VehicleTime> next = mSupervisor.deadline();
     const auto take = [&next](VehicleTime time) { next = next ? std::min(*next, time) : time; };
-    for (const auto& [signal, cycle] : cycles_) {
+    for (const auto& [signal, cycle] : mCycles) {
         take(cycle.next());
     }
-    for (const auto& [signal, values] : late_) {
+    for (const auto& [signal, values] : mLate) {
         take(values.front().due);
     }
     return next;
@@ -120,25 +120,25 @@ void MessageLane::runNext() {
     const std::optional<VehicleTime> now = next();
     const auto late = nextLate();
     const auto cycle = nextCycle();
-    if (late != late_.end() && late->second.front().due == now) {
+    if (late != mLate.end() && late->second.front().due == now) {
         const std::uint32_t signal = late->first;
         const LateValue value = std::move(late->second.front());
         late->second.pop_front();
         if (late->second.empty()) {
-            late_.erase(late);
+            mLate.erase(late);
         }
         arrive(signal, value.raw, value.due, value.period);
-    } else if (cycle != cycles_.end() && cycle->second.next() == now) {
+    } else if (cycle != mCycles.end() && cycle->second.next() == now) {
         tick(cycle);
     } else if (now) {
-        supervisor_.timeOut();
-        output_.onStatus(*message_, true);
+        mSupervisor.timeOut();
+        mOutput.onStatus(*mMessage, true);
     }
 }
 
 bool MessageLane::isLate() const {
-    return !late_.empty() || std::any_of(cycles_.begin(), cycles_.end(), [this](const auto& cycle) {
-        return faults_.delayOf(cycle.first, message_) > 0.0;
+    return !mLate.empty() || std::any_of(mCycles.begin(), mCycles.end(), [this](const auto& cycle) {
+        return mFaults.delayOf(cycle.first, mMessage) > 0.0;
     });
 }
 
@@ -147,11 +147,11 @@ bool MessageLane::isLate() const {
 void MessageLane::skipTo(VehicleTime time) {
     if (!isLate()) {
         for (bool ticks = true; ticks;) {
-            for (auto& [signal, cycle] : cycles_) {
+            for (auto& [signal, cycle] : mCycles) {
                 cycle.skipTo(time);
             }
             const auto cycle = nextCycle();
-            ticks = cycle != cycles_.end() && cycle->second.next() < time;
+            ticks = cycle != mCycles.end() && cycle->second.next() < time;
             if (ticks) {
                 tick(cycle);
             }

@@ -33,13 +33,13 @@ public:
 
     /// @param message none for a signal that belongs to none
     MessageLane(std::optional<std::uint32_t> message, const Faults& faults, Output& output)
-        : message_(message), faults_(faults), output_(output) {}
+        : mMessage(message), mFaults(faults), mOutput(output) {}
 
     /// A new value, and perhaps a cycle of it. A cycle that runs already goes on with the value.
     void put(const SignalEvent& event, VehicleTime now);
     void start(const GenerateEvent& event, VehicleTime now);
-    void stop(std::uint32_t signal) { cycles_.erase(signal); }
-    void setByHand(bool timedOut) { supervisor_.setByHand(timedOut); }
+    void stop(std::uint32_t signal) { mCycles.erase(signal); }
+    void setByHand(bool timedOut) { mSupervisor.setByHand(timedOut); }
     /// A value is on its way; with a period it is one of a cycle.
     void receive(std::uint32_t signal, const std::string& raw, VehicleTime now, double period = 0.0);
     /// The message was received, whatever is in it; with a period it is watched from now on.
@@ -81,12 +81,12 @@ private:
     void arrive(std::uint32_t signal, const std::string& raw, VehicleTime now, double period);
     bool isLate() const;
 
-    std::optional<std::uint32_t> message_;
-    const Faults& faults_;
-    Output& output_;
-    MessageSupervisor supervisor_;
-    Cycles cycles_;
-    LateValues late_;  // in order, by signal
+    std::optional<std::uint32_t> mMessage;
+    const Faults& mFaults;
+    Output& mOutput;
+    MessageSupervisor mSupervisor;
+    Cycles mCycles;
+    LateValues mLate;  // in order, by signal
 };
 
 }  // namespace qvn::tools

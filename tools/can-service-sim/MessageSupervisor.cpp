@@ -10,26 +10,26 @@ constexpr double kPeriodsToTimeOut = 5.0;
 }  // namespace
 
 bool MessageSupervisor::received(VehicleTime now, double period) {
-    period_ = std::max(period_, period);
-    deadline_ = now + vehicleTime(kPeriodsToTimeOut * period_);
-    if (byHand_) {
+    mPeriod = std::max(mPeriod, period);
+    mDeadline = now + vehicleTime(kPeriodsToTimeOut * mPeriod);
+    if (mByHand) {
         return false;
     }
-    const bool restored = timedOut_;
-    timedOut_ = false;
+    const bool restored = mTimedOut;
+    mTimedOut = false;
     return restored;
 }
 
 void MessageSupervisor::setByHand(bool timedOut) {
     if (timedOut) {
-        byHand_ = true;
+        mByHand = true;
     } else {
         *this = {};
     }
 }
 
 std::optional<VehicleTime> MessageSupervisor::deadline() const {
-    return period_ > 0.0 && !byHand_ && !timedOut_ ? std::optional(deadline_) : std::nullopt;
+    return mPeriod > 0.0 && !mByHand && !mTimedOut ? std::optional(mDeadline) : std::nullopt;
 }
 
 }  // namespace qvn::tools

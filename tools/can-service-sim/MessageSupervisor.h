@@ -21,13 +21,13 @@ public:
     /// When the message times out unless it is received before.
     std::optional<VehicleTime> deadline() const;
     /// The deadline has come.
-    void timeOut() { timedOut_ = true; }
+    void timeOut() { mTimedOut = true; }
 
 private:
-    double period_ = 0.0;  // 0: not watched
-    VehicleTime deadline_{0};
-    bool timedOut_ = false;
-    bool byHand_ = false;
+    double mPeriod = 0.0;  // 0: not watched
+    VehicleTime mDeadline{0};
+    bool mTimedOut = false;
+    bool mByHand = false;
 };
 
 }  // namespace qvn::tools

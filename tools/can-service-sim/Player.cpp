@@ -8,54 +8,54 @@
 namespace qvn::tools {
 
 Player::Player(EventLoop& loop, const Journal& journal, Options options)
-    : loop_(loop),
-      journal_(journal),
-      options_(std::move(options)),
-      service_(options_.serviceName, {[this](std::uint32_t code, const std::string& raw) {
-                                          loop_.post([this, code, raw] {
-                                              answers_.take(code, raw);
+    : mLoop(loop),
+      mJournal(journal),
+      mOptions(std::move(options)),
+      mService(mOptions.serviceName, {[this](std::uint32_t code, const std::string& raw) {
+                                          mLoop.post([this, code, raw] {
+                                              mAnswers.take(code, raw);
                                               runLater();
                                           });
                                       },
                                       [this](std::size_t codes, std::size_t known) {
-                                          loop_.post([this, codes, known] { journal_.subscribed(codes, known); });
+                                          mLoop.post([this, codes, known] { mJournal.subscribed(codes, known); });
                                       }}),
-      simulation_(&Clock::now, options_.speed, *this, options_.initialValues, options_.decoder),
-      answers_(simulation_, journal_, options_.rules) {
-    for (const auto& [code, raw] : simulation_.vehicle().values()) {
-        service_.presetSignal(code, raw);
+      mSimulation(&Clock::now, mOptions.speed, *this, mOptions.initialValues, mOptions.decoder),
+      mAnswers(mSimulation, mJournal, mOptions.rules) {
+    for (const auto& [code, raw] : mSimulation.vehicle().values()) {
+        mService.presetSignal(code, raw);
     }
 }
 
 bool Player::start(std::vector<TraceEvent> trace) {
     Playback::AtEnd atEnd;
-    atEnd.loop = options_.loop;
-    if (options_.exitAtEnd) {
-        atEnd.ended = [this] { loop_.end(); };
+    atEnd.loop = mOptions.loop;
+    if (mOptions.exitAtEnd) {
+        atEnd.ended = [this] { mLoop.end(); };
     }
-    simulation_.start(std::move(trace), std::move(atEnd), options_.startAt);
-    start_ = simulation_.time();
-    if (!failed_ && !service_.isUp()) {
-        journal_.service(false);
+    mSimulation.start(std::move(trace), std::move(atEnd), mOptions.startAt);
+    mStart = mSimulation.time();
+    if (!mFailed && !mService.isUp()) {
+        mJournal.service(false);
     }
     runLater();
-    return !failed_;
+    return !mFailed;
 }
 
 void Player::run() {
-    simulation_.run();
+    mSimulation.run();
     runLater();
 }
 
 void Player::runLater() {
-    if (timer_) {
-        loop_.cancel(*timer_);
-        timer_.reset();
+    if (mTimer) {
+        mLoop.cancel(*mTimer);
+        mTimer.reset();
     }
-    if (const std::optional<Clock::time_point> next = simulation_.next()) {
+    if (const std::optional<Clock::time_point> next = mSimulation.next()) {
         // What is due already waits for its turn in the loop.
-        timer_ = loop_.at(std::max(*next, Clock::now()), [this] {
-            timer_.reset();
+        mTimer = mLoop.at(std::max(*next, Clock::now()), [this] {
+            mTimer.reset();
             run();
         });
     }
@@ -64,65 +64,65 @@ void Player::runLater() {
 void Player::schedule(const TraceEvent& event) {
     run();
     if (!event.time) {
-        simulation_.apply(event.action);  // what stands in the next line may ask for its effect
+        mSimulation.apply(event.action);  // what stands in the next line may ask for its effect
     } else {
-        simulation_.at(start_ + vehicleTime(*event.time),
-                       [this, action = event.action] { simulation_.happen(action); });
+        mSimulation.at(mStart + vehicleTime(*event.time),
+                       [this, action = event.action] { mSimulation.happen(action); });
     }
     runLater();
 }
 
 void Player::endWhenDone() {
-    simulation_.whenDone([this] { loop_.end(); });
+    mSimulation.whenDone([this] { mLoop.end(); });
     runLater();
 }
 
 void Player::receive(const CanFrame& frame) {
-    simulation_.apply(FrameEvent{frame});
+    mSimulation.apply(FrameEvent{frame});
     runLater();
 }
 
 void Player::pause() {
-    simulation_.pause();
+    mSimulation.pause();
     runLater();
 }
 
 void Player::resume() {
-    simulation_.resume();
+    mSimulation.resume();
     runLater();
 }
 
 void Player::setSpeed(double speed) {
-    simulation_.setSpeed(speed);
+    mSimulation.setSpeed(speed);
     runLater();
 }
 
 void Player::seek(double position) {
-    simulation_.seek(position);
+    mSimulation.seek(position);
     runLater();
 }
 
 Player::Progress Player::progress() const {
-    const Playback& playback = simulation_.playback();
-    return {playback.length(), playback.position(simulation_.timeNow()), simulation_.speed(), playback.isPaused()};
+    const Playback& playback = mSimulation.playback();
+    return {playback.length(), playback.position(mSimulation.timeNow()), mSimulation.speed(), playback.isPaused()};
 }
 
 void Player::onStatus(std::uint32_t message, bool timedOut) {
-    journal_.message(message, timedOut);
-    service_.putMessageStatus(message, timedOut);
+    mJournal.message(message, timedOut);
+    mService.putMessageStatus(message, timedOut);
 }
 
 void Player::onReverse(bool engaged) {
     std::string error;
     switch (writeReverseLine(engaged, &error)) {
         case LineWrite::Done:
-            if (std::exchange(reverse_, engaged) != engaged) {
-                journal_.reverse(engaged);
+            if (std::exchange(mReverse, engaged) != engaged) {
+                mJournal.reverse(engaged);
             }
             break;
         case LineWrite::RealHardware:
-            if (!std::exchange(toldOfHardware_, true)) {
-                journal_.note(error);
+            if (!std::exchange(mToldOfHardware, true)) {
+                mJournal.note(error);
             }
             break;
         case LineWrite::Failed:
@@ -133,20 +133,20 @@ void Player::onReverse(bool engaged) {
 
 void Player::onService(bool up) {
     std::string error;
-    if (up && !service_.goUp(&error)) {
+    if (up && !mService.goUp(&error)) {
         fail(error);
         return;
     }
     if (!up) {
-        service_.goDown();
+        mService.goDown();
     }
-    journal_.service(up);
+    mJournal.service(up);
 }
 
 void Player::fail(const std::string& text) {
     Journal::error(text);
-    failed_ = true;
-    loop_.end();
+    mFailed = true;
+    mLoop.end();
 }
 
 }  // namespace qvn::tools

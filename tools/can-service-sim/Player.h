@@ -64,22 +64,22 @@ public:
     Progress progress() const;
 
     /// What clients see.
-    const CanService& service() const { return service_; }
+    const CanService& service() const { return mService; }
     /// What goes wrong between the vehicle and them.
-    const Faults& faults() const { return simulation_.vehicle().faults(); }
+    const Faults& faults() const { return mSimulation.vehicle().faults(); }
     /// Whether the reverse line was engaged or released last; nothing when it was not moved.
-    std::optional<bool> reverse() const { return reverse_; }
+    std::optional<bool> reverse() const { return mReverse; }
 
     /// Whether something failed while playing.
-    bool failed() const { return failed_; }
+    bool failed() const { return mFailed; }
 
 private:
-    void onGiven(std::uint32_t signal, const std::string& raw) override { journal_.signal(signal, raw); }
-    void onStop(std::uint32_t signal) override { journal_.stops(signal); }
-    void onFault(const FaultEvent& fault) override { journal_.fault(fault); }
+    void onGiven(std::uint32_t signal, const std::string& raw) override { mJournal.signal(signal, raw); }
+    void onStop(std::uint32_t signal) override { mJournal.stops(signal); }
+    void onFault(const FaultEvent& fault) override { mJournal.fault(fault); }
     void onComplaint(const std::string& text) override { Journal::error(text); }
-    void onValue(std::uint32_t signal, const std::string& raw) override { service_.putSignal(signal, raw); }
-    void onNoValue(std::uint32_t signal) override { service_.forgetSignal(signal); }
+    void onValue(std::uint32_t signal, const std::string& raw) override { mService.putSignal(signal, raw); }
+    void onNoValue(std::uint32_t signal) override { mService.forgetSignal(signal); }
     void onStatus(std::uint32_t message, bool timedOut) override;
     void onReverse(bool engaged) override;
     void onService(bool up) override;
@@ -88,17 +88,17 @@ private:
     void runLater();
     void fail(const std::string& text);
 
-    EventLoop& loop_;
-    const Journal& journal_;
-    Options options_;
-    CanService service_;
-    Simulation simulation_;
-    Answers answers_;
-    VehicleTime start_{0};
-    std::optional<EventLoop::Timer> timer_;
-    std::optional<bool> reverse_;
-    bool toldOfHardware_ = false;
-    bool failed_ = false;
+    EventLoop& mLoop;
+    const Journal& mJournal;
+    Options mOptions;
+    CanService mService;
+    Simulation mSimulation;
+    Answers mAnswers;
+    VehicleTime mStart{0};
+    std::optional<EventLoop::Timer> mTimer;
+    std::optional<bool> mReverse;
+    bool mToldOfHardware = false;
+    bool mFailed = false;
 };
 
 }  // namespace qvn::tools

@@ -20,46 +20,46 @@ bool keepsServiceOff(const TraceEvent& event) {
 }  // namespace
 
 Simulation::Simulation(Now now, double speed, Vehicle::Observer& observer, bool initialValues, CanDecoder* decoder)
-    : now_(std::move(now)),
-      clock_(speed, now_()),
-      vehicle_(observer, initialValues, decoder),
-      playback_([this](const TraceAction& action, VehicleTime time) { vehicle_.apply(action, time); }) {}
+    : mNow(std::move(now)),
+      mClock(speed, mNow()),
+      mVehicle(observer, initialValues, decoder),
+      mPlayback([this](const TraceAction& action, VehicleTime time) { mVehicle.apply(action, time); }) {}
 
 void Simulation::start(std::vector<TraceEvent> trace, Playback::AtEnd atEnd, std::optional<double> startAt) {
-    clock_.set(time_, clock_.speed(), now_());
+    mClock.set(mTime, mClock.speed(), mNow());
     const bool off = std::any_of(trace.begin(), trace.end(), keepsServiceOff);
-    playback_.start(std::move(trace), std::move(atEnd), time_);
+    mPlayback.start(std::move(trace), std::move(atEnd), mTime);
     if (startAt) {
-        vehicle_.playSilently(playback_.trace(), time_, [&] {
-            vehicle_.apply(ServiceEvent{true}, time_);
-            playback_.seek(*startAt, time_);
+        mVehicle.playSilently(mPlayback.trace(), mTime, [&] {
+            mVehicle.apply(ServiceEvent{true}, mTime);
+            mPlayback.seek(*startAt, mTime);
         });
-        clock_.set(time_, clock_.speed(), now_());
+        mClock.set(mTime, mClock.speed(), mNow());
     } else if (!off) {
-        vehicle_.apply(ServiceEvent{true}, time_);
+        mVehicle.apply(ServiceEvent{true}, mTime);
     }
 }
 
 void Simulation::run() {
-    const Clock::time_point begin = now_();
+    const Clock::time_point begin = mNow();
     const VehicleTime limit = timeNow();
     for (int steps = 1; runNext(limit); ++steps) {
-        if (steps % kStepsBetween == 0 && now_() - begin >= kLongestTurn) {
-            const Clock::time_point now = now_();
-            if (now - clock_.when(time_) > kMostBehind) {
-                clock_.set(time_, clock_.speed(), now);
+        if (steps % kStepsBetween == 0 && mNow() - begin >= kLongestTurn) {
+            const Clock::time_point now = mNow();
+            if (now - mClock.when(mTime) > kMostBehind) {
+                mClock.set(mTime, mClock.speed(), now);
             }
             return;
         }
     }
-    time_ = limit;
+    mTime = limit;
 }
 
 /// Of what is due at the same time, the trace comes first, and what goes on by itself last.
 bool Simulation::runNext(VehicleTime limit) {
-    const std::optional<VehicleTime> trace = playback_.next();
-    const std::optional<VehicleTime> vehicle = vehicle_.next();
-    const std::optional<VehicleTime> task = tasks_.empty() ? std::nullopt : std::optional(tasks_.begin()->first);
+    const std::optional<VehicleTime> trace = mPlayback.next();
+    const std::optional<VehicleTime> vehicle = mVehicle.next();
+    const std::optional<VehicleTime> task = mTasks.empty() ? std::nullopt : std::optional(mTasks.begin()->first);
     VehicleTime next = VehicleTime::max();
     for (const auto& time : {trace, task, vehicle}) {
         next = std::min(next, time.value_or(next));
@@ -67,29 +67,29 @@ bool Simulation::runNext(VehicleTime limit) {
     if (next > limit || next == VehicleTime::max()) {
         return false;
     }
-    time_ = std::max(time_, next);
+    mTime = std::max(mTime, next);
     if (trace == next) {
-        playback_.runNext();
+        mPlayback.runNext();
     } else if (task == next) {
-        const Task due = std::move(tasks_.begin()->second);
-        tasks_.erase(tasks_.begin());
+        const Task due = std::move(mTasks.begin()->second);
+        mTasks.erase(mTasks.begin());
         due();
     } else {
-        vehicle_.runNext();
+        mVehicle.runNext();
     }
     return true;
 }
 
 std::optional<Clock::time_point> Simulation::next() const {
-    std::optional<VehicleTime> next = playback_.next();
+    std::optional<VehicleTime> next = mPlayback.next();
     const auto take = [&next](VehicleTime time) { next = next ? std::min(*next, time) : time; };
-    if (!tasks_.empty()) {
-        take(tasks_.begin()->first);
+    if (!mTasks.empty()) {
+        take(mTasks.begin()->first);
     }
-    if (const std::optional<VehicleTime> vehicle = vehicle_.next()) {
+    if (const std::optional<VehicleTime> vehicle = mVehicle.next()) {
         take(*vehicle);
     }
-    return next ? std::optional(clock_.when(*next)) : std::nullopt;
+    return next ? std::optional(mClock.when(*next)) : std::nullopt;
 }
 
 void Simulation::apply(const TraceAction& action) {
@@ -99,33 +99,33 @@ void Simulation::apply(const TraceAction& action) {
 
 void Simulation::pause() {
     run();
-    playback_.pause(time_);
+    mPlayback.pause(mTime);
 }
 
 void Simulation::resume() {
     run();
-    playback_.resume(time_);
+    mPlayback.resume(mTime);
 }
 
 void Simulation::setSpeed(double speed) {
     run();
-    clock_.set(time_, speed, now_());
+    mClock.set(mTime, speed, mNow());
 }
 
 void Simulation::seek(double position) {
     run();
-    vehicle_.playSilently(playback_.trace(), time_, [&] { playback_.seek(position, time_); });
-    clock_.set(time_, clock_.speed(), now_());  // what that took does not count
+    mVehicle.playSilently(mPlayback.trace(), mTime, [&] { mPlayback.seek(position, mTime); });
+    mClock.set(mTime, mClock.speed(), mNow());  // what that took does not count
 }
 
 void Simulation::at(VehicleTime time, Task task) {
-    tasks_.emplace(std::max(time, time_), std::move(task));
+    mTasks.emplace(std::max(time, mTime), std::move(task));
 }
 
 void Simulation::whenDone(Task task) {
     run();
-    const VehicleTime last = tasks_.empty() ? time_ : tasks_.rbegin()->first;
-    at(std::max(last, playback_.trace().empty() ? time_ : playback_.end(time_)), std::move(task));
+    const VehicleTime last = mTasks.empty() ? mTime : mTasks.rbegin()->first;
+    at(std::max(last, mPlayback.trace().empty() ? mTime : mPlayback.end(mTime)), std::move(task));
 }
 
 }  // namespace qvn::tools

@@ -31,7 +31,7 @@ public:
     std::optional<Clock::time_point> next() const;
 
     /// Lets an action happen at time(): for tasks.
-    void happen(const TraceAction& action) { vehicle_.apply(action, time_); }
+    void happen(const TraceAction& action) { mVehicle.apply(action, mTime); }
 
     // Each of these first lets happen what is due. None is called by a task.
     void apply(const TraceAction& action);
@@ -43,27 +43,27 @@ public:
     void seek(double position);
 
     /// The vehicle's time up to which everything has happened.
-    VehicleTime time() const { return time_; }
+    VehicleTime time() const { return mTime; }
     /// The vehicle's time now: the same, unless it is behind.
-    VehicleTime timeNow() const { return std::max(time_, clock_.at(now_())); }
+    VehicleTime timeNow() const { return std::max(mTime, mClock.at(mNow())); }
     /// Does something at a time of the vehicle's.
     void at(VehicleTime time, Task task);
     /// Does something when the trace, or this round of it, and all other tasks are done.
     void whenDone(Task task);
 
-    const Playback& playback() const { return playback_; }
-    const Vehicle& vehicle() const { return vehicle_; }
-    double speed() const { return clock_.speed(); }
+    const Playback& playback() const { return mPlayback; }
+    const Vehicle& vehicle() const { return mVehicle; }
+    double speed() const { return mClock.speed(); }
 
 private:
     bool runNext(VehicleTime limit);
 
-    Now now_;
-    VehicleClock clock_;
-    VehicleTime time_{0};
-    Vehicle vehicle_;
-    Playback playback_;
-    std::multimap<VehicleTime, Task> tasks_;
+    Now mNow;
+    VehicleClock mClock;
+    VehicleTime mTime{0};
+    Vehicle mVehicle;
+    Playback mPlayback;
+    std::multimap<VehicleTime, Task> mTasks;
 };
 
 }  // namespace qvn::tools

@@ -8,37 +8,37 @@
 
 namespace qvn::tools {
 
-Vehicle::Vehicle(Observer& observer, bool initialValues, CanDecoder* decoder) : observer_(observer), decoder_(decoder) {
+Vehicle::Vehicle(Observer& observer, bool initialValues, CanDecoder* decoder) : mObserver(observer), mDecoder(decoder) {
     if (initialValues) {
         for (const tables::DecodingRow& row : tables::kDecodingRules) {
-            initialValues_[row.code] = zeroValue(row);
+            mInitialValues[row.code] = zeroValue(row);
         }
     }
-    state_.values = initialValues_;
+    mState.values = mInitialValues;
 }
 
 void Vehicle::onGiven(std::uint32_t signal, const std::string& raw) {
-    if (!silent_) {
-        observer_.onGiven(signal, raw);
+    if (!mSilent) {
+        mObserver.onGiven(signal, raw);
     }
 }
 
 void Vehicle::onArrived(std::uint32_t signal, const std::string& raw) {
-    const std::string& shown = faults_.shown(signal, raw);
-    state_.values[signal] = shown;
-    if (!silent_) {
-        observer_.onValue(signal, shown);
+    const std::string& shown = mFaults.shown(signal, raw);
+    mState.values[signal] = shown;
+    if (!mSilent) {
+        mObserver.onValue(signal, shown);
     }
 }
 
 void Vehicle::onStatus(std::uint32_t message, bool timedOut) {
     if (timedOut) {
-        state_.timedOut.insert(message);
+        mState.timedOut.insert(message);
     } else {
-        state_.timedOut.erase(message);
+        mState.timedOut.erase(message);
     }
-    if (!silent_) {
-        observer_.onStatus(message, timedOut);
+    if (!mSilent) {
+        mObserver.onStatus(message, timedOut);
     }
 }
 
@@ -63,8 +63,8 @@ template <class Action>
 void Vehicle::enter(std::uint32_t code, VehicleTime now, const Action& action) {
     const std::optional<std::uint32_t> message = messageOf(code);
     const std::uint32_t key = message.value_or(code);
-    Lane& lane = lanes_.try_emplace(key, Lane{MessageLane(message, faults_, *this), {}}).first->second;
-    if (silent_) {
+    Lane& lane = mLanes.try_emplace(key, Lane{MessageLane(message, mFaults, *this), {}}).first->second;
+    if (mSilent) {
         lane.lane.skipTo(now);
     }
     action(lane.lane);
@@ -77,21 +77,21 @@ void Vehicle::schedule(std::uint32_t key, Lane& lane) {
         return;
     }
     if (lane.next) {
-        next_.erase({*lane.next, key});
+        mNext.erase({*lane.next, key});
     }
     if (next) {
-        next_.emplace(*next, key);
+        mNext.emplace(*next, key);
     }
     lane.next = next;
 }
 
 std::optional<VehicleTime> Vehicle::next() const {
-    return next_.empty() ? std::nullopt : std::optional(next_.begin()->first);
+    return mNext.empty() ? std::nullopt : std::optional(mNext.begin()->first);
 }
 
 void Vehicle::runNext() {
-    const std::uint32_t key = next_.begin()->second;
-    Lane& lane = lanes_.at(key);
+    const std::uint32_t key = mNext.begin()->second;
+    Lane& lane = mLanes.at(key);
     lane.lane.runNext();
     schedule(key, lane);
 }
@@ -110,8 +110,8 @@ void Vehicle::happen(const GenerateEvent& event, VehicleTime now) {
 }
 
 void Vehicle::happen(const StopEvent& event, VehicleTime now) {
-    if (!silent_) {
-        observer_.onStop(event.code);
+    if (!mSilent) {
+        mObserver.onStop(event.code);
     }
     enter(event.code, now, [&](MessageLane& lane) { lane.stop(event.code); });
 }
@@ -120,7 +120,7 @@ void Vehicle::happen(const MessageEvent& event, VehicleTime now) {
     enter(event.code, now, [&](MessageLane& lane) {
         lane.setByHand(event.timedOut);
         if (!event.timedOut) {
-            faults_.endSilence(event.code);
+            mFaults.endSilence(event.code);
         }
         onStatus(event.code, event.timedOut);
     });
@@ -128,35 +128,35 @@ void Vehicle::happen(const MessageEvent& event, VehicleTime now) {
 
 void Vehicle::happen(const FaultEvent& event, VehicleTime now) {
     enter(event.code, now, [&](MessageLane& lane) {
-        const auto value = state_.values.find(event.code);
-        const auto raw = value == state_.values.end() ? std::nullopt : std::optional(value->second);
-        if (const std::optional<std::string> shown = faults_.apply(event, raw)) {
+        const auto value = mState.values.find(event.code);
+        const auto raw = value == mState.values.end() ? std::nullopt : std::optional(value->second);
+        if (const std::optional<std::string> shown = mFaults.apply(event, raw)) {
             lane.receive(event.code, *shown, now);
         }
     });
-    if (!silent_) {
-        observer_.onFault(event);
+    if (!mSilent) {
+        mObserver.onFault(event);
     }
 }
 
 void Vehicle::happen(const ReverseEvent& event, VehicleTime /*now*/) {
-    state_.reverse = event.engaged;
-    if (!silent_) {
-        observer_.onReverse(event.engaged);
+    mState.reverse = event.engaged;
+    if (!mSilent) {
+        mObserver.onReverse(event.engaged);
     }
 }
 
 void Vehicle::happen(const ServiceEvent& event, VehicleTime /*now*/) {
-    const bool before = std::exchange(state_.serviceUp, event.up);
-    if (!silent_ && before != event.up) {
-        observer_.onService(event.up);
+    const bool before = std::exchange(mState.serviceUp, event.up);
+    if (!mSilent && before != event.up) {
+        mObserver.onService(event.up);
     }
 }
 
 void Vehicle::happen(const FrameEvent& event, VehicleTime now) {
-    const DecodedFrame decoded = decoder_->decode(event.frame);
+    const DecodedFrame decoded = mDecoder->decode(event.frame);
     for (const std::string& complaint : decoded.complaints) {
-        observer_.onComplaint(complaint);
+        mObserver.onComplaint(complaint);
     }
     for (const std::uint32_t message : decoded.messages) {
         enter(message, now, [&](MessageLane& lane) { lane.receiveMessage(now, decoded.period); });
@@ -170,27 +170,27 @@ void Vehicle::happen(const FrameEvent& event, VehicleTime now) {
 }
 
 void Vehicle::playSilently(const std::vector<TraceEvent>& trace, VehicleTime now, const std::function<void()>& play) {
-    const State told = state_;
-    silent_ = true;
+    const State told = mState;
+    mSilent = true;
     startAfresh(trace);
     play();
-    for (auto& [key, lane] : lanes_) {
+    for (auto& [key, lane] : mLanes) {
         lane.lane.skipTo(now + VehicleTime(1));
         schedule(key, lane);
     }
-    silent_ = false;
+    mSilent = false;
     tellDifference(told);
 }
 
 void Vehicle::startAfresh(const std::vector<TraceEvent>& trace) {
-    next_.clear();
-    lanes_.clear();
-    for (const auto& [signal, raw] : faults_.end()) {
-        state_.values[signal] = raw;
+    mNext.clear();
+    mLanes.clear();
+    for (const auto& [signal, raw] : mFaults.end()) {
+        mState.values[signal] = raw;
     }
-    state_.timedOut.clear();
-    if (decoder_) {
-        decoder_->forgetValues();
+    mState.timedOut.clear();
+    if (mDecoder) {
+        mDecoder->forgetValues();
     }
     for (const TraceEvent& event : trace) {
         std::visit([this](const auto& about) { reset(about); }, event.action);
@@ -198,47 +198,47 @@ void Vehicle::startAfresh(const std::vector<TraceEvent>& trace) {
 }
 
 void Vehicle::reset(const FrameEvent& event) {
-    for (const std::uint32_t code : decoder_->signalsIn(event.frame)) {
+    for (const std::uint32_t code : mDecoder->signalsIn(event.frame)) {
         forget(code);
     }
 }
 
 void Vehicle::forget(std::uint32_t signal) {
-    const auto initial = initialValues_.find(signal);
-    if (initial == initialValues_.end()) {
-        state_.values.erase(signal);
+    const auto initial = mInitialValues.find(signal);
+    if (initial == mInitialValues.end()) {
+        mState.values.erase(signal);
     } else {
-        state_.values[signal] = initial->second;
+        mState.values[signal] = initial->second;
     }
 }
 
 // A client repeats the values of a message that is back, so they come before; a service that comes back has all of it.
 void Vehicle::tellDifference(const State& told) {
-    if (told.serviceUp && !state_.serviceUp) {
-        observer_.onService(false);
+    if (told.serviceUp && !mState.serviceUp) {
+        mObserver.onService(false);
     }
     for (const auto& [signal, raw] : told.values) {
-        if (state_.values.count(signal) == 0) {
-            observer_.onNoValue(signal);
+        if (mState.values.count(signal) == 0) {
+            mObserver.onNoValue(signal);
         }
     }
-    for (const auto& [signal, raw] : state_.values) {
+    for (const auto& [signal, raw] : mState.values) {
         const auto before = told.values.find(signal);
         if (before == told.values.end() || before->second != raw) {
-            observer_.onValue(signal, raw);
+            mObserver.onValue(signal, raw);
         }
     }
     for (const tables::MessageRow& message : tables::kMessages) {
-        const bool timedOut = state_.timedOut.count(message.code) != 0;
+        const bool timedOut = mState.timedOut.count(message.code) != 0;
         if (timedOut != (told.timedOut.count(message.code) != 0)) {
-            observer_.onStatus(message.code, timedOut);
+            mObserver.onStatus(message.code, timedOut);
         }
     }
-    if (state_.reverse && state_.reverse != told.reverse) {
-        observer_.onReverse(*state_.reverse);
+    if (mState.reverse && mState.reverse != told.reverse) {
+        mObserver.onReverse(*mState.reverse);
     }
-    if (state_.serviceUp && !told.serviceUp) {
-        observer_.onService(true);
+    if (mState.serviceUp && !told.serviceUp) {
+        mObserver.onService(true);
     }
 }
 

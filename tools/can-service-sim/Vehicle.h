@@ -56,10 +56,10 @@ public:
     /// Whatever goes on, and whatever is wrong, ends; of the rest, what `trace` is about is as it was before all.
     void playSilently(const std::vector<TraceEvent>& trace, VehicleTime now, const std::function<void()>& play);
 
-    const std::map<std::uint32_t, std::string>& values() const { return state_.values; }
-    const Faults& faults() const { return faults_; }
+    const std::map<std::uint32_t, std::string>& values() const { return mState.values; }
+    const Faults& faults() const { return mFaults; }
     /// Whether the reverse line was engaged or released last; nothing when it was not moved.
-    std::optional<bool> reverse() const { return state_.reverse; }
+    std::optional<bool> reverse() const { return mState.reverse; }
 
 private:
     struct State {
@@ -70,7 +70,7 @@ private:
     };
     struct Lane {
         MessageLane lane;
-        std::optional<VehicleTime> next;  // as in next_
+        std::optional<VehicleTime> next;  // as in mNext
     };
 
     void onGiven(std::uint32_t signal, const std::string& raw) override;
@@ -96,20 +96,20 @@ private:
     void reset(const StopEvent&) {}
     void reset(const MessageEvent&) {}
     void reset(const FaultEvent&) {}
-    void reset(const ReverseEvent&) { state_.reverse = state_.reverse ? std::optional(false) : std::nullopt; }
-    void reset(const ServiceEvent&) { state_.serviceUp = true; }
+    void reset(const ReverseEvent&) { mState.reverse = mState.reverse ? std::optional(false) : std::nullopt; }
+    void reset(const ServiceEvent&) { mState.serviceUp = true; }
     void reset(const FrameEvent& event);
     void forget(std::uint32_t signal);
     void tellDifference(const State& told);
 
-    Observer& observer_;
-    CanDecoder* decoder_;
-    std::map<std::uint32_t, std::string> initialValues_;
-    State state_;
-    Faults faults_;
-    std::map<std::uint32_t, Lane> lanes_;                   // by message; by signal where it has none
-    std::set<std::pair<VehicleTime, std::uint32_t>> next_;  // of each lane in which something goes on
-    bool silent_ = false;
+    Observer& mObserver;
+    CanDecoder* mDecoder;
+    std::map<std::uint32_t, std::string> mInitialValues;
+    State mState;
+    Faults mFaults;
+    std::map<std::uint32_t, Lane> mLanes;                   // by message; by signal where it has none
+    std::set<std::pair<VehicleTime, std::uint32_t>> mNext;  // of each lane in which something goes on
+    bool mSilent = false;
 };
 
 }  // namespace qvn::tools

@@ -21,30 +21,30 @@ inline double secondsOf(VehicleTime time) {
 class VehicleClock {
 public:
     /// It begins now, at zero.
-    VehicleClock(double speed, Clock::time_point now) : speed_(speed), anchor_(now) {}
+    VehicleClock(double speed, Clock::time_point now) : mSpeed(speed), mAnchor(now) {}
 
-    double speed() const { return speed_; }
+    double speed() const { return mSpeed; }
 
     VehicleTime at(Clock::time_point time) const {
-        return time_ + std::chrono::floor<VehicleTime>((time - anchor_) * speed_);
+        return mTime + std::chrono::floor<VehicleTime>((time - mAnchor) * mSpeed);
     }
     /// The first moment at which it shows that time.
     Clock::time_point when(VehicleTime time) const {
-        return anchor_ + std::chrono::ceil<Clock::duration>(std::chrono::duration<double, std::nano>(
-                             static_cast<double>((time - time_).count()) / speed_));
+        return mAnchor + std::chrono::ceil<Clock::duration>(std::chrono::duration<double, std::nano>(
+                             static_cast<double>((time - mTime).count()) / mSpeed));
     }
 
     /// Goes on from `time` now, at that speed.
     void set(VehicleTime time, double speed, Clock::time_point now) {
-        time_ = time;
-        speed_ = speed;
-        anchor_ = now;
+        mTime = time;
+        mSpeed = speed;
+        mAnchor = now;
     }
 
 private:
-    double speed_;
-    Clock::time_point anchor_;
-    VehicleTime time_{0};
+    double mSpeed;
+    Clock::time_point mAnchor;
+    VehicleTime mTime{0};
 };
 
 }  // namespace qvn::tools

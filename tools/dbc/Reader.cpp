@@ -35,7 +35,7 @@ struct SignalPlace {
 /// Reads the sections one after the other.
 class Reader {
 public:
-    Reader(std::istream& input, const std::string& name) : syntax_(contentOf(input, name), name) {}
+    Reader(std::istream& input, const std::string& name) : mSyntax(contentOf(input, name), name) {}
 
     Database read(const Wanted& wanted);
 
@@ -46,7 +46,7 @@ private:
     void readSection();
     void leaveOut(const Mistake& mistake);
     void end();
-    void skip() { syntax_.skipSection(); }
+    void skip() { mSyntax.skipSection(); }
     std::string fullName(const SignalKey& key) const;
     void judgeFaults(const Wanted& wanted);
 
@@ -66,18 +66,18 @@ private:
 
     /// The signal that the next words name, if it is there.
     std::optional<SignalPlace> takeSignal();
-    Signal& at(const SignalPlace& place) { return database_.messages[place.message].signals[place.signal]; }
+    Signal& at(const SignalPlace& place) { return mDatabase.messages[place.message].signals[place.signal]; }
 
-    Syntax syntax_;
-    Database database_;
-    std::map<std::uint32_t, std::size_t> messages_;  // places, by the id as it is in the file
-    std::uint32_t lastMessage_ = 0;                  // its id in the file
-    std::map<std::string, ValueNames, std::less<>> valueTables_;
-    std::map<std::uint32_t, std::optional<double>> cycleTimes_;
-    std::optional<double> defaultCycleTime_;
-    std::map<SignalKey, std::string> longNames_;
-    std::vector<Fault> faults_;
-    std::vector<SignalKey> concerned_;  // by the section that is being read
+    Syntax mSyntax;
+    Database mDatabase;
+    std::map<std::uint32_t, std::size_t> mMessages;  // places, by the id as it is in the file
+    std::uint32_t mLastMessage = 0;                  // its id in the file
+    std::map<std::string, ValueNames, std::less<>> mValueTables;
+    std::map<std::uint32_t, std::optional<double>> mCycleTimes;
+    std::optional<double> mDefaultCycleTime;
+    std::map<SignalKey, std::string> mLongNames;
+    std::vector<Fault> mFaults;
+    std::vector<SignalKey> mConcerned;  // by the section that is being read
 };
 
 Reader::Section Reader::sectionNamed(std::string_view keyword) {
@@ -102,51 +102,51 @@ Reader::Section Reader::sectionNamed(std::string_view keyword) {
 }
 
 std::string Reader::fullName(const SignalKey& key) const {
-    const auto found = longNames_.find(key);
-    return found == longNames_.end() ? key.second : found->second;
+    const auto found = mLongNames.find(key);
+    return found == mLongNames.end() ? key.second : found->second;
 }
 
 /// What is wrong is left out, unless it matters.
 void Reader::judgeFaults(const Wanted& wanted) {
-    std::stable_sort(faults_.begin(), faults_.end(),
+    std::stable_sort(mFaults.begin(), mFaults.end(),
                      [](const Fault& a, const Fault& b) { return a.mistake.line() < b.mistake.line(); });
     const auto matters = [&](const SignalKey& key) { return wanted(fullName(key)); };
-    for (const Fault& fault : faults_) {
-        if (database_.messages.empty() || std::any_of(fault.signals.begin(), fault.signals.end(), matters)) {
+    for (const Fault& fault : mFaults) {
+        if (mDatabase.messages.empty() || std::any_of(fault.signals.begin(), fault.signals.end(), matters)) {
             throw SyntaxError(fault.mistake.what());
         }
-        database_.leftOut.emplace_back(fault.mistake.what());
+        mDatabase.leftOut.emplace_back(fault.mistake.what());
     }
 }
 
 Database Reader::read(const Wanted& wanted) {
-    while (!syntax_.atEnd()) {
+    while (!mSyntax.atEnd()) {
         readSection();
     }
     judgeFaults(wanted);
-    for (const auto& [id, place] : messages_) {
-        const auto given = cycleTimes_.find(id);
-        Message& message = database_.messages[place];
-        message.cycleTime = given == cycleTimes_.end() ? defaultCycleTime_ : given->second;
+    for (const auto& [id, place] : mMessages) {
+        const auto given = mCycleTimes.find(id);
+        Message& message = mDatabase.messages[place];
+        message.cycleTime = given == mCycleTimes.end() ? mDefaultCycleTime : given->second;
         for (Signal& signal : message.signals) {
             signal.name = fullName({id, signal.name});  // nothing uses the short one any more
         }
     }
-    return std::move(database_);
+    return std::move(mDatabase);
 }
 
 void Reader::readSection() {
     constexpr const char* kWhat = "a keyword such as BO_";
-    concerned_.clear();
-    syntax_.enter("at the beginning of a section");
+    mConcerned.clear();
+    mSyntax.enter("at the beginning of a section");
     try {
-        const Token keyword = syntax_.peek();
+        const Token keyword = mSyntax.peek();
         const Section known = sectionNamed(keyword.text);
         if (!std::all_of(keyword.text.begin(), keyword.text.end(), &isOfKeyword)) {
-            syntax_.fail(kWhat);
+            mSyntax.fail(kWhat);
         }
-        syntax_.name(kWhat);
-        syntax_.enter("in the section " + std::string(keyword.text));
+        mSyntax.name(kWhat);
+        mSyntax.enter("in the section " + std::string(keyword.text));
         (this->*(known ? known : &Reader::skip))();
     } catch (const Mistake& mistake) {
         leaveOut(mistake);
@@ -155,106 +155,106 @@ void Reader::readSection() {
 
 /// The ';' at the end of a section. Where it alone is missing nothing is lost.
 void Reader::end() {
-    if (syntax_.takeIf(";")) {
+    if (mSyntax.takeIf(";")) {
         return;
     }
     try {
-        syntax_.fail("';'");
+        mSyntax.fail("';'");
     } catch (const Mistake& mistake) {
-        if (!syntax_.atSectionEnd()) {
+        if (!mSyntax.atSectionEnd()) {
             throw;
         }
-        faults_.push_back({mistake, {}});
+        mFaults.push_back({mistake, {}});
     }
 }
 
 /// Passes over the section that is wrong, and over signals that follow: those of a message that is wrong.
 void Reader::leaveOut(const Mistake& mistake) {
     skip();
-    while (syntax_.takeIf("SG_")) {
-        concerned_.emplace_back(lastMessage_, syntax_.peek().text);
+    while (mSyntax.takeIf("SG_")) {
+        mConcerned.emplace_back(mLastMessage, mSyntax.peek().text);
         skip();
     }
-    faults_.push_back({mistake, concerned_});
+    mFaults.push_back({mistake, mConcerned});
 }
 
 /// The keywords that the file may use: each stands alone on its line, as no section's own keyword does.
 void Reader::readNewSymbols() {
-    syntax_.skipRestOfLine();
-    while (!syntax_.atEnd() && syntax_.peek().endsLine) {
-        syntax_.take();
+    mSyntax.skipRestOfLine();
+    while (!mSyntax.atEnd() && mSyntax.peek().endsLine) {
+        mSyntax.take();
     }
 }
 
 void Reader::readMessage() {
-    const int line = syntax_.peek().line;
+    const int line = mSyntax.peek().line;
     std::vector<Fault> faults;
-    Message message = dbc::readMessage(syntax_, &lastMessage_, faults);
-    const std::uint32_t id = lastMessage_;
+    Message message = dbc::readMessage(mSyntax, &mLastMessage, faults);
+    const std::uint32_t id = mLastMessage;
     if (id == kNoMessage) {
         return;
     }
-    std::move(faults.begin(), faults.end(), std::back_inserter(faults_));
-    if (!messages_.emplace(id, database_.messages.size()).second) {
+    std::move(faults.begin(), faults.end(), std::back_inserter(mFaults));
+    if (!mMessages.emplace(id, mDatabase.messages.size()).second) {
         concern(id, message);
-        throw syntax_.mistake(line, "there are two messages BO_ " + std::to_string(id) + "; expected one");
+        throw mSyntax.mistake(line, "there are two messages BO_ " + std::to_string(id) + "; expected one");
     }
-    database_.messages.push_back(std::move(message));
+    mDatabase.messages.push_back(std::move(message));
 }
 
 void Reader::concern(std::uint32_t id, const Message& message) {
     for (const Signal& signal : message.signals) {
-        concerned_.emplace_back(id, signal.name);
+        mConcerned.emplace_back(id, signal.name);
     }
 }
 
 void Reader::readStraySignal() {
-    concerned_.emplace_back(lastMessage_, syntax_.peek().text);
-    syntax_.fail("a message BO_ before its signals");
+    mConcerned.emplace_back(mLastMessage, mSyntax.peek().text);
+    mSyntax.fail("a message BO_ before its signals");
 }
 
 std::optional<SignalPlace> Reader::takeSignal() {
-    const std::uint32_t id = syntax_.whole("the id of a message", kLargestId);
-    const std::string_view name = syntax_.name("the name of a signal");
-    concerned_ = {{id, std::string(name)}};
-    const auto message = messages_.find(id);
-    if (message == messages_.end()) {
+    const std::uint32_t id = mSyntax.whole("the id of a message", kLargestId);
+    const std::string_view name = mSyntax.name("the name of a signal");
+    mConcerned = {{id, std::string(name)}};
+    const auto message = mMessages.find(id);
+    if (message == mMessages.end()) {
         return std::nullopt;
     }
-    const auto signal = findSignal(database_.messages[message->second], name);
+    const auto signal = findSignal(mDatabase.messages[message->second], name);
     return signal ? std::optional<SignalPlace>({message->second, *signal}) : std::nullopt;
 }
 
 std::optional<double> Reader::readCycleTime() {
     constexpr const char* kWhat = "a cycle time in milliseconds";
-    const Token token = syntax_.peek();
-    const double milliseconds = syntax_.number(kWhat);
+    const Token token = mSyntax.peek();
+    const double milliseconds = mSyntax.number(kWhat);
     if (milliseconds < 0.0 || milliseconds > kLongestCycle) {
-        syntax_.fail(kWhat, token);
+        mSyntax.fail(kWhat, token);
     }
     return milliseconds > 0.0 ? std::optional<double>(milliseconds / 1000.0) : std::nullopt;
 }
 
 void Reader::readAttributeDefault() {
-    if (syntax_.text() != kCycleTime) {
+    if (mSyntax.text() != kCycleTime) {
         skip();
         return;
     }
-    defaultCycleTime_ = readCycleTime();
+    mDefaultCycleTime = readCycleTime();
     end();
 }
 
 void Reader::readAttribute() {
-    const std::string name = syntax_.text();
-    if (name == kCycleTime && syntax_.takeIf("BO_")) {
-        const std::uint32_t id = syntax_.whole("the id of a message", kLargestId);
-        if (const auto message = messages_.find(id); message != messages_.end()) {
-            concern(id, database_.messages[message->second]);
+    const std::string name = mSyntax.text();
+    if (name == kCycleTime && mSyntax.takeIf("BO_")) {
+        const std::uint32_t id = mSyntax.whole("the id of a message", kLargestId);
+        if (const auto message = mMessages.find(id); message != mMessages.end()) {
+            concern(id, mDatabase.messages[message->second]);
         }
-        cycleTimes_[id] = readCycleTime();
-    } else if (name == kLongName && syntax_.takeIf("SG_")) {
+        mCycleTimes[id] = readCycleTime();
+    } else if (name == kLongName && mSyntax.takeIf("SG_")) {
         takeSignal();
-        longNames_[concerned_.front()] = syntax_.text();
+        mLongNames[mConcerned.front()] = mSyntax.text();
     } else {
         skip();
         return;
@@ -264,31 +264,31 @@ void Reader::readAttribute() {
 
 ValueNames Reader::readNames() {
     ValueNames names;
-    while (!syntax_.peek().is(";") && !syntax_.atSectionEnd()) {
-        const std::int64_t value = syntax_.wide("a whole number or ';'");
-        names[value] = syntax_.text();
+    while (!mSyntax.peek().is(";") && !mSyntax.atSectionEnd()) {
+        const std::int64_t value = mSyntax.wide("a whole number or ';'");
+        names[value] = mSyntax.text();
     }
     end();
     return names;
 }
 
 void Reader::readValueTable() {
-    std::string name(syntax_.name("the name of a table"));
-    valueTables_[std::move(name)] = readNames();
+    std::string name(mSyntax.name("the name of a table"));
+    mValueTables[std::move(name)] = readNames();
 }
 
 void Reader::readValueNames() {
-    const bool ofSignal = syntax_.peek().kind == Token::Word &&
-                          syntax_.peek().text.find_first_not_of("0123456789") == std::string_view::npos;
+    const bool ofSignal = mSyntax.peek().kind == Token::Word &&
+                          mSyntax.peek().text.find_first_not_of("0123456789") == std::string_view::npos;
     if (!ofSignal) {
         skip();  // those of an environment variable
         return;
     }
     const auto place = takeSignal();
-    const auto table = valueTables_.find(syntax_.peek().text);
-    const bool named = table != valueTables_.end();
+    const auto table = mValueTables.find(mSyntax.peek().text);
+    const bool named = table != mValueTables.end();
     if (named) {
-        syntax_.take();
+        mSyntax.take();
         end();
     }
     ValueNames names = named ? table->second : readNames();
@@ -299,16 +299,16 @@ void Reader::readValueNames() {
 
 void Reader::readValueType() {
     const auto place = takeSignal();
-    syntax_.takeIf(":");
-    const Token token = syntax_.peek();
-    const std::uint32_t type = syntax_.whole("0, 1 (float) or 2 (double)", 2);
+    mSyntax.takeIf(":");
+    const Token token = mSyntax.peek();
+    const std::uint32_t type = mSyntax.whole("0, 1 (float) or 2 (double)", 2);
     end();
     if (!place || type == 0) {
         return;
     }
     Signal& signal = at(*place);
     if (signal.bits != 32 * type) {
-        syntax_.fail("the type of a signal of " + std::to_string(signal.bits) + " bits", token);
+        mSyntax.fail("the type of a signal of " + std::to_string(signal.bits) + " bits", token);
     }
     signal.type = type == 1 ? ValueType::Float : ValueType::Double;
 }
@@ -316,17 +316,17 @@ void Reader::readValueType() {
 /// Which values of which multiplexor select a signal.
 void Reader::readMultiplexing() {
     const auto place = takeSignal();
-    const Token word = syntax_.peek();
-    const std::string_view name = syntax_.name("the name of a multiplexor");
-    const auto multiplexor = place ? findSignal(database_.messages[place->message], name) : std::nullopt;
+    const Token word = mSyntax.peek();
+    const std::string_view name = mSyntax.name("the name of a multiplexor");
+    const auto multiplexor = place ? findSignal(mDatabase.messages[place->message], name) : std::nullopt;
     if (place && !multiplexor) {
-        syntax_.fail("a signal of the same message", word);
+        mSyntax.fail("a signal of the same message", word);
     }
     std::vector<Range> ranges;
     do {
-        const std::uint64_t first = syntax_.whole("the range of values", kLargestId);
-        ranges.push_back({first, syntax_.rangeEnd()});
-    } while (syntax_.takeIf(","));
+        const std::uint64_t first = mSyntax.whole("the range of values", kLargestId);
+        ranges.push_back({first, mSyntax.rangeEnd()});
+    } while (mSyntax.takeIf(","));
     end();
     if (place) {
         at(*place).selection = Selection{*multiplexor, std::move(ranges)};

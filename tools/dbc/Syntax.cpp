@@ -39,16 +39,16 @@ std::string shown(std::string_view word) {
 }
 
 bool Syntax::takeIf(std::string_view word) {
-    if (!tokens_.peek().is(word)) {
+    if (!mTokens.peek().is(word)) {
         return false;
     }
-    tokens_.take();
+    mTokens.take();
     return true;
 }
 
 void Syntax::skipRestOfLine() {
-    for (bool goesOn = false; !atEnd() && (goesOn || !tokens_.peek().startsLine);) {
-        goesOn = tokens_.take().is(",");
+    for (bool goesOn = false; !atEnd() && (goesOn || !mTokens.peek().startsLine);) {
+        goesOn = mTokens.take().is(",");
     }
 }
 
@@ -61,17 +61,17 @@ void Syntax::skipSection() {
 }
 
 std::string_view Syntax::name(const char* what) {
-    if (tokens_.peek().kind != Token::Word) {
+    if (mTokens.peek().kind != Token::Word) {
         fail(what);
     }
-    return tokens_.take().text;
+    return mTokens.take().text;
 }
 
 std::string Syntax::text() {
-    if (tokens_.peek().kind != Token::Text) {
+    if (mTokens.peek().kind != Token::Text) {
         fail("a text in '\"'");
     }
-    std::string text(tokens_.take().text);
+    std::string text(mTokens.take().text);
     for (std::size_t at = 0; (at = text.find("\\\"", at)) != std::string::npos; ++at) {
         text.erase(at, 1);
     }
@@ -85,44 +85,44 @@ void Syntax::mark(std::string_view mark) {
 }
 
 double Syntax::number(const char* what) {
-    const auto number = parsed<double>(tokens_.peek().text);
-    if (tokens_.peek().kind != Token::Word || !number || !std::isfinite(*number)) {
+    const auto number = parsed<double>(mTokens.peek().text);
+    if (mTokens.peek().kind != Token::Word || !number || !std::isfinite(*number)) {
         fail(what);
     }
-    tokens_.take();
+    mTokens.take();
     return *number;
 }
 
 std::uint32_t Syntax::whole(const char* what, std::uint32_t most, std::uint32_t least) {
-    const auto number = parsed<std::uint32_t>(tokens_.peek().text);
-    if (tokens_.peek().kind != Token::Word || !number || *number > most || *number < least) {
+    const auto number = parsed<std::uint32_t>(mTokens.peek().text);
+    if (mTokens.peek().kind != Token::Word || !number || *number > most || *number < least) {
         fail(what);
     }
-    tokens_.take();
+    mTokens.take();
     return *number;
 }
 
 std::int64_t Syntax::wide(const char* what) {
-    const std::string_view text = tokens_.peek().text;
+    const std::string_view text = mTokens.peek().text;
     const auto isSigned = parsed<std::int64_t>(text);
     const auto isUnsigned = parsed<std::uint64_t>(text);
-    if (tokens_.peek().kind != Token::Word || (!isSigned && !isUnsigned)) {
+    if (mTokens.peek().kind != Token::Word || (!isSigned && !isUnsigned)) {
         fail(what);
     }
-    tokens_.take();
+    mTokens.take();
     return isSigned ? *isSigned : static_cast<std::int64_t>(*isUnsigned);
 }
 
 std::uint64_t Syntax::rangeEnd() {
     takeIf("-");
     // Without a blank before it, the '-' is read as the number's sign.
-    std::string_view text = tokens_.peek().text;
+    std::string_view text = mTokens.peek().text;
     text.remove_prefix(text.substr(0, 1) == "-" ? 1 : 0);
     const auto number = parsed<std::uint64_t>(text);
-    if (tokens_.peek().kind != Token::Word || !number) {
+    if (mTokens.peek().kind != Token::Word || !number) {
         fail("the end of a range such as 3-5");
     }
-    tokens_.take();
+    mTokens.take();
     return *number;
 }
 
@@ -130,12 +130,12 @@ void Syntax::fail(const std::string& expected) const {
     if (!atSectionEnd()) {
         fail(expected, peek());
     }
-    const Token& last = tokens_.last();
-    throw mistake(last.lastLine, "expected " + expected + " after " + described(last) + " " + place_);
+    const Token& last = mTokens.last();
+    throw mistake(last.lastLine, "expected " + expected + " after " + described(last) + " " + mPlace);
 }
 
 void Syntax::fail(const std::string& expected, const Token& found) const {
-    throw mistake(found.line, "expected " + expected + " instead of " + described(found) + " " + place_);
+    throw mistake(found.line, "expected " + expected + " instead of " + described(found) + " " + mPlace);
 }
 
 }  // namespace qvn::dbc

@@ -16,27 +16,27 @@ std::string shown(std::string_view word);
 /// One thing that is wrong in a file; what() is "NAME:LINE: ...". The file may be of use without it.
 class Mistake : public std::runtime_error {
 public:
-    Mistake(int line, const std::string& text) : std::runtime_error(text), line_(line) {}
-    int line() const { return line_; }
+    Mistake(int line, const std::string& text) : std::runtime_error(text), mLine(line) {}
+    int line() const { return mLine; }
 
 private:
-    int line_;
+    int mLine;
 };
 
 /// Takes what a file must have next. Each call throws Mistake when something else is there: with the word, what is
 /// expected, and the place that was entered last.
 class Syntax {
 public:
-    Syntax(std::string content, std::string name) : tokens_(std::move(content), std::move(name)) {}
+    Syntax(std::string content, std::string name) : mTokens(std::move(content), std::move(name)) {}
 
     /// "in the message BO_ 291": what is read from here on.
-    void enter(std::string place) { place_ = std::move(place); }
+    void enter(std::string place) { mPlace = std::move(place); }
 
-    const Token& peek() const { return tokens_.peek(); }
-    bool atEnd() const { return tokens_.peek().kind == Token::End; }
+    const Token& peek() const { return mTokens.peek(); }
+    bool atEnd() const { return mTokens.peek().kind == Token::End; }
     /// Whether the next section begins here, or the file ends.
     bool atSectionEnd() const { return atEnd() || peek().beginsSection(); }
-    Token take() { return tokens_.take(); }
+    Token take() { return mTokens.take(); }
     /// Takes the next token if it is this word or mark.
     bool takeIf(std::string_view word);
     /// Passes over a list of names, which goes on in the next line after a comma.
@@ -57,11 +57,11 @@ public:
     /// What is missing at the end of a section is missed in its last line, not where the next one begins.
     [[noreturn]] void fail(const std::string& expected) const;
     [[noreturn]] void fail(const std::string& expected, const Token& found) const;
-    Mistake mistake(int line, const std::string& text) const { return {line, tokens_.located(line, text)}; }
+    Mistake mistake(int line, const std::string& text) const { return {line, mTokens.located(line, text)}; }
 
 private:
-    Tokens tokens_;
-    std::string place_;
+    Tokens mTokens;
+    std::string mPlace;
 };
 
 }  // namespace qvn::dbc

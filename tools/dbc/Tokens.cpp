@@ -31,30 +31,30 @@ bool Token::beginsSection() const {
     return kind == Word && startsLine && (keyword || text == "VERSION");
 }
 
-Tokens::Tokens(std::string content, std::string name) : content_(std::move(content)), name_(std::move(name)) {
-    if (content_.compare(0, kByteOrderMark.size(), kByteOrderMark) == 0) {
-        position_ = kByteOrderMark.size();
+Tokens::Tokens(std::string content, std::string name) : mContent(std::move(content)), mName(std::move(name)) {
+    if (mContent.compare(0, kByteOrderMark.size(), kByteOrderMark) == 0) {
+        mPosition = kByteOrderMark.size();
     }
-    next_ = read();
-    next_.startsLine = true;
+    mNext = read();
+    mNext.startsLine = true;
 }
 
 Token Tokens::take() {
-    last_ = next_;
-    next_ = read();
-    return last_;
+    mLast = mNext;
+    mNext = read();
+    return mLast;
 }
 
 std::string Tokens::located(int line, const std::string& text) const {
-    return name_ + ":" + std::to_string(line) + ": " + text;
+    return mName + ":" + std::to_string(line) + ": " + text;
 }
 
 void Tokens::skipBlanksAndRemarks() {
-    while (position_ < content_.size()) {
-        if (isRemark(position_)) {
-            position_ = std::min(content_.find('\n', position_), content_.size());
-        } else if (isOneOf(content_[position_], kBlanks)) {
-            line_ += content_[position_++] == '\n' ? 1 : 0;
+    while (mPosition < mContent.size()) {
+        if (isRemark(mPosition)) {
+            mPosition = std::min(mContent.find('\n', mPosition), mContent.size());
+        } else if (isOneOf(mContent[mPosition], kBlanks)) {
+            mLine += mContent[mPosition++] == '\n' ? 1 : 0;
         } else {
             return;
         }
@@ -62,73 +62,73 @@ void Tokens::skipBlanksAndRemarks() {
 }
 
 Token Tokens::read() {
-    const int lineBefore = line_;
+    const int lineBefore = mLine;
     skipBlanksAndRemarks();
     Token token;
-    token.line = line_;
-    token.startsLine = line_ != lineBefore;
-    if (position_ == content_.size()) {
+    token.line = mLine;
+    token.startsLine = mLine != lineBefore;
+    if (mPosition == mContent.size()) {
         return token;
     }
-    if (content_[position_] == '"') {
+    if (mContent[mPosition] == '"') {
         readText(token);
     } else {
         readWord(token);
     }
-    const std::size_t next = content_.find_first_not_of(" \t\r", position_);
-    token.endsLine = next == std::string::npos || content_[next] == '\n' || isRemark(next);
-    token.lastLine = line_;
+    const std::size_t next = mContent.find_first_not_of(" \t\r", mPosition);
+    token.endsLine = next == std::string::npos || mContent[next] == '\n' || isRemark(next);
+    token.lastLine = mLine;
     return token;
 }
 
 void Tokens::readText(Token& token) {
-    const std::size_t begin = position_ + 1;
+    const std::size_t begin = mPosition + 1;
     std::size_t end = begin;
-    while (end < content_.size() && content_[end] != '"') {
-        end += content_.compare(end, 2, "\\\"") == 0 && !endsText(end) ? 2 : 1;
+    while (end < mContent.size() && mContent[end] != '"') {
+        end += mContent.compare(end, 2, "\\\"") == 0 && !endsText(end) ? 2 : 1;
     }
-    if (end >= content_.size()) {
-        throw SyntaxError(located(line_, "the text that begins here has no end; expected another '\"'"));
+    if (end >= mContent.size()) {
+        throw SyntaxError(located(mLine, "the text that begins here has no end; expected another '\"'"));
     }
     token.kind = Token::Text;
-    token.text = std::string_view(content_).substr(begin, end - begin);
-    line_ += static_cast<int>(std::count(token.text.begin(), token.text.end(), '\n'));
-    position_ = end + 1;
+    token.text = std::string_view(mContent).substr(begin, end - begin);
+    mLine += static_cast<int>(std::count(token.text.begin(), token.text.end(), '\n'));
+    mPosition = end + 1;
 }
 
 /// Whether the backslash belongs to the text and the '"' after it does not, as of a path: the statement ends there, and
 /// another one begins in the next line.
 bool Tokens::endsText(std::size_t backslash) const {
-    const std::size_t semicolon = content_.find_first_not_of(" \t", backslash + 2);
-    if (semicolon == std::string::npos || content_[semicolon] != ';') {
+    const std::size_t semicolon = mContent.find_first_not_of(" \t", backslash + 2);
+    if (semicolon == std::string::npos || mContent[semicolon] != ';') {
         return false;
     }
-    const std::size_t next = content_.find_first_not_of(kBlanks, semicolon + 1);
+    const std::size_t next = mContent.find_first_not_of(kBlanks, semicolon + 1);
     if (next == std::string::npos) {
         return true;
     }
-    const std::string_view rest = std::string_view(content_).substr(next);
+    const std::string_view rest = std::string_view(mContent).substr(next);
     const std::size_t end =
         static_cast<std::size_t>(std::find_if_not(rest.begin(), rest.end(), &isOfKeyword) - rest.begin());
-    const bool ofNextLine = content_.find('\n', semicolon) < next;
+    const bool ofNextLine = mContent.find('\n', semicolon) < next;
     return ofNextLine && (isRemark(next) || (end > 0 && rest[end - 1] == '_'));
 }
 
 void Tokens::readWord(Token& token) {
-    const bool isMark = isOneOf(content_[position_], kMarks) && !isSign(position_);
-    const std::size_t end = isMark ? position_ + 1 : endOfWord();
+    const bool isMark = isOneOf(mContent[mPosition], kMarks) && !isSign(mPosition);
+    const std::size_t end = isMark ? mPosition + 1 : endOfWord();
     token.kind = isMark ? Token::Mark : Token::Word;
-    token.text = std::string_view(content_).substr(position_, end - position_);
-    position_ = end;
+    token.text = std::string_view(mContent).substr(mPosition, end - mPosition);
+    mPosition = end;
 }
 
 std::size_t Tokens::endOfWord() const {
-    const bool number = beginsNumber(content_[position_]) || isSign(position_);
-    std::size_t end = position_ + 1;
-    for (; end < content_.size(); ++end) {
-        const bool ofExponent = number && isOneOf(content_[end - 1], "eE") && isSign(end);
-        if (isOneOf(content_[end], kBlanks) || content_[end] == '"' ||
-            (isOneOf(content_[end], kMarks) && !ofExponent) || isRemark(end)) {
+    const bool number = beginsNumber(mContent[mPosition]) || isSign(mPosition);
+    std::size_t end = mPosition + 1;
+    for (; end < mContent.size(); ++end) {
+        const bool ofExponent = number && isOneOf(mContent[end - 1], "eE") && isSign(end);
+        if (isOneOf(mContent[end], kBlanks) || mContent[end] == '"' ||
+            (isOneOf(mContent[end], kMarks) && !ofExponent) || isRemark(end)) {
             break;
         }
     }
@@ -136,7 +136,7 @@ std::size_t Tokens::endOfWord() const {
 }
 
 bool Tokens::isSign(std::size_t position) const {
-    return isOneOf(content_[position], "+-") && position + 1 < content_.size() && beginsNumber(content_[position + 1]);
+    return isOneOf(mContent[position], "+-") && position + 1 < mContent.size() && beginsNumber(mContent[position + 1]);
 }
 
 }  // namespace qvn::dbc

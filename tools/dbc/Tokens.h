@@ -32,11 +32,11 @@ public:
     Tokens(const Tokens&) = delete;
     Tokens& operator=(const Tokens&) = delete;
 
-    const Token& peek() const { return next_; }
+    const Token& peek() const { return mNext; }
     /// @throws SyntaxError when the token after it is a text without an end
     Token take();
     /// The token that was taken last.
-    const Token& last() const { return last_; }
+    const Token& last() const { return mLast; }
 
     /// "NAME:LINE: ..."
     std::string located(int line, const std::string& text) const;
@@ -49,14 +49,14 @@ private:
     bool endsText(std::size_t backslash) const;
     std::size_t endOfWord() const;
     bool isSign(std::size_t position) const;
-    bool isRemark(std::size_t position) const { return content_.compare(position, 2, "//") == 0; }
+    bool isRemark(std::size_t position) const { return mContent.compare(position, 2, "//") == 0; }
 
-    std::string content_;
-    std::string name_;
-    std::size_t position_ = 0;
-    int line_ = 1;
-    Token last_;
-    Token next_;
+    std::string mContent;
+    std::string mName;
+    std::size_t mPosition = 0;
+    int mLine = 1;
+    Token mLast;
+    Token mNext;
 };
 
 }  // namespace qvn::dbc

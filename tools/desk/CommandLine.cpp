@@ -108,27 +108,27 @@ std::string withoutBrackets(const std::string& text) {
 }  // namespace
 
 CommandLine::Option& CommandLine::Option::needs(const char* other) {
-    option_->needs(std::string(other));
+    mOption->needs(std::string(other));
     return *this;
 }
 
 CommandLine::Option& CommandLine::Option::excludes(const char* other) {
-    option_->excludes(std::string(other));
+    mOption->excludes(std::string(other));
     return *this;
 }
 
 CommandLine::Option& CommandLine::Option::check(std::function<std::string(const std::string&)> complaint) {
-    option_->check(
+    mOption->check(
         CLI::Validator([complaint = std::move(complaint)](std::string& text) { return complaint(text); }, ""));
     return *this;
 }
 
 bool CommandLine::Option::given() const {
-    return option_->count() != 0;
+    return mOption->count() != 0;
 }
 
 CommandLine::CommandLine(const std::string& tool, const std::string& about)
-    : app_(std::make_shared<CLI::App>(about, tool)) {}
+    : mApp(std::make_shared<CLI::App>(about, tool)) {}
 
 // CLI11's own conversions are templates, which take longer to compile than all of this file.
 CLI::Option* CommandLine::add(const std::string& usage, const char* about, const std::string& shownDefault, Take take) {
@@ -139,7 +139,7 @@ CLI::Option* CommandLine::add(const std::string& usage, const char* about, const
         take(words);
         return true;
     };
-    CLI::Option* const option = app_->add_option(withoutBrackets(names), callback, about);
+    CLI::Option* const option = mApp->add_option(withoutBrackets(names), callback, about);
     option->type_name(valueName)->default_str(shownDefault);
     option->required(names.front() != '-' && names.front() != '[');
     if (!valueName.empty() && valueName.front() == '[') {
@@ -149,7 +149,7 @@ CLI::Option* CommandLine::add(const std::string& usage, const char* about, const
 }
 
 CommandLine::Option CommandLine::flag(const char* names, bool& given, const char* about) {
-    return Option(app_->add_flag(names, given, about));
+    return Option(mApp->add_flag(names, given, about));
 }
 
 CommandLine::Option CommandLine::option(const char* usage, std::string& value, const char* about) {
@@ -179,39 +179,39 @@ CommandLine::Option CommandLine::option(const char* usage, std::optional<long>& 
 }
 
 CommandLine CommandLine::command(const char* name, const char* about) {
-    app_->require_subcommand(0, 1);
-    app_->fallthrough();
-    CLI::App* const command = app_->add_subcommand(name, about);
-    return CommandLine(app_->get_subcommand_ptr(command));
+    mApp->require_subcommand(0, 1);
+    mApp->fallthrough();
+    CLI::App* const command = mApp->add_subcommand(name, about);
+    return CommandLine(mApp->get_subcommand_ptr(command));
 }
 
 void CommandLine::whenRead(std::function<void()> call) {
-    app_->callback(std::move(call));
+    mApp->callback(std::move(call));
 }
 
 void CommandLine::closeHelpWith(const std::string& text) {
-    app_->footer(text);
+    mApp->footer(text);
 }
 
 std::string CommandLine::help() const {
-    return app_->help();
+    return mApp->help();
 }
 
 std::optional<int> CommandLine::read(int argc, char** argv, Output& output) {
-    app_->set_version_flag("--version", app_->get_name() + " " QVN_VERSION, "Print the version and end");
+    mApp->set_version_flag("--version", mApp->get_name() + " " QVN_VERSION, "Print the version and end");
     try {
-        app_->parse(argc, argv);
+        mApp->parse(argc, argv);
         return std::nullopt;
     } catch (const CLI::ParseError& error) {
         std::ostringstream help, errors;
-        if (app_->exit(error, help, errors) == 0) {
+        if (mApp->exit(error, help, errors) == 0) {
             output.write(help.str());
             return kDone;
         }
-        const std::vector<CLI::App*> selected = app_->get_subcommands();
-        const CLI::App& command = selected.empty() ? *app_ : *selected.front();
-        const std::string tool = app_->get_name() + (selected.empty() ? "" : " " + command.get_name());
-        const std::string text = complaint(*app_, command, error);
+        const std::vector<CLI::App*> selected = mApp->get_subcommands();
+        const CLI::App& command = selected.empty() ? *mApp : *selected.front();
+        const std::string tool = mApp->get_name() + (selected.empty() ? "" : " " + command.get_name());
+        const std::string text = complaint(*mApp, command, error);
         throw BadInput(text + (text.back() == '?' ? "" : "; see '" + tool + " --help'"));
     }
 }

@@ -26,7 +26,7 @@ public:
     class Option {
     public:
         Option() = default;
-        explicit Option(CLI::Option* option) : option_(option) {}
+        explicit Option(CLI::Option* option) : mOption(option) {}
 
         /// Names an option that was declared before, as "--dbc".
         Option& needs(const char* other);
@@ -38,7 +38,7 @@ public:
         bool given() const;
 
     private:
-        CLI::Option* option_ = nullptr;
+        CLI::Option* mOption = nullptr;
     };
 
     struct Range {
@@ -74,12 +74,12 @@ public:
     std::optional<int> read(int argc, char** argv, Output& output);
 
 private:
-    explicit CommandLine(std::shared_ptr<CLI::App> app) : app_(std::move(app)) {}
+    explicit CommandLine(std::shared_ptr<CLI::App> app) : mApp(std::move(app)) {}
 
     using Take = std::function<void(const std::vector<std::string>& words)>;
     CLI::Option* add(const std::string& usage, const char* about, const std::string& shownDefault, Take take);
 
-    std::shared_ptr<CLI::App> app_;
+    std::shared_ptr<CLI::App> mApp;
 };
 
 }  // namespace qvn::tools

@@ -11,19 +11,19 @@ namespace qvn::tools {
 class FileDescriptor {
 public:
     /// @throws std::system_error when `fd` is negative, with errno as `what` left it
-    FileDescriptor(int fd, const char* what) : fd_(fd) {
-        if (fd_ < 0) {
+    FileDescriptor(int fd, const char* what) : mFd(fd) {
+        if (mFd < 0) {
             throw std::system_error(errno, std::generic_category(), what);
         }
     }
-    ~FileDescriptor() { close(fd_); }
+    ~FileDescriptor() { close(mFd); }
     FileDescriptor(const FileDescriptor&) = delete;
     FileDescriptor& operator=(const FileDescriptor&) = delete;
 
-    int get() const { return fd_; }
+    int get() const { return mFd; }
 
 private:
-    int fd_;
+    int mFd;
 };
 
 }  // namespace qvn::tools

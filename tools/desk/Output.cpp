@@ -45,49 +45,49 @@ private:
     bool awaitText();
     void fail(int error);
 
-    WakeUp added_;
-    sync::Mutex mutex_;
-    std::deque<std::string> waiting_ QVN_GUARDED_BY(mutex_);
-    std::size_t bytes_ QVN_GUARDED_BY(mutex_) = 0;
-    long inHand_ QVN_GUARDED_BY(mutex_) = 0;  // texts that the thread is writing
-    long dropped_ QVN_GUARDED_BY(mutex_) = 0;
-    int error_ QVN_GUARDED_BY(mutex_) = 0;
-    bool closed_ QVN_GUARDED_BY(mutex_) = false;
+    WakeUp mAdded;
+    sync::Mutex mMutex;
+    std::deque<std::string> mWaiting QVN_GUARDED_BY(mMutex);
+    std::size_t mBytes QVN_GUARDED_BY(mMutex) = 0;
+    long mInHand QVN_GUARDED_BY(mMutex) = 0;  // texts that the thread is writing
+    long mDropped QVN_GUARDED_BY(mMutex) = 0;
+    int mError QVN_GUARDED_BY(mMutex) = 0;
+    bool mClosed QVN_GUARDED_BY(mMutex) = false;
 };
 
 void Output::Writer::add(std::string text) {
-    const sync::MutexLock lock(mutex_);
-    if (error_ != 0 || text.empty()) {
+    const sync::MutexLock lock(mMutex);
+    if (mError != 0 || text.empty()) {
         return;
     }
-    bytes_ += text.size();
-    waiting_.push_back(std::move(text));
-    for (; bytes_ > kMostWaiting && waiting_.size() > 1; ++dropped_) {
-        bytes_ -= waiting_.front().size();
-        waiting_.pop_front();
+    mBytes += text.size();
+    mWaiting.push_back(std::move(text));
+    for (; mBytes > kMostWaiting && mWaiting.size() > 1; ++mDropped) {
+        mBytes -= mWaiting.front().size();
+        mWaiting.pop_front();
     }
-    added_.notify();
+    mAdded.notify();
 }
 
 void Output::Writer::close() {
-    const sync::MutexLock lock(mutex_);
-    closed_ = true;
-    added_.notify();
+    const sync::MutexLock lock(mMutex);
+    mClosed = true;
+    mAdded.notify();
 }
 
 bool Output::Writer::idle() {
-    const sync::MutexLock lock(mutex_);
-    return waiting_.empty() && inHand_ == 0;
+    const sync::MutexLock lock(mMutex);
+    return mWaiting.empty() && mInHand == 0;
 }
 
 int Output::Writer::error() {
-    const sync::MutexLock lock(mutex_);
-    return error_;
+    const sync::MutexLock lock(mMutex);
+    return mError;
 }
 
 long Output::Writer::leftOut() {
-    const sync::MutexLock lock(mutex_);
-    return dropped_ + inHand_ + static_cast<long>(waiting_.size());
+    const sync::MutexLock lock(mMutex);
+    return mDropped + mInHand + static_cast<long>(mWaiting.size());
 }
 
 void Output::Writer::run() {
@@ -102,17 +102,17 @@ void Output::Writer::run() {
 /// What to write next; waits for it. Nothing at the end.
 std::string Output::Writer::next() {
     do {
-        const sync::MutexLock lock(mutex_);
+        const sync::MutexLock lock(mMutex);
         std::string text;
-        inHand_ = 0;
+        mInHand = 0;
         // No more than a pipe takes at once: it is counted as a whole when the reader does not get it.
-        while (!closed_ && !waiting_.empty() && (text.empty() || text.size() + waiting_.front().size() <= PIPE_BUF)) {
-            bytes_ -= waiting_.front().size();
-            text += waiting_.front();
-            waiting_.pop_front();
-            ++inHand_;
+        while (!mClosed && !mWaiting.empty() && (text.empty() || text.size() + mWaiting.front().size() <= PIPE_BUF)) {
+            mBytes -= mWaiting.front().size();
+            text += mWaiting.front();
+            mWaiting.pop_front();
+            ++mInHand;
         }
-        if (closed_ || !text.empty()) {
+        if (mClosed || !text.empty()) {
             return text;
         }
         settled.notify();
@@ -122,39 +122,39 @@ std::string Output::Writer::next() {
 
 /// False when the reader goes away instead.
 bool Output::Writer::awaitText() {
-    pollfd fds[] = {{STDOUT_FILENO, 0, 0}, {added_.fd(), POLLIN, 0}};
+    pollfd fds[] = {{STDOUT_FILENO, 0, 0}, {mAdded.fd(), POLLIN, 0}};
     poll(fds, 2, -1);
     if (fds[0].revents != 0) {
         fail((fds[0].revents & POLLNVAL) != 0 ? EBADF : EPIPE);
         return false;
     }
-    added_.clear();
+    mAdded.clear();
     return true;
 }
 
 void Output::Writer::fail(int error) {
-    const sync::MutexLock lock(mutex_);
-    error_ = error;
-    waiting_.clear();
+    const sync::MutexLock lock(mMutex);
+    mError = error;
+    mWaiting.clear();
     settled.notify();
     failed.notify();
 }
 
 Output::Output(const StopSignals& stop)
-    : stop_(stop), writer_(std::make_shared<Writer>()), thread_([writer = writer_] { writer->run(); }) {}
+    : mStop(stop), mWriter(std::make_shared<Writer>()), mThread([writer = mWriter] { writer->run(); }) {}
 
 Output::~Output() {
-    writer_->close();
+    mWriter->close();
     // A thread that hangs in a write ends with the process.
     if (idle() || gone()) {
-        thread_.join();
+        mThread.join();
     } else {
-        thread_.detach();
+        mThread.detach();
     }
 }
 
 void Output::write(std::string text) {
-    writer_->add(std::move(text));
+    mWriter->add(std::move(text));
 }
 
 void Output::print(const char* format, ...) {
@@ -170,37 +170,37 @@ void Output::print(const char* format, ...) {
 }
 
 bool Output::idle() const {
-    return writer_->idle();
+    return mWriter->idle();
 }
 
 bool Output::gone() const {
-    return writer_->error() != 0;
+    return mWriter->error() != 0;
 }
 
 int Output::fd() const {
-    return writer_->failed.fd();
+    return mWriter->failed.fd();
 }
 
 void Output::drain() {
-    while (!hurried_ && !idle() && !gone()) {
-        pollfd fds[] = {{writer_->settled.fd(), POLLIN, 0}, {stop_.fd(), POLLIN, 0}};
+    while (!mHurried && !idle() && !gone()) {
+        pollfd fds[] = {{mWriter->settled.fd(), POLLIN, 0}, {mStop.fd(), POLLIN, 0}};
         poll(fds, 2, -1);
-        writer_->settled.clear();
-        hurried_ = fds[1].revents != 0;
+        mWriter->settled.clear();
+        mHurried = fds[1].revents != 0;
     }
-    if (!giveUp_) {
-        giveUp_ = Clock::now() + kHurriedWait;
+    if (!mGiveUp) {
+        mGiveUp = Clock::now() + kHurriedWait;
     }
-    while (!idle() && !gone() && Clock::now() < *giveUp_) {
-        pollfd settled{writer_->settled.fd(), POLLIN, 0};
+    while (!idle() && !gone() && Clock::now() < *mGiveUp) {
+        pollfd settled{mWriter->settled.fd(), POLLIN, 0};
         poll(&settled, 1, static_cast<int>(kHurriedWait.count()));
-        writer_->settled.clear();
+        mWriter->settled.clear();
     }
 }
 
 bool Output::finish(std::string* complaint) {
     drain();
-    const int error = writer_->error();
+    const int error = mWriter->error();
     if (error == EPIPE) {
         return true;  // `watch | head`: the reader has what it wanted
     }
@@ -208,7 +208,7 @@ bool Output::finish(std::string* complaint) {
         *complaint = std::string("cannot write standard output: ") + std::strerror(error);
         return false;
     }
-    if (const long count = writer_->leftOut(); count > 0) {
+    if (const long count = mWriter->leftOut(); count > 0) {
         *complaint = "standard output was not read in time; " + std::to_string(count) + " lines were left out";
     }
     return true;

@@ -33,7 +33,7 @@ public:
     int fd() const;
 
     /// The tool is to end now: from here on drain() waits for a reader that has stopped for a moment only.
-    void hurry() { hurried_ = true; }
+    void hurry() { mHurried = true; }
     /// Waits until everything has been written or nothing can be written any more. A stop signal counts as hurry().
     void drain();
     /// Drains, and ends. What went wrong is one sentence for the user; empty when nothing did.
@@ -43,11 +43,11 @@ public:
 private:
     class Writer;
 
-    const StopSignals& stop_;
-    std::shared_ptr<Writer> writer_;  // shared with the thread, which may hang in a write until the process ends
-    std::thread thread_;
-    bool hurried_ = false;
-    std::optional<std::chrono::steady_clock::time_point> giveUp_;  // once it is in a hurry
+    const StopSignals& mStop;
+    std::shared_ptr<Writer> mWriter;  // shared with the thread, which may hang in a write until the process ends
+    std::thread mThread;
+    bool mHurried = false;
+    std::optional<std::chrono::steady_clock::time_point> mGiveUp;  // once it is in a hurry
 };
 
 }  // namespace qvn::tools

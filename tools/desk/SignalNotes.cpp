@@ -132,7 +132,7 @@ SignalNotes& SignalNotes::instance() {
 
 SignalNotes::SignalNotes() {
     for (const tables::DecodingRow& row : tables::kDecodingRules) {
-        notes_[row.code].unit = row.unit;
+        mNotes[row.code].unit = row.unit;
     }
     std::istringstream builtIn(kBuiltInNotes);
     add(builtIn, "signals.json");
@@ -163,7 +163,7 @@ void SignalNotes::add(std::istream& input, const std::string& name) {
 }
 
 void SignalNotes::add(std::uint32_t code, const SignalNote& note) {
-    SignalNote& known = notes_[code];
+    SignalNote& known = mNotes[code];
     if (!note.description.empty()) {
         known.description = note.description;
     }
@@ -180,8 +180,8 @@ void SignalNotes::add(std::uint32_t code, const SignalNote& note) {
 
 const SignalNote& SignalNotes::of(std::uint32_t code) const {
     static const SignalNote none;
-    const auto found = notes_.find(code);
-    return found == notes_.end() ? none : found->second;
+    const auto found = mNotes.find(code);
+    return found == mNotes.end() ? none : found->second;
 }
 
 std::string valueName(std::uint32_t code, double value) {

@@ -43,7 +43,7 @@ public:
 private:
     SignalNotes();
 
-    std::map<std::uint32_t, SignalNote> notes_;
+    std::map<std::uint32_t, SignalNote> mNotes;
 };
 
 /// The name of a signal's value, "R"; empty where it has none.

@@ -26,12 +26,12 @@ public:
         std::optional<std::chrono::steady_clock::time_point> time;  ///< when it was sent; none for one that never was
     };
 
-    void putSignal(std::uint32_t code, Value value) { values_[code] = std::move(value); }
-    void forgetSignal(std::uint32_t code) { values_.erase(code); }
-    void putMessageStatus(std::uint32_t code, std::uint32_t status) { statuses_[code] = status; }
+    void putSignal(std::uint32_t code, Value value) { mValues[code] = std::move(value); }
+    void forgetSignal(std::uint32_t code) { mValues.erase(code); }
+    void putMessageStatus(std::uint32_t code, std::uint32_t status) { mStatuses[code] = status; }
 
-    std::optional<Value> signal(std::uint32_t code) const { return find(values_, code); }
-    std::optional<std::uint32_t> messageStatus(std::uint32_t code) const { return find(statuses_, code); }
+    std::optional<Value> signal(std::uint32_t code) const { return find(mValues, code); }
+    std::optional<std::uint32_t> messageStatus(std::uint32_t code) const { return find(mStatuses, code); }
 
     /// Sends a subscriber what is known of a code.
     /// @return whether anything is
@@ -73,8 +73,8 @@ private:
         return found == contents.end() ? std::nullopt : std::optional(found->second);
     }
 
-    std::map<std::uint32_t, Value> values_;
-    std::map<std::uint32_t, std::uint32_t> statuses_;
+    std::map<std::uint32_t, Value> mValues;
+    std::map<std::uint32_t, std::uint32_t> mStatuses;
 };
 
 }  // namespace qvn::tools

@@ -20,6 +20,6 @@ int blockStopSignals() {
 
 }  // namespace
 
-StopSignals::StopSignals() : fd_(blockStopSignals(), "signalfd") {}
+StopSignals::StopSignals() : mFd(blockStopSignals(), "signalfd") {}
 
 }  // namespace qvn::tools

@@ -12,10 +12,10 @@ public:
     StopSignals();
 
     /// Readable once a stop was asked for.
-    int fd() const { return fd_.get(); }
+    int fd() const { return mFd.get(); }
 
 private:
-    FileDescriptor fd_;
+    FileDescriptor mFd;
 };
 
 }  // namespace qvn::tools

@@ -4,15 +4,15 @@
 
 namespace qvn::tools {
 
-WakeUp::WakeUp() : fd_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK), "eventfd") {}
+WakeUp::WakeUp() : mFd(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK), "eventfd") {}
 
 void WakeUp::notify() {
-    eventfd_write(fd_.get(), 1);
+    eventfd_write(mFd.get(), 1);
 }
 
 void WakeUp::clear() {
     eventfd_t count = 0;
-    eventfd_read(fd_.get(), &count);
+    eventfd_read(mFd.get(), &count);
 }
 
 }  // namespace qvn::tools

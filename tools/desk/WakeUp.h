@@ -10,12 +10,12 @@ public:
     WakeUp();
 
     /// Readable from notify() to clear().
-    int fd() const { return fd_.get(); }
+    int fd() const { return mFd.get(); }
     void notify();
     void clear();
 
 private:
-    FileDescriptor fd_;
+    FileDescriptor mFd;
 };
 
 }  // namespace qvn::tools

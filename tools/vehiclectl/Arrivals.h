@@ -9,16 +9,16 @@ namespace qvn::tools {
 class Arrivals {
 public:
     void add(long at) {
-        times_[count_ % times_.size()] = at;
-        ++count_;
+        mTimes[mCount % mTimes.size()] = at;
+        ++mCount;
     }
 
     /// Values a second, of the last ones within five seconds; 0 when there are fewer than two.
     double rate(long now) const;
 
 private:
-    std::array<long, 32> times_ = {};
-    std::size_t count_ = 0;
+    std::array<long, 32> mTimes = {};
+    std::size_t mCount = 0;
 };
 
 }  // namespace qvn::tools

@@ -15,20 +15,20 @@ namespace qvn::tools {
 class BusTap::Client : public CBaseClient {
 public:
     Client(BusTap& tap, std::vector<std::uint32_t> codes)
-        : CBaseClient("vehiclectl-tap", &tap.worker_), tap_(tap), codes_(std::move(codes)) {}
+        : CBaseClient("vehiclectl-tap", &tap.mWorker), mTap(tap), mCodes(std::move(codes)) {}
     ~Client() override { prepareDestroy(); }
 
 protected:
     void onOnline(FdbSessionId_t, bool) override {
-        tap_.push({0, TapEvent::Kind::ServiceUp, 0, {}});
+        mTap.push({0, TapEvent::Kind::ServiceUp, 0, {}});
         CFdbMsgSubscribeList list;
-        for (const std::uint32_t code : codes_) {
+        for (const std::uint32_t code : mCodes) {
             addNotifyItem(list, static_cast<FdbMsgCode_t>(code));
         }
         subscribe(list);
     }
 
-    void onOffline(FdbSessionId_t, bool) override { tap_.push({0, TapEvent::Kind::ServiceDown, 0, {}}); }
+    void onOffline(FdbSessionId_t, bool) override { mTap.push({0, TapEvent::Kind::ServiceDown, 0, {}}); }
 
     void onBroadcast(CBaseJob::Ptr& job) override {
         const auto* const message = castToMessage<CFdbMessage*>(job);
@@ -37,44 +37,44 @@ protected:
         can_service::BroadcastSignal signal;
         if (tables::findMessage(code) == nullptr) {
             if (wire::read(*message, signal)) {
-                tap_.push({0, TapEvent::Kind::Signal, code, signal.raw_value()});
+                mTap.push({0, TapEvent::Kind::Signal, code, signal.raw_value()});
             }
         } else if (wire::read(*message, status)) {
             const bool timedOut = status.msg_status() == wire::kMessageTimedOut;
             if (timedOut || status.msg_status() == wire::kMessageOk) {
-                tap_.push({0, timedOut ? TapEvent::Kind::MessageTimedOut : TapEvent::Kind::MessageOk, code, {}});
+                mTap.push({0, timedOut ? TapEvent::Kind::MessageTimedOut : TapEvent::Kind::MessageOk, code, {}});
             }
         }
     }
 
 private:
-    BusTap& tap_;
-    const std::vector<std::uint32_t> codes_;
+    BusTap& mTap;
+    const std::vector<std::uint32_t> mCodes;
 };
 
-BusTap::BusTap(std::vector<std::uint32_t> codes) : worker_("bus-tap") {
+BusTap::BusTap(std::vector<std::uint32_t> codes) : mWorker("bus-tap") {
     reverseLineMoved(this);
     gpioport_request(0);
     gpioport_irq_func_register(wire::kReverseLine, wire::kBothEdges, &reverseLineMoved, this);
     FDB_CONTEXT->start();
-    worker_.start();
-    client_ = std::make_unique<Client>(*this, std::move(codes));
-    client_->enableReconnect(true);
-    client_->connect(wire::serviceAddress(wire::kServiceName).c_str());
+    mWorker.start();
+    mClient = std::make_unique<Client>(*this, std::move(codes));
+    mClient->enableReconnect(true);
+    mClient->connect(wire::serviceAddress(wire::kServiceName).c_str());
 }
 
 BusTap::~BusTap() {
     gpioport_exit();
-    client_.reset();
-    worker_.exit();
-    worker_.join();
+    mClient.reset();
+    mWorker.exit();
+    mWorker.join();
 }
 
 std::vector<TapEvent> BusTap::take() {
     std::vector<TapEvent> events;
-    const sync::MutexLock lock(mutex_);
-    wakeUp_.clear();
-    events.swap(events_);
+    const sync::MutexLock lock(mMutex);
+    mWakeUp.clear();
+    events.swap(mEvents);
     return events;
 }
 
@@ -85,11 +85,11 @@ void BusTap::reverseLineMoved(void* tap) {
 }
 
 void BusTap::push(TapEvent event) {
-    const sync::MutexLock lock(mutex_);
+    const sync::MutexLock lock(mMutex);
     event.at = monotonicNow();
-    events_.push_back(std::move(event));
-    if (events_.size() == 1) {
-        wakeUp_.notify();
+    mEvents.push_back(std::move(event));
+    if (mEvents.size() == 1) {
+        mWakeUp.notify();
     }
 }
 

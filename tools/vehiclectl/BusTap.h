@@ -33,7 +33,7 @@ public:
     BusTap& operator=(const BusTap&) = delete;
 
     /// Readable while events wait.
-    int fd() const { return wakeUp_.fd(); }
+    int fd() const { return mWakeUp.fd(); }
     /// Takes all events that wait, in order.
     std::vector<TapEvent> take();
 
@@ -43,11 +43,11 @@ private:
     static void reverseLineMoved(void* tap);
     void push(TapEvent event);
 
-    sync::Mutex mutex_;
-    std::vector<TapEvent> events_ QVN_GUARDED_BY(mutex_);
-    WakeUp wakeUp_;
-    CBaseWorker worker_;
-    std::unique_ptr<Client> client_;
+    sync::Mutex mMutex;
+    std::vector<TapEvent> mEvents QVN_GUARDED_BY(mMutex);
+    WakeUp mWakeUp;
+    CBaseWorker mWorker;
+    std::unique_ptr<Client> mClient;
 };
 
 }  // namespace qvn::tools

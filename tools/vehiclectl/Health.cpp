@@ -6,10 +6,10 @@ namespace qvn::tools {
 
 Findings Health::findings(double seconds) const {
     Findings found;
-    found.properties = properties_.size();
-    found.rate = static_cast<double>(traffic_) / seconds;
-    for (const PropertyInfo* const property : properties_) {
-        const PropertyState& state = table_.of(*property).state;
+    found.properties = mProperties.size();
+    found.rate = static_cast<double>(mTraffic) / seconds;
+    for (const PropertyInfo* const property : mProperties) {
+        const PropertyState& state = mTable.of(*property).state;
         found.withValue += state.hasValue() ? 1U : 0U;
         for (const std::uint32_t code : property->received) {
             if (const auto message = messageOf(code)) {

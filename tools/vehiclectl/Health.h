@@ -21,17 +21,17 @@ struct Findings {
 /// Looks at what comes of these properties.
 class Health {
 public:
-    explicit Health(const std::vector<const PropertyInfo*>& properties) : properties_(properties), table_(properties) {}
+    explicit Health(const std::vector<const PropertyInfo*>& properties) : mProperties(properties), mTable(properties) {}
 
-    void take(const PropertyState& update) { traffic_ += table_.apply(withoutReverseLine(update)).repeated ? 1U : 0U; }
+    void take(const PropertyState& update) { mTraffic += mTable.apply(withoutReverseLine(update)).repeated ? 1U : 0U; }
 
     /// @param seconds for which it has looked
     Findings findings(double seconds) const;
 
 private:
-    const std::vector<const PropertyInfo*> properties_;
-    PropertyTable table_;
-    std::size_t traffic_ = 0;
+    const std::vector<const PropertyInfo*> mProperties;
+    PropertyTable mTable;
+    std::size_t mTraffic = 0;
 };
 
 }  // namespace qvn::tools

@@ -11,21 +11,21 @@ constexpr double kMillisecond = 1e6;  // ns
 }  // namespace
 
 void Periods::add(long at) {
-    if (last_ != 0 && at > last_) {
-        const double period = static_cast<double>(at - last_) / kMillisecond;
-        shortest_ = count_ == 0 ? period : std::min(shortest_, period);
-        longest_ = std::max(longest_, period);
-        ++count_;
+    if (mLast != 0 && at > mLast) {
+        const double period = static_cast<double>(at - mLast) / kMillisecond;
+        mShortest = mCount == 0 ? period : std::min(mShortest, period);
+        mLongest = std::max(mLongest, period);
+        ++mCount;
         // Welford's way to a variance in one pass.
-        const double distance = period - mean_;
-        mean_ += distance / count_;
-        squares_ += distance * (period - mean_);
+        const double distance = period - mMean;
+        mMean += distance / mCount;
+        mSquares += distance * (period - mMean);
     }
-    last_ = at;
+    mLast = at;
 }
 
 double Periods::deviation() const {
-    return std::sqrt(squares_ / count_);
+    return std::sqrt(mSquares / mCount);
 }
 
 }  // namespace qvn::tools

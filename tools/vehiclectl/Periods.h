@@ -9,18 +9,18 @@ public:
     void add(long at);
 
     /// How many periods there are; with none the figures below mean nothing.
-    int count() const { return count_; }
+    int count() const { return mCount; }
     /// Values a second.
-    double rate() const { return 1e3 / mean_; }
-    double mean() const { return mean_; }
-    double shortest() const { return shortest_; }
-    double longest() const { return longest_; }
+    double rate() const { return 1e3 / mMean; }
+    double mean() const { return mMean; }
+    double shortest() const { return mShortest; }
+    double longest() const { return mLongest; }
     double deviation() const;
 
 private:
-    long last_ = 0;
-    int count_ = 0;
-    double mean_ = 0.0, squares_ = 0.0, shortest_ = 0.0, longest_ = 0.0;
+    long mLast = 0;
+    int mCount = 0;
+    double mMean = 0.0, mSquares = 0.0, mShortest = 0.0, mLongest = 0.0;
 };
 
 }  // namespace qvn::tools

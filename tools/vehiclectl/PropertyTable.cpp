@@ -100,17 +100,17 @@ PropertyState withoutReverseLine(PropertyState state) {
 
 PropertyTable::PropertyTable(const std::vector<const PropertyInfo*>& properties) {
     for (const PropertyInfo* const property : properties) {
-        rows_[static_cast<int>(property->id)].info = property;
+        mRows[static_cast<int>(property->id)].info = property;
     }
 }
 
 News PropertyTable::apply(const PropertyState& update) {
-    PropertyRow& row = rows_.at(update.property);
+    PropertyRow& row = mRows.at(update.property);
     const PropertyState before = row.state;
     row.state = update;
     News news;
     if (update.reception == Reception::ServiceAway) {
-        heard_[update.property].clear();
+        mHeard[update.property].clear();
         return news;
     }
     if (update.timestamp > before.timestamp) {
@@ -132,11 +132,11 @@ News PropertyTable::apply(const PropertyState& update) {
 /// The service has had it for long, maybe: its values all come when a client connects, of every switch one.
 bool PropertyTable::isFirst(const PropertyState& value) {
     constexpr int kReverseLine = -1;
-    return heard_[value.property].insert(isOfReverseLine(value) ? kReverseLine : value.direction).second;
+    return mHeard[value.property].insert(isOfReverseLine(value) ? kReverseLine : value.direction).second;
 }
 
 bool PropertyTable::complete() const {
-    return std::all_of(rows_.begin(), rows_.end(), [](const auto& entry) { return entry.second.state.hasValue(); });
+    return std::all_of(mRows.begin(), mRows.end(), [](const auto& entry) { return entry.second.state.hasValue(); });
 }
 
 }  // namespace qvn::tools

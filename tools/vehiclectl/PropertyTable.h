@@ -57,14 +57,14 @@ public:
     /// Whether every property has a value.
     bool complete() const;
 
-    const PropertyRow& of(int property) const { return rows_.at(property); }
+    const PropertyRow& of(int property) const { return mRows.at(property); }
     const PropertyRow& of(const PropertyInfo& property) const { return of(static_cast<int>(property.id)); }
 
 private:
     bool isFirst(const PropertyState& value);
 
-    std::map<int, PropertyRow> rows_;
-    std::map<int, std::set<int>> heard_;  // by property: the sources of its values, on this connection
+    std::map<int, PropertyRow> mRows;
+    std::map<int, std::set<int>> mHeard;  // by property: the sources of its values, on this connection
 };
 
 }  // namespace qvn::tools

@@ -85,50 +85,50 @@ std::string lineOf(const TapEvent& event, long start) {
 /// Where the trace goes: a file of its own, or standard output.
 class Destination {
 public:
-    Destination(const RecordOptions& options, Output& output, const std::string& firstLine) : output_(output) {
+    Destination(const RecordOptions& options, Output& output, const std::string& firstLine) : mOutput(output) {
         if (options.file != "-") {
-            file_.emplace(options.file, options.force, firstLine);
+            mFile.emplace(options.file, options.force, firstLine);
         } else {
             add(firstLine);
         }
     }
 
     void add(const std::string& line) {
-        bytes_ += line.size();
-        file_ ? void(waiting_ += line) : output_.write(line);
+        mBytes += line.size();
+        mFile ? void(mWaiting += line) : mOutput.write(line);
     }
     /// What was added so far is in the file then.
     /// @throws std::runtime_error when the file takes no more
     void flush() {
-        if (file_) {
-            file_->append(std::exchange(waiting_, {}));
+        if (mFile) {
+            mFile->append(std::exchange(mWaiting, {}));
         }
     }
-    std::size_t bytes() const { return file_ ? file_->bytes() : bytes_; }
+    std::size_t bytes() const { return mFile ? mFile->bytes() : mBytes; }
 
 private:
-    Output& output_;
-    std::optional<TraceFile> file_;
-    std::string waiting_;
-    std::size_t bytes_ = 0;
+    Output& mOutput;
+    std::optional<TraceFile> mFile;
+    std::string mWaiting;
+    std::size_t mBytes = 0;
 };
 
 /// One `record` from its start to its summary.
 class Recording {
 public:
     Recording(const RecordOptions& options, Output& output, long start)
-        : options_(options),
-          output_(output),
-          start_(start),
-          to_(options, output, "# recorded by vehiclectl; times are seconds since its start\n") {}
+        : mOptions(options),
+          mOutput(output),
+          mStart(start),
+          mTo(options, output, "# recorded by vehiclectl; times are seconds since its start\n") {}
 
     void run(BusTap& tap, const StopSignals& stop) {
         const std::optional<Clock::time_point> end =
-            options_.ends.duration ? std::optional(inSeconds(*options_.ends.duration)) : std::nullopt;
+            mOptions.ends.duration ? std::optional(inSeconds(*mOptions.ends.duration)) : std::nullopt;
         const Clock::time_point connected = Clock::now() + kTimeToConnect;
         begin(tap, stop, end ? std::min(*end, connected) : connected);
         while (!complete() && (!end || Clock::now() < *end)) {
-            pollfd fds[] = {{stop.fd(), POLLIN, 0}, {output_.fd(), POLLIN, 0}, {tap.fd(), POLLIN, 0}};
+            pollfd fds[] = {{stop.fd(), POLLIN, 0}, {mOutput.fd(), POLLIN, 0}, {tap.fd(), POLLIN, 0}};
             const Clock::time_point wake = Clock::now() + kProgressInterval;
             if (pollUntil(fds, std::size(fds), end ? std::min(*end, wake) : wake) > 0 &&
                 (fds[0].revents != 0 || fds[1].revents != 0)) {
@@ -141,13 +141,13 @@ public:
     }
 
     void printSummary() const {
-        std::fprintf(stderr, "%s%ld events in %.1f s, %zu bytes%s\n", shown_ ? "\r\033[K" : "", events_, seconds(),
-                     to_.bytes(), cameUp_ ? "" : "; the CAN service was not there");
+        std::fprintf(stderr, "%s%ld events in %.1f s, %zu bytes%s\n", mShown ? "\r\033[K" : "", mEvents, seconds(),
+                     mTo.bytes(), mCameUp ? "" : "; the CAN service was not there");
     }
 
 private:
-    bool complete() const { return options_.ends.count && events_ >= *options_.ends.count; }
-    double seconds() const { return static_cast<double>(monotonicNow() - start_) / kNanosecondsPerSecond; }
+    bool complete() const { return mOptions.ends.count && mEvents >= *mOptions.ends.count; }
+    double seconds() const { return static_cast<double>(monotonicNow() - mStart) / kNanosecondsPerSecond; }
 
     /// A recording begins with the state of the service: who plays it has one, and what it does not say stays.
     void begin(BusTap& tap, const StopSignals& stop, Clock::time_point end) {
@@ -164,7 +164,7 @@ private:
             events.insert(events.end(), more.begin(), more.end());
         }
         if (!isUp()) {
-            events.insert(events.begin(), TapEvent{start_, TapEvent::Kind::ServiceDown, 0, {}});
+            events.insert(events.begin(), TapEvent{mStart, TapEvent::Kind::ServiceDown, 0, {}});
         }
         write(events);
     }
@@ -174,32 +174,32 @@ private:
             if (complete()) {
                 break;
             }
-            cameUp_ = cameUp_ || event.kind == TapEvent::Kind::ServiceUp;
-            to_.add(lineOf(event, start_));
-            ++events_;
+            mCameUp = mCameUp || event.kind == TapEvent::Kind::ServiceUp;
+            mTo.add(lineOf(event, mStart));
+            ++mEvents;
         }
-        to_.flush();
+        mTo.flush();
     }
 
     void showProgress() {
         const Clock::time_point now = Clock::now();
-        if (now < nextProgress_ || isatty(STDERR_FILENO) == 0 || options_.file == "-") {
+        if (now < mNextProgress || isatty(STDERR_FILENO) == 0 || mOptions.file == "-") {
             return;
         }
-        std::fprintf(stderr, "\r%.1f s  %ld events  %zu bytes%s", seconds(), events_, to_.bytes(),
-                     cameUp_ ? "" : "  (waiting for the CAN service)");
-        shown_ = true;
-        nextProgress_ = now + kProgressInterval;
+        std::fprintf(stderr, "\r%.1f s  %ld events  %zu bytes%s", seconds(), mEvents, mTo.bytes(),
+                     mCameUp ? "" : "  (waiting for the CAN service)");
+        mShown = true;
+        mNextProgress = now + kProgressInterval;
     }
 
-    const RecordOptions& options_;
-    Output& output_;
-    const long start_;
-    Destination to_;
-    Clock::time_point nextProgress_;
-    long events_ = 0;
-    bool cameUp_ = false;
-    bool shown_ = false;
+    const RecordOptions& mOptions;
+    Output& mOutput;
+    const long mStart;
+    Destination mTo;
+    Clock::time_point mNextProgress;
+    long mEvents = 0;
+    bool mCameUp = false;
+    bool mShown = false;
 };
 
 int runRecord(const RecordOptions& options, const StopSignals& stop, Output& output) {

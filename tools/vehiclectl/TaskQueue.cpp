@@ -3,17 +3,17 @@
 namespace qvn::tools {
 
 void TaskQueue::add(const Task& task) {
-    const sync::MutexLock lock(mutex_);
-    tasks_.push_back(task);
-    wakeUp_.notify();
+    const sync::MutexLock lock(mMutex);
+    mTasks.push_back(task);
+    mWakeUp.notify();
 }
 
 void TaskQueue::run() {
     std::list<Task> tasks;
     {
-        const sync::MutexLock lock(mutex_);
-        wakeUp_.clear();
-        tasks.swap(tasks_);
+        const sync::MutexLock lock(mMutex);
+        mWakeUp.clear();
+        tasks.swap(mTasks);
     }
     for (const Task& task : tasks) {
         task();

@@ -17,15 +17,15 @@ public:
     void add(const Task& task);
 
     /// Readable while tasks wait.
-    int fd() const { return wakeUp_.fd(); }
+    int fd() const { return mWakeUp.fd(); }
 
     /// Runs the tasks that wait, but none that is added meanwhile.
     void run();
 
 private:
-    sync::Mutex mutex_;
-    std::list<Task> tasks_ QVN_GUARDED_BY(mutex_);
-    WakeUp wakeUp_;
+    sync::Mutex mMutex;
+    std::list<Task> mTasks QVN_GUARDED_BY(mMutex);
+    WakeUp mWakeUp;
 };
 
 }  // namespace qvn::tools

@@ -64,24 +64,24 @@ int openTrace(const std::string& path, bool replace, std::string& made) {
 }  // namespace
 
 TraceFile::TraceFile(const std::string& path, bool replace, const std::string& firstLines)
-    : path_(path), file_(openTrace(path, replace, made_), "open") {
+    : mPath(path), mFile(openTrace(path, replace, mMade), "open") {
     try {
         append(firstLines);
-        const bool replaces = !made_.empty() && made_ != path;
-        if (replaces && std::rename(made_.c_str(), linkedPath(path).c_str()) != 0) {
+        const bool replaces = !mMade.empty() && mMade != path;
+        if (replaces && std::rename(mMade.c_str(), linkedPath(path).c_str()) != 0) {
             throw BadInput("cannot replace " + path + ": " + std::strerror(errno));
         }
     } catch (const std::exception&) {
-        unlink(made_.c_str());
+        unlink(mMade.c_str());
         throw;
     }
 }
 
 void TraceFile::append(const std::string& lines) {
-    if (const int error = writeWholeLines(file_.get(), lines)) {
-        throw std::runtime_error("cannot write " + path_ + ": " + std::strerror(error) + "; it ends before this");
+    if (const int error = writeWholeLines(mFile.get(), lines)) {
+        throw std::runtime_error("cannot write " + mPath + ": " + std::strerror(error) + "; it ends before this");
     }
-    bytes_ += lines.size();
+    mBytes += lines.size();
 }
 
 }  // namespace qvn::tools

@@ -20,13 +20,13 @@ public:
     /// @throws std::runtime_error when the file takes no more; it ends with a whole line then
     void append(const std::string& lines);
 
-    std::size_t bytes() const { return bytes_; }
+    std::size_t bytes() const { return mBytes; }
 
 private:
-    const std::string path_;
-    std::string made_;  // the file that this has made, until it takes the path; empty for a device
-    const FileDescriptor file_;
-    std::size_t bytes_ = 0;
+    const std::string mPath;
+    std::string mMade;  // the file that this has made, until it takes the path; empty for a device
+    const FileDescriptor mFile;
+    std::size_t mBytes = 0;
 };
 
 }  // namespace qvn::tools

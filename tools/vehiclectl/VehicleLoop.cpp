@@ -18,8 +18,8 @@ constexpr std::size_t kMostWaiting = 1U << 16U;
 }  // namespace
 
 VehicleLoop::~VehicleLoop() {
-    if (missed_ > 0) {
-        printError("updates came faster than they could be handled; " + std::to_string(missed_) + " were left out");
+    if (mMissed > 0) {
+        printError("updates came faster than they could be handled; " + std::to_string(mMissed) + " were left out");
     }
 }
 
@@ -27,9 +27,9 @@ bool VehicleLoop::open() {
     if (!prepareService()) {
         return false;
     }
-    session_.emplace([this](const VehicleSession::Task& task) { tasks_.add(task); });
+    mSession.emplace([this](const VehicleSession::Task& task) { mTasks.add(task); });
     // A client that could not read the vehicle's variant knows no property.
-    if (session_->state(static_cast<int>(properties().front().id)).type != PROPERTY_TYPE_UNKNOWN) {
+    if (mSession->state(static_cast<int>(properties().front().id)).type != PROPERTY_TYPE_UNKNOWN) {
         return true;
     }
     printError("the vehicle client could not start; its log says why, more of it with -v");
@@ -37,7 +37,7 @@ bool VehicleLoop::open() {
 }
 
 bool VehicleLoop::isServiceThere() const {
-    return session_->serviceState().presence == ServicePresence::There;
+    return mSession->serviceState().presence == ServicePresence::There;
 }
 
 void VehicleLoop::follow(const std::vector<const PropertyInfo*>& properties, const VehicleSession::Handler& handler) {
@@ -46,14 +46,14 @@ void VehicleLoop::follow(const std::vector<const PropertyInfo*>& properties, con
         ids.push_back(static_cast<int>(property->id));
     }
     const auto handle = [this, handler](const PropertyState& state) {
-        missed_ += state.missed;
+        mMissed += state.missed;
         handler(state);
     };
-    subscriptions_.push_back(session_->subscribe(ids, handle, SubscribeOptions().queue(kMostWaiting)));
+    mSubscriptions.push_back(mSession->subscribe(ids, handle, SubscribeOptions().queue(kMostWaiting)));
 }
 
 void VehicleLoop::followService(VehicleSession::ServiceHandler handler) {
-    subscriptions_.push_back(session_->subscribeService(std::move(handler)));
+    mSubscriptions.push_back(mSession->subscribeService(std::move(handler)));
 }
 
 Awaited VehicleLoop::await(const StopSignals& stop, std::optional<Clock::time_point> deadline, int gone,
@@ -62,12 +62,12 @@ Awaited VehicleLoop::await(const StopSignals& stop, std::optional<Clock::time_po
                     {gone, POLLIN, 0},
                     {inputs[0], POLLIN, 0},
                     {inputs[1], POLLIN, 0},
-                    {tasks_.fd(), POLLIN, 0}};
+                    {mTasks.fd(), POLLIN, 0}};
     const int ready = pollUntil(fds, std::size(fds), deadline);
     if (ready > 0 && (fds[0].revents != 0 || fds[1].revents != 0)) {
         return Awaited::Stop;
     }
-    tasks_.run();
+    mTasks.run();
     if (ready > 0 && (fds[2].revents != 0 || fds[3].revents != 0)) {
         return Awaited::Input;
     }

@@ -28,7 +28,7 @@ public:
 
     /// To be called first. Tells the user, and is false, when the vehicle cannot be reached from here.
     bool open();
-    VehicleSession& session() { return *session_; }
+    VehicleSession& session() { return *mSession; }
     bool isServiceThere() const;
 
     /// Every reception of the properties, and every change of how they are received.
@@ -44,10 +44,10 @@ public:
     bool awaitFor(double seconds, const StopSignals& stop);
 
 private:
-    TaskQueue tasks_;
-    std::optional<VehicleSession> session_;
-    std::vector<platform::vehicle::Subscription> subscriptions_;
-    unsigned long missed_ = 0;
+    TaskQueue mTasks;
+    std::optional<VehicleSession> mSession;
+    std::vector<platform::vehicle::Subscription> mSubscriptions;
+    unsigned long mMissed = 0;
 };
 
 }  // namespace qvn::tools

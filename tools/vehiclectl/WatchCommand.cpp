@@ -41,66 +41,66 @@ double secondsSince(Clock::time_point start) {
 class Watch {
 public:
     Watch(const WatchOptions& options, Output& output, const std::vector<const PropertyInfo*>& properties)
-        : options_(options), output_(output), properties_(properties), table_(properties) {
+        : mOptions(options), mOutput(output), mProperties(properties), mTable(properties) {
         if (options.ends.duration) {
-            end_ = inSeconds(*options.ends.duration);
+            mEnd = inSeconds(*options.ends.duration);
         }
         if (!options.json && WatchScreen::possible()) {
-            screen_ = std::make_unique<WatchScreen>(table_, properties);
+            mScreen = std::make_unique<WatchScreen>(mTable, properties);
         }
     }
 
     /// False when the vehicle cannot be reached.
     bool start() {
-        if (!vehicle_.open()) {
+        if (!mVehicle.open()) {
             return false;
         }
-        vehicle_.followService([this](const ServiceState& service) { take(service); });
-        vehicle_.follow(properties_, [this](const PropertyState& update) { take(update); });
+        mVehicle.followService([this](const ServiceState& service) { take(service); });
+        mVehicle.follow(mProperties, [this](const PropertyState& update) { take(update); });
         return true;
     }
 
     void run(const StopSignals& stop) {
         while (!finished()) {
-            const Awaited what = screen_ ? vehicle_.await(stop, nextWake(), output_.fd(), screen_->fds())
-                                         : vehicle_.await(stop, nextWake(), output_.fd());
+            const Awaited what = mScreen ? mVehicle.await(stop, nextWake(), mOutput.fd(), mScreen->fds())
+                                         : mVehicle.await(stop, nextWake(), mOutput.fd());
             if (what == Awaited::Stop) {
                 break;
             }
             if (what == Awaited::Input) {
-                screen_->handleInput();
-                redrawDue_ = true;
+                mScreen->handleInput();
+                mRedrawDue = true;
             }
-            screen_ ? refresh() : tellAbsence();
+            mScreen ? refresh() : tellAbsence();
         }
-        screen_.reset();
+        mScreen.reset();
         if (timeIsOver()) {
-            output_.hurry();
+            mOutput.hurry();
         }
-        output_.drain();
+        mOutput.drain();
     }
 
-    bool lost() const { return lost_; }
+    bool lost() const { return mLost; }
 
     void printSummary() const {
-        std::fprintf(stderr, "%ld changes of %zu properties in %.1f s\n", changes_, changed_.size(),
-                     secondsSince(start_));
+        std::fprintf(stderr, "%ld changes of %zu properties in %.1f s\n", mChanges, mChanged.size(),
+                     secondsSince(mStart));
     }
 
 private:
-    bool timeIsOver() const { return end_ && Clock::now() >= *end_; }
+    bool timeIsOver() const { return mEnd && Clock::now() >= *mEnd; }
 
-    bool hasAll() const { return (options_.ends.count && changes_ >= *options_.ends.count) || timeIsOver(); }
+    bool hasAll() const { return (mOptions.ends.count && mChanges >= *mOptions.ends.count) || timeIsOver(); }
 
-    bool finished() const { return hasAll() || lost_ || (screen_ && screen_->ended()); }
+    bool finished() const { return hasAll() || mLost || (mScreen && mScreen->ended()); }
 
     std::optional<Clock::time_point> nextWake() const {
-        std::optional<Clock::time_point> next = end_;
+        std::optional<Clock::time_point> next = mEnd;
         const auto wakeAt = [&](Clock::time_point time) { next = next ? std::min(*next, time) : time; };
-        if (screen_) {
-            wakeAt(redrawDue_ ? nextRedraw_ : nextRedraw_ + kAgeInterval);
-        } else if (!toldOfService_) {
-            wakeAt(start_ + kPatience);
+        if (mScreen) {
+            wakeAt(mRedrawDue ? mNextRedraw : mNextRedraw + kAgeInterval);
+        } else if (!mToldOfService) {
+            wakeAt(mStart + kPatience);
         }
         return next;
     }
@@ -109,45 +109,45 @@ private:
         if (hasAll()) {
             return;
         }
-        if (table_.apply(update).changed) {
-            const PropertyRow& row = table_.of(update.property);
-            ++changes_;
-            changed_.insert(row.info);
+        if (mTable.apply(update).changed) {
+            const PropertyRow& row = mTable.of(update.property);
+            ++mChanges;
+            mChanged.insert(row.info);
             printLine(row);
         }
-        redrawDue_ = true;
+        mRedrawDue = true;
     }
 
     void take(const ServiceState& service) {
-        redrawDue_ = true;
+        mRedrawDue = true;
         if (hasAll() || service.presence == ServicePresence::NeverThere) {
             return;
         }
         const bool up = service.presence == ServicePresence::There;
-        lost_ = lost_ || (options_.exitOnLoss && !up);
+        mLost = mLost || (mOptions.exitOnLoss && !up);
         tellService(up, up ? "up" : "gone; the values are stale now");
     }
 
     void tellAbsence() {
-        if (!toldOfService_ && Clock::now() >= start_ + kPatience) {
+        if (!mToldOfService && Clock::now() >= mStart + kPatience) {
             tellService(false, "not there yet");
         }
     }
 
     void tellService(bool up, const char* text) {
-        toldOfService_ = true;
-        if (options_.json) {
-            output_.write(jsonText(Json{{"event", "service"}, {"up", up}}) + "\n");
-        } else if (!screen_) {
-            output_.print("%9.3f  CAN service %s\n", secondsSince(start_), text);
+        mToldOfService = true;
+        if (mOptions.json) {
+            mOutput.write(jsonText(Json{{"event", "service"}, {"up", up}}) + "\n");
+        } else if (!mScreen) {
+            mOutput.print("%9.3f  CAN service %s\n", secondsSince(mStart), text);
         }
     }
 
     void printLine(const PropertyRow& row) {
-        if (options_.json) {
-            output_.write(jsonText(row) + "\n");
-        } else if (!screen_) {
-            output_.print("%9.3f  %-36s %-12s %s\n", secondsSince(start_), row.info->name.c_str(),
+        if (mOptions.json) {
+            mOutput.write(jsonText(row) + "\n");
+        } else if (!mScreen) {
+            mOutput.print("%9.3f  %-36s %-12s %s\n", secondsSince(mStart), row.info->name.c_str(),
                           valueText(*row.info, row.state).c_str(), statusText(row.state));
         }
     }
@@ -155,28 +155,28 @@ private:
     /// Redraws after a change, but at most every kRedrawInterval, and without one every kAgeInterval for the ages.
     void refresh() {
         const Clock::time_point now = Clock::now();
-        if (now < nextRedraw_ || (!redrawDue_ && now < nextRedraw_ + kAgeInterval)) {
+        if (now < mNextRedraw || (!mRedrawDue && now < mNextRedraw + kAgeInterval)) {
             return;
         }
-        screen_->draw(vehicle_.session().serviceState());
-        redrawDue_ = false;
-        nextRedraw_ = now + kRedrawInterval;
+        mScreen->draw(mVehicle.session().serviceState());
+        mRedrawDue = false;
+        mNextRedraw = now + kRedrawInterval;
     }
 
-    const WatchOptions& options_;
-    Output& output_;
-    const std::vector<const PropertyInfo*> properties_;
-    PropertyTable table_;
-    std::unique_ptr<WatchScreen> screen_;
-    Clock::time_point start_ = Clock::now();
-    std::optional<Clock::time_point> end_;
-    Clock::time_point nextRedraw_ = start_;
-    bool redrawDue_ = true;
-    bool toldOfService_ = false;
-    bool lost_ = false;
-    long changes_ = 0;
-    std::set<const PropertyInfo*> changed_;
-    VehicleLoop vehicle_;
+    const WatchOptions& mOptions;
+    Output& mOutput;
+    const std::vector<const PropertyInfo*> mProperties;
+    PropertyTable mTable;
+    std::unique_ptr<WatchScreen> mScreen;
+    Clock::time_point mStart = Clock::now();
+    std::optional<Clock::time_point> mEnd;
+    Clock::time_point mNextRedraw = mStart;
+    bool mRedrawDue = true;
+    bool mToldOfService = false;
+    bool mLost = false;
+    long mChanges = 0;
+    std::set<const PropertyInfo*> mChanged;
+    VehicleLoop mVehicle;
 };
 
 int runWatch(const WatchOptions& options, const StopSignals& stop, Output& output) {

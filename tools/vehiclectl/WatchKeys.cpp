@@ -25,46 +25,46 @@ WatchView::Sort nextAfter(WatchView::Sort sort) {
 }  // namespace
 
 void WatchKeys::take(int key, long page) {
-    editing_ ? editFilter(key) : command(key, page);
+    mEditing ? editFilter(key) : command(key, page);
 }
 
 void WatchKeys::command(int key, long page) {
     switch (key) {
         case 'q':
-            ended_ = true;
+            mEnded = true;
             break;
         case '/':
-            editing_ = true;
+            mEditing = true;
             break;
         case 's':
-            view_.sortBy(nextAfter(view_.sort()));
+            mView.sortBy(nextAfter(mView.sort()));
             break;
         case 'f':
         case ' ':
-            view_.freeze(!view_.frozen());
+            mView.freeze(!mView.frozen());
             break;
         case kEscape:
-            view_.filter("");
+            mView.filter("");
             break;
         case KEY_UP:
         case 'k':
-            view_.scroll(-1);
+            mView.scroll(-1);
             break;
         case KEY_DOWN:
         case 'j':
-            view_.scroll(1);
+            mView.scroll(1);
             break;
         case KEY_PPAGE:
-            view_.scroll(-page);
+            mView.scroll(-page);
             break;
         case KEY_NPAGE:
-            view_.scroll(page);
+            mView.scroll(page);
             break;
         case KEY_HOME:
-            view_.scroll(-static_cast<long>(view_.total()));
+            mView.scroll(-static_cast<long>(mView.total()));
             break;
         case KEY_END:
-            view_.scroll(static_cast<long>(view_.total()));
+            mView.scroll(static_cast<long>(mView.total()));
             break;
         default:
             break;
@@ -72,7 +72,7 @@ void WatchKeys::command(int key, long page) {
 }
 
 void WatchKeys::editFilter(int key) {
-    std::string text = view_.filter();
+    std::string text = mView.filter();
     if (key == kEscape) {
         text.clear();
     } else if ((key == KEY_BACKSPACE || key == '\b' || key == 0x7F) && !text.empty()) {
@@ -80,8 +80,8 @@ void WatchKeys::editFilter(int key) {
     } else if (key > ' ' && key < 0x7F) {
         text += static_cast<char>(key);
     }
-    editing_ = key != kEscape && key != '\r' && key != '\n' && key != KEY_ENTER;
-    view_.filter(text);
+    mEditing = key != kEscape && key != '\r' && key != '\n' && key != KEY_ENTER;
+    mView.filter(text);
 }
 
 }  // namespace qvn::tools

@@ -152,24 +152,24 @@ bool WatchScreen::possible() {
 }
 
 WatchScreen::WatchScreen(const PropertyTable& table, std::vector<const PropertyInfo*> properties)
-    : view_(table, std::move(properties)), terminal_(std::make_unique<Terminal>()) {}
+    : mView(table, std::move(properties)), mTerminal(std::make_unique<Terminal>()) {}
 
 WatchScreen::~WatchScreen() = default;
 
 std::array<int, 2> WatchScreen::fds() const {
-    return {terminal_->signals.get(), isatty(STDIN_FILENO) != 0 ? STDIN_FILENO : -1};
+    return {mTerminal->signals.get(), isatty(STDIN_FILENO) != 0 ? STDIN_FILENO : -1};
 }
 
 void WatchScreen::handleInput() {
     handleSignals();
     for (int key = getch(); key != ERR; key = getch()) {
-        keys_.take(key, std::max(LINES - kHeadLines - kFootLines, 1));
+        mKeys.take(key, std::max(LINES - kHeadLines - kFootLines, 1));
     }
 }
 
 void WatchScreen::handleSignals() {
     signalfd_siginfo signal{};
-    while (read(terminal_->signals.get(), &signal, sizeof signal) == sizeof signal) {
+    while (read(mTerminal->signals.get(), &signal, sizeof signal) == sizeof signal) {
         if (signal.ssi_signo == SIGTSTP) {
             endwin();
             raise(SIGSTOP);
@@ -188,24 +188,24 @@ void WatchScreen::draw(const ServiceState& service) {
     if (poll(&output, 1, 0) <= 0) {
         return;
     }
-    view_.refresh(monotonicNow());
+    mView.refresh(monotonicNow());
     erase();
     const Layout layout(COLS);
     drawHead(layout, service);
     const int height = std::max(LINES - kHeadLines - kFootLines, 0);
-    const std::size_t top = view_.top(static_cast<std::size_t>(height));
-    for (int line = 0; line < height && top + static_cast<std::size_t>(line) < view_.rows().size(); ++line) {
-        drawRow(kHeadLines + line, layout, view_.rows()[top + static_cast<std::size_t>(line)]);
+    const std::size_t top = mView.top(static_cast<std::size_t>(height));
+    for (int line = 0; line < height && top + static_cast<std::size_t>(line) < mView.rows().size(); ++line) {
+        drawRow(kHeadLines + line, layout, mView.rows()[top + static_cast<std::size_t>(line)]);
     }
     drawFoot();
     refresh();
 }
 
 void WatchScreen::drawHead(const Layout& layout, const ServiceState& service) {
-    const std::string shown = std::to_string(view_.rows().size()) + " of " + std::to_string(view_.total());
-    const std::string right = (view_.frozen() ? "frozen  " : "") + shown;
-    const std::string left = serviceText(service, view_.time());
-    drawAs(A_REVERSE | (service.presence == ServicePresence::There ? attr_t{A_NORMAL} : terminal_->color(kRed)));
+    const std::string shown = std::to_string(mView.rows().size()) + " of " + std::to_string(mView.total());
+    const std::string right = (mView.frozen() ? "frozen  " : "") + shown;
+    const std::string left = serviceText(service, mView.time());
+    drawAs(A_REVERSE | (service.presence == ServicePresence::There ? attr_t{A_NORMAL} : mTerminal->color(kRed)));
     mvaddstr(0, 0, (fitted(left, COLS - static_cast<int>(right.size()) - 1) + " " + right).c_str());
     drawAs(A_DIM);
     mvaddstr(1, 0,
@@ -219,11 +219,11 @@ void WatchScreen::drawRow(int line, const Layout& layout, const PropertyRow& row
     const bool known = reception != Reception::NeverReceived;
     const bool stale = reception == Reception::ServiceAway;
     const bool timedOut = reception == Reception::TimedOut;
-    const attr_t plain = stale      ? terminal_->color(kYellow) | A_DIM
-                         : timedOut ? terminal_->color(kRed)
+    const attr_t plain = stale      ? mTerminal->color(kYellow) | A_DIM
+                         : timedOut ? mTerminal->color(kRed)
                          : known    ? attr_t{A_NORMAL}
                                     : attr_t{A_DIM};
-    const bool changed = row.changedAt != 0 && view_.time() - row.changedAt < kHighlight;
+    const bool changed = row.changedAt != 0 && mView.time() - row.changedAt < kHighlight;
     drawAs(plain);
     mvaddstr(line, 0, stale ? "~ " : timedOut ? "! " : "  ");
     addstr((fittedName(row.info->name, layout.name - 1) + " ").c_str());
@@ -234,17 +234,17 @@ void WatchScreen::drawRow(int line, const Layout& layout, const PropertyRow& row
     drawAs(plain);
     addstr(std::string(static_cast<std::size_t>(layout.value - room), ' ').c_str());
     addstr(fitted(known ? statusText(row.state) : "-", layout.status).c_str());
-    addstr(alignedRight(rateText(row.arrivals.rate(view_.time())), layout.rate).c_str());
-    addstr(alignedRight(ageText(row, view_.time()), layout.age).c_str());
+    addstr(alignedRight(rateText(row.arrivals.rate(mView.time())), layout.rate).c_str());
+    addstr(alignedRight(ageText(row, mView.time()), layout.age).c_str());
 }
 
 void WatchScreen::drawFoot() {
-    drawAs(keys_.editing() ? attr_t{A_NORMAL} : attr_t{A_DIM});
-    std::string text = std::string("q quit  / filter  s sort: ") + sortText(view_.sort()) + "  f freeze  arrows scroll";
-    if (keys_.editing()) {
-        text = "filter: " + view_.filter() + "_   (Enter keeps it, Escape drops it)";
-    } else if (!view_.filter().empty()) {
-        text = "filter: " + view_.filter() + "   Escape drops it  " + text;
+    drawAs(mKeys.editing() ? attr_t{A_NORMAL} : attr_t{A_DIM});
+    std::string text = std::string("q quit  / filter  s sort: ") + sortText(mView.sort()) + "  f freeze  arrows scroll";
+    if (mKeys.editing()) {
+        text = "filter: " + mView.filter() + "_   (Enter keeps it, Escape drops it)";
+    } else if (!mView.filter().empty()) {
+        text = "filter: " + mView.filter() + "   Escape drops it  " + text;
     }
     // The last column of the last line would scroll the terminal.
     mvaddstr(LINES - 1, 0, text.substr(0, static_cast<std::size_t>(std::max(COLS - 1, 0))).c_str());

@@ -29,7 +29,7 @@ public:
     std::array<int, 2> fds() const;
     void handleInput();
     /// Whether the user asked for the end.
-    bool ended() const { return keys_.ended(); }
+    bool ended() const { return mKeys.ended(); }
 
     /// Draws, unless the terminal takes nothing at the moment (Ctrl-S).
     void draw(const platform::vehicle::ServiceState& service);
@@ -43,9 +43,9 @@ private:
     void drawRow(int line, const Layout& layout, const PropertyRow& row);
     void drawFoot();
 
-    WatchView view_;
-    WatchKeys keys_{view_};
-    std::unique_ptr<Terminal> terminal_;
+    WatchView mView;
+    WatchKeys mKeys{mView};
+    std::unique_ptr<Terminal> mTerminal;
 };
 
 }  // namespace qvn::tools

@@ -20,24 +20,24 @@ auto changeRank(const PropertyRow& row, long now) {
 }  // namespace
 
 bool WatchView::matches(const PropertyInfo& property) const {
-    return matchesGlob(filter_.find_first_of("*?") == std::string::npos ? "*" + filter_ + "*" : filter_, property.name);
+    return matchesGlob(mFilter.find_first_of("*?") == std::string::npos ? "*" + mFilter + "*" : mFilter, property.name);
 }
 
 void WatchView::refresh(long now) {
-    if (!frozen_) {
-        time_ = now;
-        seen_.clear();
-        for (const PropertyInfo* const property : properties_) {
-            seen_.push_back(table_.of(*property));
+    if (!mFrozen) {
+        mTime = now;
+        mSeen.clear();
+        for (const PropertyInfo* const property : mProperties) {
+            mSeen.push_back(mTable.of(*property));
         }
     }
-    rows_.clear();
-    std::copy_if(seen_.begin(), seen_.end(), std::back_inserter(rows_),
+    mRows.clear();
+    std::copy_if(mSeen.begin(), mSeen.end(), std::back_inserter(mRows),
                  [this](const PropertyRow& row) { return matches(*row.info); });
-    std::stable_sort(rows_.begin(), rows_.end(), [this](const PropertyRow& a, const PropertyRow& b) {
-        switch (sort_) {
+    std::stable_sort(mRows.begin(), mRows.end(), [this](const PropertyRow& a, const PropertyRow& b) {
+        switch (mSort) {
             case Sort::Change:
-                return changeRank(a, time_) > changeRank(b, time_);
+                return changeRank(a, mTime) > changeRank(b, mTime);
             case Sort::Name:
                 return a.info->name < b.info->name;
             case Sort::Age:
@@ -48,9 +48,9 @@ void WatchView::refresh(long now) {
 }
 
 std::size_t WatchView::top(std::size_t height) {
-    const auto last = static_cast<long>(rows_.size() > height ? rows_.size() - height : 0);
-    top_ = std::clamp(top_, 0L, last);
-    return static_cast<std::size_t>(top_);
+    const auto last = static_cast<long>(mRows.size() > height ? mRows.size() - height : 0);
+    mTop = std::clamp(mTop, 0L, last);
+    return static_cast<std::size_t>(mTop);
 }
 
 }  // namespace qvn::tools

@@ -17,43 +17,43 @@ public:
     };
 
     WatchView(const PropertyTable& table, std::vector<const PropertyInfo*> properties)
-        : table_(table), properties_(std::move(properties)) {}
+        : mTable(table), mProperties(std::move(properties)) {}
 
     /// Only properties whose names contain the text, or match it as a pattern with * and ?; in any case of letters.
-    void filter(const std::string& text) { filter_ = text; }
-    const std::string& filter() const { return filter_; }
+    void filter(const std::string& text) { mFilter = text; }
+    const std::string& filter() const { return mFilter; }
 
-    void sortBy(Sort sort) { sort_ = sort; }
-    Sort sort() const { return sort_; }
+    void sortBy(Sort sort) { mSort = sort; }
+    Sort sort() const { return mSort; }
 
     /// While it is frozen the rows stay as they are, whatever arrives.
-    void freeze(bool frozen) { frozen_ = frozen; }
-    bool frozen() const { return frozen_; }
+    void freeze(bool frozen) { mFrozen = frozen; }
+    bool frozen() const { return mFrozen; }
 
     /// Looks at the table anew, unless it is frozen, and lays out the rows.
     void refresh(long now);
 
     /// The rows that match, in order, as they were at time().
-    const std::vector<PropertyRow>& rows() const { return rows_; }
-    long time() const { return time_; }
-    std::size_t total() const { return properties_.size(); }
+    const std::vector<PropertyRow>& rows() const { return mRows; }
+    long time() const { return mTime; }
+    std::size_t total() const { return mProperties.size(); }
 
     /// The first row that is shown when `height` fit. Scrolling goes on from there and ends where the rows do.
     std::size_t top(std::size_t height);
-    void scroll(long lines) { top_ += lines; }
+    void scroll(long lines) { mTop += lines; }
 
 private:
     bool matches(const PropertyInfo& property) const;
 
-    const PropertyTable& table_;
-    std::vector<const PropertyInfo*> properties_;
-    std::vector<PropertyRow> seen_;  // at time_
-    std::vector<PropertyRow> rows_;
-    long time_ = 0;
-    std::string filter_;
-    Sort sort_ = Sort::Change;
-    bool frozen_ = false;
-    long top_ = 0;
+    const PropertyTable& mTable;
+    std::vector<const PropertyInfo*> mProperties;
+    std::vector<PropertyRow> mSeen;  // at mTime
+    std::vector<PropertyRow> mRows;
+    long mTime = 0;
+    std::string mFilter;
+    Sort mSort = Sort::Change;
+    bool mFrozen = false;
+    long mTop = 0;
 };
 
 }  // namespace qvn::tools

@@ -41,8 +41,8 @@ std::string titleOf(const dbc::Message& message) {
 
 }  // namespace
 
-CanDecoder::CanDecoder(dbc::Database database) : database_(std::move(database)) {
-    for (const dbc::Message& message : database_.messages) {
+CanDecoder::CanDecoder(dbc::Database database) : mDatabase(std::move(database)) {
+    for (const dbc::Message& message : mDatabase.messages) {
         know(message);
     }
 }
@@ -63,13 +63,13 @@ void CanDecoder::know(const dbc::Message& message) {
         }
     }
     if (!known.signals.empty()) {
-        messages_.emplace(keyOf(message.id, message.extended), std::move(known));
+        mMessages.emplace(keyOf(message.id, message.extended), std::move(known));
     }
 }
 
 std::size_t CanDecoder::signals() const {
     std::size_t count = 0;
-    for (const dbc::Message& message : database_.messages) {
+    for (const dbc::Message& message : mDatabase.messages) {
         count += message.signals.size();
     }
     return count;
@@ -77,7 +77,7 @@ std::size_t CanDecoder::signals() const {
 
 std::size_t CanDecoder::knownSignals() const {
     std::size_t count = 0;
-    for (const auto& [key, message] : messages_) {
+    for (const auto& [key, message] : mMessages) {
         count += message.signals.size();
     }
     return count;
@@ -85,7 +85,7 @@ std::size_t CanDecoder::knownSignals() const {
 
 std::vector<std::string> CanDecoder::unknownSignals() const {
     std::vector<std::string> lines;
-    for (const dbc::Message& message : database_.messages) {
+    for (const dbc::Message& message : mDatabase.messages) {
         std::string names;
         for (const dbc::Signal& signal : message.signals) {
             names += ruleOf(signal.name) ? "" : (names.empty() ? ": " : ", ") + signal.name;
@@ -99,7 +99,7 @@ std::vector<std::string> CanDecoder::unknownSignals() const {
 
 std::vector<std::uint32_t> CanDecoder::signalsIn(const CanFrame& frame) const {
     std::vector<std::uint32_t> signals;
-    if (const auto found = messages_.find(keyOf(frame.id, frame.extended)); found != messages_.end()) {
+    if (const auto found = mMessages.find(keyOf(frame.id, frame.extended)); found != mMessages.end()) {
         for (const KnownSignal& signal : found->second.signals) {
             signals.push_back(signal.row->code);
         }
@@ -108,7 +108,7 @@ std::vector<std::uint32_t> CanDecoder::signalsIn(const CanFrame& frame) const {
 }
 
 void CanDecoder::forgetValues() {
-    for (auto& [key, message] : messages_) {
+    for (auto& [key, message] : mMessages) {
         for (KnownSignal& signal : message.signals) {
             signal.last.clear();
         }
@@ -117,8 +117,8 @@ void CanDecoder::forgetValues() {
 
 DecodedFrame CanDecoder::decode(const CanFrame& frame) {
     DecodedFrame result;
-    const auto found = messages_.find(keyOf(frame.id, frame.extended));
-    if (found == messages_.end()) {
+    const auto found = mMessages.find(keyOf(frame.id, frame.extended));
+    if (found == mMessages.end()) {
         return result;
     }
     KnownMessage& message = found->second;

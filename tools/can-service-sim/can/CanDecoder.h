@@ -33,14 +33,14 @@ public:
     CanDecoder(const CanDecoder&) = delete;
     CanDecoder& operator=(const CanDecoder&) = delete;
 
-    std::size_t messages() const { return database_.messages.size(); }
+    std::size_t messages() const { return mDatabase.messages.size(); }
     std::size_t signals() const;
     std::size_t knownSignals() const;
     /// "BO_ 291 ESP: Foo, Bar": the signals that the schema does not know, by message.
     std::vector<std::string> unknownSignals() const;
 
     /// Whether the frame carries signals of the schema.
-    bool knows(const CanFrame& frame) const { return messages_.count(keyOf(frame.id, frame.extended)) > 0; }
+    bool knows(const CanFrame& frame) const { return mMessages.count(keyOf(frame.id, frame.extended)) > 0; }
     /// The schema's signals that such frames may carry.
     std::vector<std::uint32_t> signalsIn(const CanFrame& frame) const;
     DecodedFrame decode(const CanFrame& frame);
@@ -65,8 +65,8 @@ private:
     void know(const dbc::Message& message);
     static void decode(KnownSignal& signal, const CanFrame& frame, DecodedFrame& result);
 
-    dbc::Database database_;
-    std::map<std::uint64_t, KnownMessage> messages_;
+    dbc::Database mDatabase;
+    std::map<std::uint64_t, KnownMessage> mMessages;
 };
 
 }  // namespace qvn::tools

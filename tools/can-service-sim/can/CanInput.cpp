@@ -11,76 +11,76 @@
 namespace qvn::tools {
 
 void CanInput::declare(CommandLine& line) {
-    line.option("--dbc FILE", database_, "Signal database by which CAN frames are decoded");
-    line.option("--candump FILE", log_, "Log of CAN frames to play, as 'candump -l' writes it").needs("--dbc");
-    line.option("--can IFACE", interface_, "CAN interface to receive frames from, such as can0 or vcan0")
+    line.option("--dbc FILE", mDatabase, "Signal database by which CAN frames are decoded");
+    line.option("--candump FILE", mLog, "Log of CAN frames to play, as 'candump -l' writes it").needs("--dbc");
+    line.option("--can IFACE", mInterface, "CAN interface to receive frames from, such as can0 or vcan0")
         .needs("--dbc")
         .excludes("--speed");
 }
 
 void CanInput::read() {
     if (!given()) {
-        if (!database_.empty()) {
+        if (!mDatabase.empty()) {
             throw BadInput("--dbc tells what frames mean; add --candump LOG or --can IFACE, where they come from");
         }
         return;
     }
     readDatabase();
-    if (!log_.empty()) {
+    if (!mLog.empty()) {
         readLog();
     }
 }
 
 void CanInput::readDatabase() {
-    dbc::Database database = readDatabaseFile(database_);
-    warning_ = leftOutText(database);
-    leftOut_ = std::move(database.leftOut);
+    dbc::Database database = readDatabaseFile(mDatabase);
+    mWarning = leftOutText(database);
+    mLeftOut = std::move(database.leftOut);
     addNotes(SignalNotes::instance(), database);
-    decoder_ = std::make_unique<CanDecoder>(std::move(database));
-    if (decoder_->knownSignals() == 0) {
-        throw BadInput(database_ + ": none of its " + std::to_string(decoder_->signals()) +
+    mDecoder = std::make_unique<CanDecoder>(std::move(database));
+    if (mDecoder->knownSignals() == 0) {
+        throw BadInput(mDatabase + ": none of its " + std::to_string(mDecoder->signals()) +
                        " signals is known to the schema; expected names such as ESP_FD2_VehSpd, --list shows them all" +
-                       (leftOut_.empty() ? "" : "; " + leftOut_.front()));
+                       (mLeftOut.empty() ? "" : "; " + mLeftOut.front()));
     }
 }
 
 void CanInput::readLog() {
-    std::ifstream file = openFile(log_);
-    trace_ = readCandump(file, log_, [this](const CanFrame& frame) {
-        ++framesInLog_;
-        return decoder_->knows(frame);
+    std::ifstream file = openFile(mLog);
+    mTrace = readCandump(file, mLog, [this](const CanFrame& frame) {
+        ++mFramesInLog;
+        return mDecoder->knows(frame);
     });
-    framesKnown_ = trace_.size();
-    if (framesKnown_ == 0) {
-        throw BadInput(log_ + ": none of its " + std::to_string(framesInLog_) + " data frames is a message of " +
-                       database_ + " with a signal of the schema");
+    mFramesKnown = mTrace.size();
+    if (mFramesKnown == 0) {
+        throw BadInput(mLog + ": none of its " + std::to_string(mFramesInLog) + " data frames is a message of " +
+                       mDatabase + " with a signal of the schema");
     }
 }
 
 void CanInput::describe(const Journal& journal) const {
-    if (!decoder_) {
+    if (!mDecoder) {
         return;
     }
-    journal.note(database_ + ": " + std::to_string(decoder_->messages()) + " messages, " +
-                 std::to_string(decoder_->signals()) + " signals; " + std::to_string(decoder_->knownSignals()) +
+    journal.note(mDatabase + ": " + std::to_string(mDecoder->messages()) + " messages, " +
+                 std::to_string(mDecoder->signals()) + " signals; " + std::to_string(mDecoder->knownSignals()) +
                  " of them known to the schema");
-    if (!warning_.empty()) {
-        journal.note(warning_);
+    if (!mWarning.empty()) {
+        journal.note(mWarning);
     }
-    for (const std::string& wrong : leftOut_) {
+    for (const std::string& wrong : mLeftOut) {
         journal.detail("wrong: " + wrong);
     }
-    for (const std::string& unknown : decoder_->unknownSignals()) {
+    for (const std::string& unknown : mDecoder->unknownSignals()) {
         journal.detail("unknown to the schema: " + unknown);
     }
-    if (!log_.empty()) {
-        journal.note(log_ + ": " + std::to_string(framesInLog_) + " data frames; " + std::to_string(framesKnown_) +
+    if (!mLog.empty()) {
+        journal.note(mLog + ": " + std::to_string(mFramesInLog) + " data frames; " + std::to_string(mFramesKnown) +
                      " of them carry such signals");
     }
 }
 
 std::vector<TraceEvent> CanInput::takeTrace() {
-    return std::exchange(trace_, {});
+    return std::exchange(mTrace, {});
 }
 
 }  // namespace qvn::tools

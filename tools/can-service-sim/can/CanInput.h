@@ -16,10 +16,10 @@ class CanInput {
 public:
     void declare(CommandLine& line);
 
-    bool given() const { return !log_.empty() || !interface_.empty(); }
-    const std::string& log() const { return log_; }
+    bool given() const { return !mLog.empty() || !mInterface.empty(); }
+    const std::string& log() const { return mLog; }
     /// The interface to receive from; empty: none.
-    const std::string& interface() const { return interface_; }
+    const std::string& interface() const { return mInterface; }
 
     /// Reads the files; does nothing when none is given.
     /// @throws BadInput for the first thing that is wrong in them
@@ -31,21 +31,21 @@ public:
     /// The frames of the log, as a trace; empty after the call.
     std::vector<TraceEvent> takeTrace();
     /// Null when no frames are given.
-    CanDecoder* decoder() const { return decoder_.get(); }
+    CanDecoder* decoder() const { return mDecoder.get(); }
 
 private:
     void readDatabase();
     void readLog();
 
-    std::string log_;
-    std::string interface_;
-    std::string database_;
-    std::unique_ptr<CanDecoder> decoder_;
-    std::string warning_;               // of what is wrong in the database
-    std::vector<std::string> leftOut_;  // all of it
-    std::vector<TraceEvent> trace_;
-    std::size_t framesInLog_ = 0;
-    std::size_t framesKnown_ = 0;
+    std::string mLog;
+    std::string mInterface;
+    std::string mDatabase;
+    std::unique_ptr<CanDecoder> mDecoder;
+    std::string mWarning;               // of what is wrong in the database
+    std::vector<std::string> mLeftOut;  // all of it
+    std::vector<TraceEvent> mTrace;
+    std::size_t mFramesInLog = 0;
+    std::size_t mFramesKnown = 0;
 };
 
 }  // namespace qvn::tools

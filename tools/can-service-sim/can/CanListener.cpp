@@ -14,32 +14,32 @@ constexpr std::chrono::seconds kRetryAfter(1);
 
 CanListener::CanListener(EventLoop& loop, const Journal& journal, std::string interface,
                          std::function<void(const CanFrame&)> onFrame)
-    : loop_(loop), journal_(journal), interface_(std::move(interface)), onFrame_(std::move(onFrame)) {}
+    : mLoop(loop), mJournal(journal), mInterface(std::move(interface)), mOnFrame(std::move(onFrame)) {}
 
 bool CanListener::start(std::string* error) {
-    const int socket = openCanInterface(interface_, error);
+    const int socket = openCanInterface(mInterface, error);
     if (socket < 0) {
         return false;
     }
-    socket_.emplace(socket, "CAN socket");
-    loop_.watch(socket, [this] { read(); });
-    journal_.note("CAN interface " + interface_ + " is received from");
+    mSocket.emplace(socket, "CAN socket");
+    mLoop.watch(socket, [this] { read(); });
+    mJournal.note("CAN interface " + mInterface + " is received from");
     return true;
 }
 
 void CanListener::read() {
     std::string error;
-    if (readCanFrames(socket_->get(), onFrame_, &error)) {
+    if (readCanFrames(mSocket->get(), mOnFrame, &error)) {
         return;
     }
-    Journal::error("CAN interface " + interface_ + " went away: " + error + "; it is tried again each second");
-    loop_.unwatch(socket_->get());
-    socket_.reset();
+    Journal::error("CAN interface " + mInterface + " went away: " + error + "; it is tried again each second");
+    mLoop.unwatch(mSocket->get());
+    mSocket.reset();
     tryAgainLater();
 }
 
 void CanListener::tryAgainLater() {
-    loop_.at(Clock::now() + kRetryAfter, [this] {
+    mLoop.at(Clock::now() + kRetryAfter, [this] {
         std::string error;
         if (!start(&error)) {
             tryAgainLater();

@@ -25,11 +25,11 @@ private:
     void read();
     void tryAgainLater();
 
-    EventLoop& loop_;
-    const Journal& journal_;
-    std::string interface_;
-    std::function<void(const CanFrame&)> onFrame_;
-    std::optional<FileDescriptor> socket_;
+    EventLoop& mLoop;
+    const Journal& mJournal;
+    std::string mInterface;
+    std::function<void(const CanFrame&)> mOnFrame;
+    std::optional<FileDescriptor> mSocket;
 };
 
 }  // namespace qvn::tools

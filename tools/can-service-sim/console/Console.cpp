@@ -82,60 +82,60 @@ std::string listText(const std::string& pattern) {
 }
 
 Console::Console(EventLoop& loop, Output& output, Prompt& prompt)
-    : loop_(loop), output_(output), prompt_(prompt), reader_(STDIN_FILENO) {}
+    : mLoop(loop), mOutput(output), mPrompt(prompt), mReader(STDIN_FILENO) {}
 
 /// A person corrects a line that is wrong; a script must not go on.
 bool Console::isPerson() const {
-    return prompt_.isRunning() || isatty(STDIN_FILENO) != 0;
+    return mPrompt.isRunning() || isatty(STDIN_FILENO) != 0;
 }
 
 void Console::start(Player& player) {
-    player_ = &player;
+    mPlayer = &player;
     // The system stops a background job that reads its terminal.
     if (isatty(STDIN_FILENO) != 0 && tcgetpgrp(STDIN_FILENO) != getpgrp()) {
-        loop_.unwatch(STDIN_FILENO);
-        loop_.at(Clock::now() + kBetweenLooks, [this] { start(*player_); });
+        mLoop.unwatch(STDIN_FILENO);
+        mLoop.at(Clock::now() + kBetweenLooks, [this] { start(*mPlayer); });
         return;
     }
-    loop_.watch(STDIN_FILENO, [this] { read(); });
+    mLoop.watch(STDIN_FILENO, [this] { read(); });
 }
 
 void Console::read() {
     if (isatty(STDIN_FILENO) != 0 && tcgetpgrp(STDIN_FILENO) != getpgrp()) {
-        start(*player_);
+        start(*mPlayer);
         return;
     }
-    if (reader_.read([this](const std::string& line) { take(line); })) {
+    if (mReader.read([this](const std::string& line) { take(line); })) {
         return;
     }
-    loop_.unwatch(STDIN_FILENO);
-    if (prompt_.isRunning()) {
-        prompt_.end();
+    mLoop.unwatch(STDIN_FILENO);
+    if (mPrompt.isRunning()) {
+        mPrompt.end();
         Journal::error("the prompt has ended; the service goes on");
-    } else if (reader_.lineNumber() > 0) {
-        player_->endWhenDone();
+    } else if (mReader.lineNumber() > 0) {
+        mPlayer->endWhenDone();
     }
 }
 
 void Console::take(const std::string& line) {
-    if (failed_) {
+    if (mFailed) {
         return;
     }
     try {
         if (const std::optional<Command> command = readCommand(line, kCommands)) {
             run(*command);
-        } else if (const std::string told = takeLine(*player_, line); !told.empty()) {
+        } else if (const std::string told = takeLine(*mPlayer, line); !told.empty()) {
             print(told);
         }
     } catch (const BadInput& error) {
-        if (prompt_.isRunning()) {
+        if (mPrompt.isRunning()) {
             print(std::string(error.what()) + "\n");
             return;
         }
-        Journal::error("stdin:" + std::to_string(reader_.lineNumber()) + ": " + error.what());
+        Journal::error("stdin:" + std::to_string(mReader.lineNumber()) + ": " + error.what());
         if (!isPerson()) {
-            failed_ = true;
-            loop_.end();
+            mFailed = true;
+            mLoop.end();
         }
     }
 }
@@ -149,14 +149,14 @@ void Console::run(const Command& command) {
     } else if (command.name == "show") {
         show(pattern);
     } else {
-        loop_.end();
+        mLoop.end();
     }
 }
 
 void Console::show(const std::string& pattern) {
     std::string text;
     for (const tables::DecodingRow& row : tables::kDecodingRules) {
-        const std::optional<CanService::Value> known = player_->service().signal(row.code);
+        const std::optional<CanService::Value> known = mPlayer->service().signal(row.code);
         if (!known || !matchesGlob(pattern, signalName(row.code))) {
             continue;
         }

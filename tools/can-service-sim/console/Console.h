@@ -29,10 +29,10 @@ public:
     void start(Player& player);
 
     /// Shows whole lines.
-    void print(std::string text) { output_.write(std::move(text)); }
+    void print(std::string text) { mOutput.write(std::move(text)); }
 
     /// Whether a line of a script was wrong.
-    bool failed() const { return failed_; }
+    bool failed() const { return mFailed; }
 
 private:
     bool isPerson() const;
@@ -41,12 +41,12 @@ private:
     void run(const Command& command);
     void show(const std::string& pattern);
 
-    EventLoop& loop_;
-    Output& output_;
-    Prompt& prompt_;
-    Player* player_ = nullptr;
-    LineReader reader_;
-    bool failed_ = false;
+    EventLoop& mLoop;
+    Output& mOutput;
+    Prompt& mPrompt;
+    Player* mPlayer = nullptr;
+    LineReader mReader;
+    bool mFailed = false;
 };
 
 }  // namespace qvn::tools

@@ -66,31 +66,31 @@ std::size_t lengthOf(const LineInfo& line) {
 }  // namespace
 
 LineEditor::LineEditor(const Pipes& pipes, std::function<Completion(const std::string&)> complete, Suspend suspend)
-    : texts_{pipes.texts, {}},
-      errors_{pipes.errors, {}},
-      lines_(pipes.lines),
-      complete_(std::move(complete)),
-      suspend_(std::move(suspend)),
-      signals_(editingSignals()),
-      editor_((std::setlocale(LC_CTYPE, "C.UTF-8"), el_init("can-service-sim", stdin, stdout, stderr))),
-      history_(history_init()),
-      historyFile_(historyFile()) {
+    : mTexts{pipes.texts, {}},
+      mErrors{pipes.errors, {}},
+      mLines(pipes.lines),
+      mComplete(std::move(complete)),
+      mSuspend(std::move(suspend)),
+      mSignals(editingSignals()),
+      mEditor((std::setlocale(LC_CTYPE, "C.UTF-8"), el_init("can-service-sim", stdin, stdout, stderr))),
+      mHistory(history_init()),
+      mHistoryFile(historyFile()) {
     HistEvent event;
-    history(history_, &event, H_SETSIZE, kMostHistory);
-    history(history_, &event, H_SETUNIQUE, 1);
-    history(history_, &event, H_LOAD, historyFile_.c_str());
-    el_set(editor_, EL_CLIENTDATA, this);
+    history(mHistory, &event, H_SETSIZE, kMostHistory);
+    history(mHistory, &event, H_SETUNIQUE, 1);
+    history(mHistory, &event, H_LOAD, mHistoryFile.c_str());
+    el_set(mEditor, EL_CLIENTDATA, this);
     el_set(
-        editor_, EL_PROMPT, +[](EditLine*) -> char* { return const_cast<char*>(kPrompt); });
-    el_set(editor_, EL_SIGNAL, 0);
-    el_set(editor_, EL_HIST, &::history, history_);
-    el_set(editor_, EL_GETCFN, &readKey);
+        mEditor, EL_PROMPT, +[](EditLine*) -> char* { return const_cast<char*>(kPrompt); });
+    el_set(mEditor, EL_SIGNAL, 0);
+    el_set(mEditor, EL_HIST, &::history, mHistory);
+    el_set(mEditor, EL_GETCFN, &readKey);
     bindKeys();
 }
 
 LineEditor::~LineEditor() {
     if (isForeground()) {
-        el_set(editor_, EL_PREP_TERM, 0);
+        el_set(mEditor, EL_PREP_TERM, 0);
     }
     // Not el_end(): it would wait for a terminal that takes nothing.
 }
@@ -107,35 +107,35 @@ void LineEditor::bindKeys() {
                                         {"\\e[6~", "ed-next-history"},
                                         {"\\e[1;5C", "em-next-word"},
                                         {"\\e[1;5D", "ed-prev-word"}};
-    el_set(editor_, EL_EDITOR, "emacs");
-    el_set(editor_, EL_ADDFN, "complete", "Completes a word", &completeKey);
+    el_set(mEditor, EL_EDITOR, "emacs");
+    el_set(mEditor, EL_ADDFN, "complete", "Completes a word", &completeKey);
     for (const auto& [key, function] : kKeys) {
-        el_set(editor_, EL_BIND, key, function, nullptr);
+        el_set(mEditor, EL_BIND, key, function, nullptr);
     }
-    el_source(editor_, nullptr);
+    el_source(mEditor, nullptr);
 }
 
 void LineEditor::run() {
-    while (!terminalGone_ && texts_.fd >= 0) {
-        if (quits_ || !isForeground()) {
+    while (!mTerminalGone && mTexts.fd >= 0) {
+        if (mQuits || !isForeground()) {
             awaitInput();
             continue;
         }
-        foreground_ = true;
-        editing_ = true;
-        el_set(editor_, EL_PREP_TERM, 1);  // the library would show the prompt first
+        mForeground = true;
+        mEditing = true;
+        el_set(mEditor, EL_PREP_TERM, 1);  // the library would show the prompt first
         int count = 0;
-        const char* const line = el_gets(editor_, &count);
-        editing_ = false;
-        if (line && texts_.fd >= 0) {
-            el_set(editor_, EL_PREP_TERM, 1);  // keys that come meanwhile are not for the terminal to show
+        const char* const line = el_gets(mEditor, &count);
+        mEditing = false;
+        if (line && mTexts.fd >= 0) {
+            el_set(mEditor, EL_PREP_TERM, 1);  // keys that come meanwhile are not for the terminal to show
             enter(std::string(line, static_cast<std::size_t>(count)));
         } else if (isForeground()) {
             std::fputs(eraseLine().c_str(), stdout);
             std::fflush(stdout);
-            quits_ = true;
+            mQuits = true;
         }
-        if (quits_ && texts_.fd >= 0 && !terminalGone_) {
+        if (mQuits && mTexts.fd >= 0 && !mTerminalGone) {
             enter("quit");
         }
     }
@@ -143,8 +143,8 @@ void LineEditor::run() {
 }
 
 void LineEditor::showLastErrors() {
-    for (pollfd errors{errors_.fd, POLLIN, 0}; errors_.fd >= 0 && poll(&errors, 1, 0) > 0;) {
-        takeText(errors_);
+    for (pollfd errors{mErrors.fd, POLLIN, 0}; mErrors.fd >= 0 && poll(&errors, 1, 0) > 0;) {
+        takeText(mErrors);
     }
 }
 
@@ -152,12 +152,12 @@ void LineEditor::enter(std::string line) {
     line.erase(std::min(line.find_last_not_of("\r\n") + 1, line.size()));
     if (!line.empty() && line != "quit") {
         HistEvent event;
-        history(history_, &event, H_ENTER, line.c_str());
-        history(history_, &event, H_SAVE, historyFile_.c_str());
+        history(mHistory, &event, H_ENTER, line.c_str());
+        history(mHistory, &event, H_SAVE, mHistoryFile.c_str());
     }
     line += '\n';
     for (std::size_t done = 0; done < line.size();) {
-        const ssize_t count = ::write(lines_, line.data() + done, line.size() - done);
+        const ssize_t count = ::write(mLines, line.data() + done, line.size() - done);
         if (count < 0 && errno != EINTR) {
             return;
         }
@@ -172,13 +172,13 @@ int LineEditor::readKey(EditLine* editor, wchar_t* key) {
 
 int LineEditor::nextKey(wchar_t* key) {
     for (;;) {
-        while (!typed_.empty()) {
-            if (refuses(typed_.front())) {
-                typed_.erase(0, 1);
+        while (!mTyped.empty()) {
+            if (refuses(mTyped.front())) {
+                mTyped.erase(0, 1);
                 continue;
             }
             std::mbstate_t state{};
-            const std::size_t size = std::mbrtowc(key, typed_.data(), typed_.size(), &state);
+            const std::size_t size = std::mbrtowc(key, mTyped.data(), mTyped.size(), &state);
             if (size == static_cast<std::size_t>(-2)) {
                 break;  // the rest of the character is still to come
             }
@@ -186,8 +186,8 @@ int LineEditor::nextKey(wchar_t* key) {
             if (wrong || size == 0) {
                 *key = wrong ? L'?' : L'\0';
             }
-            typed_.erase(0, wrong || size == 0 ? 1 : size);
-            completedBefore_ = completedBefore_ && *key == L'\t';
+            mTyped.erase(0, wrong || size == 0 ? 1 : size);
+            mCompletedBefore = mCompletedBefore && *key == L'\t';
             return 1;
         }
         if (!awaitInput()) {
@@ -199,19 +199,19 @@ int LineEditor::nextKey(wchar_t* key) {
 /// Takes the place of a key that would make the line too long, and of all that follow up to its end.
 bool LineEditor::refuses(char key) {
     const bool ends = key == '\r' || key == '\n';
-    const std::size_t length = lengthOf(*el_line(editor_));
-    if (refused_ == 0 && (ends || length < kLongestEdited || static_cast<unsigned char>(key) < ' ' || key == '\x7F')) {
+    const std::size_t length = lengthOf(*el_line(mEditor));
+    if (mRefused == 0 && (ends || length < kLongestEdited || static_cast<unsigned char>(key) < ' ' || key == '\x7F')) {
         return false;
     }
-    ++refused_;
+    ++mRefused;
     if (ends) {
         std::fputs(eraseLine().c_str(), stdout);
         std::printf(
             "a line of %zu characters is too long for the prompt; expected %zu at most, --play FILE takes any\n",
-            length + std::exchange(refused_, 0) - 1, kLongestEdited);
-        el_cursor(editor_, static_cast<int>(length));
-        el_deletestr(editor_, static_cast<int>(length));
-        el_set(editor_, EL_REFRESH);
+            length + std::exchange(mRefused, 0) - 1, kLongestEdited);
+        el_cursor(mEditor, static_cast<int>(length));
+        el_deletestr(mEditor, static_cast<int>(length));
+        el_set(mEditor, EL_REFRESH);
     }
     return true;
 }
@@ -219,60 +219,60 @@ bool LineEditor::refuses(char key) {
 /// Waits for a key, and shows what comes meanwhile. False when there is nothing to edit any more.
 bool LineEditor::awaitInput() {
     const bool foreground = isForeground();
-    if (foreground && !foreground_ && editing_) {
-        el_set(editor_, EL_PREP_TERM, 0);
-        el_set(editor_, EL_PREP_TERM, 1);
-        el_set(editor_, EL_REFRESH);
+    if (foreground && !mForeground && mEditing) {
+        el_set(mEditor, EL_PREP_TERM, 0);
+        el_set(mEditor, EL_PREP_TERM, 1);
+        el_set(mEditor, EL_REFRESH);
     }
-    foreground_ = foreground;
-    pollfd fds[] = {{signals_, POLLIN, 0},
-                    {texts_.fd, POLLIN, 0},
-                    {errors_.fd, POLLIN, 0},
-                    {foreground && !quits_ ? STDIN_FILENO : -1, POLLIN, 0}};
+    mForeground = foreground;
+    pollfd fds[] = {{mSignals, POLLIN, 0},
+                    {mTexts.fd, POLLIN, 0},
+                    {mErrors.fd, POLLIN, 0},
+                    {foreground && !mQuits ? STDIN_FILENO : -1, POLLIN, 0}};
     poll(fds, std::size(fds), foreground ? -1 : kLookForForeground);
     if (fds[0].revents != 0) {
         takeSignals();
     }
     if (fds[2].revents != 0) {
-        takeText(errors_);
+        takeText(mErrors);
     }
     if (fds[1].revents != 0) {
-        takeText(texts_);
+        takeText(mTexts);
     }
     if (fds[3].revents != 0 && isForeground()) {
         char buffer[4096];
         const ssize_t count = ::read(STDIN_FILENO, buffer, sizeof buffer);
-        terminalGone_ = count == 0 || (count < 0 && errno != EINTR && errno != EAGAIN);
-        typed_.append(buffer, static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+        mTerminalGone = count == 0 || (count < 0 && errno != EINTR && errno != EAGAIN);
+        mTyped.append(buffer, static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
     }
-    if (texts_.fd < 0 && !isForeground()) {
+    if (mTexts.fd < 0 && !isForeground()) {
         // Killed: a shell has the terminal again, and the library would set it once more on its way out.
         showLastErrors();
         _exit(0);
     }
-    return texts_.fd >= 0 && !terminalGone_;
+    return mTexts.fd >= 0 && !mTerminalGone;
 }
 
 void LineEditor::takeSignals() {
     signalfd_siginfo info;
-    while (::read(signals_, &info, sizeof info) == static_cast<ssize_t>(sizeof info)) {
+    while (::read(mSignals, &info, sizeof info) == static_cast<ssize_t>(sizeof info)) {
         if (info.ssi_signo == SIGTSTP) {
             suspend();
         } else if (info.ssi_signo == SIGCONT) {
-            foreground_ = false;  // whoever had the terminal has left it as it likes
+            mForeground = false;  // whoever had the terminal has left it as it likes
         } else {
-            el_resize(editor_);
+            el_resize(mEditor);
         }
     }
 }
 
 void LineEditor::suspend() {
-    el_set(editor_, EL_PREP_TERM, 0);
+    el_set(mEditor, EL_PREP_TERM, 0);
     std::fputs("\n", stdout);
     std::fflush(stdout);
-    suspend_();
+    mSuspend();
     raise(SIGSTOP);
-    foreground_ = false;
+    mForeground = false;
 }
 
 bool LineEditor::isForeground() {
@@ -297,17 +297,17 @@ void LineEditor::takeText(Source& source) {
 }
 
 void LineEditor::showAbove(const std::string& text) {
-    const bool above = editing_ && foreground_;
+    const bool above = mEditing && mForeground;
     std::fputs(((above ? eraseLine() : "") + text).c_str(), stdout);
     std::fflush(stdout);
     if (above) {
-        el_set(editor_, EL_REFRESH);
+        el_set(mEditor, EL_REFRESH);
     }
 }
 
 /// Goes to where the prompt begins, which may be some rows above the cursor, and erases from there.
 std::string LineEditor::eraseLine() const {
-    const LineInfo& line = *el_line(editor_);
+    const LineInfo& line = *el_line(mEditor);
     const auto begins = [](char c) { return (static_cast<unsigned char>(c) & 0xC0U) != 0x80U; };  // a character
     const auto place = sizeof kPrompt - 1 + static_cast<std::size_t>(std::count_if(line.buffer, line.cursor, begins));
     const std::size_t rows = place / static_cast<std::size_t>(columns());
@@ -325,13 +325,13 @@ unsigned char LineEditor::completeKey(EditLine* editor, int) {
 
 /// A Tab adds what is certain; a second one shows what is possible.
 unsigned char LineEditor::complete() {
-    const LineInfo& info = *el_line(editor_);
+    const LineInfo& info = *el_line(mEditor);
     const std::string line(info.buffer, info.cursor);
-    const Completion completion = complete_(line);
+    const Completion completion = mComplete(line);
     const std::string common = completion.common(line);
-    const bool again = std::exchange(completedBefore_, true);
+    const bool again = std::exchange(mCompletedBefore, true);
     if (!common.empty()) {
-        el_insertstr(editor_, common.c_str());
+        el_insertstr(mEditor, common.c_str());
         return CC_REFRESH;
     }
     if (completion.words.size() < 2 || !again) {

@@ -57,22 +57,22 @@ private:
     std::string listed(const Completion& completion) const;
     int columns() const;
 
-    Source texts_;
-    Source errors_;
-    int lines_;
-    std::function<Completion(const std::string&)> complete_;
-    Suspend suspend_;
-    int signals_;
-    EditLine* editor_;
-    History* history_;
-    std::string historyFile_;
-    std::string typed_;        // and not looked at yet
-    bool editing_ = false;     // a line stands on the terminal
-    bool foreground_ = false;  // as it was last
-    bool terminalGone_ = false;
-    bool quits_ = false;            // nothing is asked for any more
-    std::size_t refused_ = 0;       // characters of a line that is too long
-    bool completedBefore_ = false;  // the key before was a Tab, too
+    Source mTexts;
+    Source mErrors;
+    int mLines;
+    std::function<Completion(const std::string&)> mComplete;
+    Suspend mSuspend;
+    int mSignals;
+    EditLine* mEditor;
+    History* mHistory;
+    std::string mHistoryFile;
+    std::string mTyped;        // and not looked at yet
+    bool mEditing = false;     // a line stands on the terminal
+    bool mForeground = false;  // as it was last
+    bool mTerminalGone = false;
+    bool mQuits = false;            // nothing is asked for any more
+    std::size_t mRefused = 0;       // characters of a line that is too long
+    bool mCompletedBefore = false;  // the key before was a Tab, too
 };
 
 }  // namespace qvn::tools

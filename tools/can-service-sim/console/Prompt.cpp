@@ -50,22 +50,22 @@ void Prompt::start(const std::function<Completion(const std::string&)>& complete
     const Pipe lines;
     const Pipe texts;
     const Pipe errors;
-    tcgetattr(STDIN_FILENO, &found_);
-    child_ = fork();
-    if (child_ < 0) {
+    tcgetattr(STDIN_FILENO, &mFound);
+    mChild = fork();
+    if (mChild < 0) {
         throw std::system_error(errno, std::generic_category(), "fork");
     }
-    if (child_ == 0) {
+    if (mChild == 0) {
         for (const int ofTheService : {lines.out(), texts.in(), errors.in()}) {
             close(ofTheService);
         }
         edit({texts.out(), errors.out(), lines.in()}, complete);
     }
-    terminal_ = fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+    mTerminal = fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
     dup2(lines.out(), STDIN_FILENO);
     dup2(texts.in(), STDOUT_FILENO);
-    takesErrors_ = isatty(STDERR_FILENO) != 0;
-    if (takesErrors_) {
+    mTakesErrors = isatty(STDERR_FILENO) != 0;
+    if (mTakesErrors) {
         fcntl(errors.in(), F_SETFL, O_NONBLOCK);
         dup2(errors.in(), STDERR_FILENO);
     }
@@ -77,21 +77,21 @@ void Prompt::start(const std::function<Completion(const std::string&)>& complete
 }
 
 void Prompt::end() {
-    if (child_ <= 0) {
+    if (mChild <= 0) {
         return;
     }
     // The texts are at their end with this: the child has shown all of them when it ends.
-    dup2(terminal_, STDOUT_FILENO);
-    if (takesErrors_) {
-        dup2(terminal_, STDERR_FILENO);
+    dup2(mTerminal, STDOUT_FILENO);
+    if (mTakesErrors) {
+        dup2(mTerminal, STDERR_FILENO);
     }
     awaitChild();
-    kill(child_, SIGKILL);
-    waitpid(std::exchange(child_, -1), nullptr, 0);
-    if (tcgetpgrp(terminal_) == getpgrp()) {
-        tcsetattr(terminal_, TCSANOW, &found_);
+    kill(mChild, SIGKILL);
+    waitpid(std::exchange(mChild, -1), nullptr, 0);
+    if (tcgetpgrp(mTerminal) == getpgrp()) {
+        tcsetattr(mTerminal, TCSANOW, &mFound);
     }
-    close(std::exchange(terminal_, -1));
+    close(std::exchange(mTerminal, -1));
 }
 
 /// Until it has closed its end of the lines, as long as it may take.

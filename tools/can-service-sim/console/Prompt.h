@@ -27,7 +27,7 @@ public:
     /// nothing.
     /// @param complete completes a line, in the child
     void start(const std::function<Completion(const std::string& line)>& complete);
-    bool isRunning() const { return child_ > 0; }
+    bool isRunning() const { return mChild > 0; }
 
     /// The same as the destructor.
     void end();
@@ -35,10 +35,10 @@ public:
 private:
     void awaitChild() const;
 
-    pid_t child_ = -1;
-    int terminal_ = -1;
-    bool takesErrors_ = false;
-    termios found_{};
+    pid_t mChild = -1;
+    int mTerminal = -1;
+    bool mTakesErrors = false;
+    termios mFound{};
 };
 
 }  // namespace qvn::tools

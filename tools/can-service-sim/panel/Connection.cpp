@@ -22,30 +22,30 @@ bool waitFor(socket_t socket, short events, std::chrono::steady_clock::time_poin
 }  // namespace
 
 bool Connection::is_readable() const {
-    return waitFor(socket_, POLLIN, start_ + kTimeToRead);
+    return waitFor(mSocket, POLLIN, mStart + kTimeToRead);
 }
 
 bool Connection::is_writable() const {
-    return waitFor(socket_, POLLOUT, Clock::now() + kTimeToWrite);
+    return waitFor(mSocket, POLLOUT, Clock::now() + kTimeToWrite);
 }
 
 ssize_t Connection::read(char* ptr, size_t size) {
-    const std::size_t most = std::min(size, kLongestRequest - received_);
+    const std::size_t most = std::min(size, kLongestRequest - mReceived);
     if (most == 0 || !is_readable()) {
         return -1;
     }
-    const ssize_t count = recv(socket_, ptr, most, MSG_DONTWAIT);
-    received_ += static_cast<std::size_t>(std::max<ssize_t>(count, 0));
+    const ssize_t count = recv(mSocket, ptr, most, MSG_DONTWAIT);
+    mReceived += static_cast<std::size_t>(std::max<ssize_t>(count, 0));
     return count;
 }
 
 ssize_t Connection::write(const char* ptr, size_t size) {
-    return is_writable() ? send(socket_, ptr, size, MSG_DONTWAIT | MSG_NOSIGNAL) : -1;
+    return is_writable() ? send(mSocket, ptr, size, MSG_DONTWAIT | MSG_NOSIGNAL) : -1;
 }
 
 void Connection::finish() {
     char rest[1024];
-    shutdown(socket_, SHUT_WR);
+    shutdown(mSocket, SHUT_WR);
     while (read(rest, sizeof rest) > 0) {
     }
 }

@@ -12,7 +12,7 @@ namespace qvn::tools {
 class Connection final : public httplib::Stream {
 public:
     /// Does not own the socket.
-    explicit Connection(socket_t socket) : socket_(socket) {}
+    explicit Connection(socket_t socket) : mSocket(socket) {}
 
     bool is_readable() const override;
     bool is_writable() const override;
@@ -23,7 +23,7 @@ public:
     /// closed on something unread is reset, and the response with it.
     void finish();
 
-    socket_t socket() const override { return socket_; }
+    socket_t socket() const override { return mSocket; }
 
     // Nobody asks for them.
     void get_remote_ip_and_port(std::string&, int&) const override {}
@@ -32,9 +32,9 @@ public:
 private:
     using Clock = std::chrono::steady_clock;
 
-    const socket_t socket_;
-    const Clock::time_point start_ = Clock::now();
-    std::size_t received_ = 0;
+    const socket_t mSocket;
+    const Clock::time_point mStart = Clock::now();
+    std::size_t mReceived = 0;
 };
 
 }  // namespace qvn::tools

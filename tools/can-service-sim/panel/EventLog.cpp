@@ -13,10 +13,10 @@ constexpr std::size_t kMostOfAKind = 300;
 }  // namespace
 
 void EventLog::add(Json event) {
-    event["n"] = ++last_;
+    event["n"] = ++mLast;
     const std::string kind = event["event"];
     const bool ofSet = kind == "set" || kind == "ignored set" || kind == "answer" || kind == "no answer";
-    std::deque<Json>& log = ofSet ? ofSets_ : others_;
+    std::deque<Json>& log = ofSet ? mOfSets : mOthers;
     log.push_back(std::move(event));
     if (log.size() > kMostOfAKind) {
         log.pop_front();
@@ -25,7 +25,7 @@ void EventLog::add(Json event) {
 
 Json EventLog::since(std::size_t number) const {
     Json events = Json::array();
-    for (const std::deque<Json>* const log : {&ofSets_, &others_}) {
+    for (const std::deque<Json>* const log : {&mOfSets, &mOthers}) {
         std::copy_if(log->begin(), log->end(), std::back_inserter(events),
                      [&](const Json& event) { return event["n"] > number; });
     }

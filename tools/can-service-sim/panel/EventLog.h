@@ -16,14 +16,14 @@ public:
     void add(Json event);
 
     /// The number of the latest event; 0 when there is none.
-    std::size_t last() const { return last_; }
+    std::size_t last() const { return mLast; }
     /// The events after that number, in no particular order.
     Json since(std::size_t number) const;
 
 private:
-    std::deque<Json> ofSets_;
-    std::deque<Json> others_;
-    std::size_t last_ = 0;
+    std::deque<Json> mOfSets;
+    std::deque<Json> mOthers;
+    std::size_t mLast = 0;
 };
 
 }  // namespace qvn::tools

@@ -12,32 +12,32 @@ constexpr std::chrono::seconds kPatience{2};
 }  // namespace
 
 void PageStream::put(Text text) {
-    const sync::MutexLock lock(mutex_);
-    if (waiting_.size() < kMostWaiting) {
-        waiting_.push_back(std::move(text));
+    const sync::MutexLock lock(mMutex);
+    if (mWaiting.size() < kMostWaiting) {
+        mWaiting.push_back(std::move(text));
     } else {
-        ended_ = true;
+        mEnded = true;
     }
-    changed_.notify_one();
+    mChanged.notify_one();
 }
 
 bool PageStream::take(std::vector<Text>* texts) {
     texts->clear();
-    sync::MutexLock lock(mutex_);
-    changed_.wait_for(lock.native(), kPatience, [this]() QVN_REQUIRES(mutex_) { return ended_ || !waiting_.empty(); });
-    texts->swap(waiting_);
-    return !ended_;
+    sync::MutexLock lock(mMutex);
+    mChanged.wait_for(lock.native(), kPatience, [this]() QVN_REQUIRES(mMutex) { return mEnded || !mWaiting.empty(); });
+    texts->swap(mWaiting);
+    return !mEnded;
 }
 
 void PageStream::end() {
-    const sync::MutexLock lock(mutex_);
-    ended_ = true;
-    changed_.notify_one();
+    const sync::MutexLock lock(mMutex);
+    mEnded = true;
+    mChanged.notify_one();
 }
 
 bool PageStream::ended() const {
-    const sync::MutexLock lock(mutex_);
-    return ended_;
+    const sync::MutexLock lock(mMutex);
+    return mEnded;
 }
 
 }  // namespace qvn::tools

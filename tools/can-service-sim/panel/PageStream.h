@@ -27,10 +27,10 @@ public:
     bool ended() const;
 
 private:
-    mutable sync::Mutex mutex_;
-    std::condition_variable changed_;
-    std::vector<Text> waiting_ QVN_GUARDED_BY(mutex_);
-    bool ended_ QVN_GUARDED_BY(mutex_) = false;
+    mutable sync::Mutex mMutex;
+    std::condition_variable mChanged;
+    std::vector<Text> mWaiting QVN_GUARDED_BY(mMutex);
+    bool mEnded QVN_GUARDED_BY(mMutex) = false;
 };
 
 }  // namespace qvn::tools

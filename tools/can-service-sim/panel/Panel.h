@@ -34,14 +34,14 @@ private:
     void update();
     void tell(const PageStream::Text& text);
 
-    EventLoop& loop_;
-    Player& player_;
-    Journal& journal_;
-    PanelView view_;
-    std::vector<std::shared_ptr<PageStream>> pages_;
-    Clock::time_point lastTold_;
-    bool updates_ = false;
-    PanelServer server_;  // the last one: its threads use the others
+    EventLoop& mLoop;
+    Player& mPlayer;
+    Journal& mJournal;
+    PanelView mView;
+    std::vector<std::shared_ptr<PageStream>> mPages;
+    Clock::time_point mLastTold;
+    bool mUpdates = false;
+    PanelServer mServer;  // the last one: its threads use the others
 };
 
 }  // namespace qvn::tools

@@ -29,16 +29,16 @@ std::string checkAddress(const std::string& text) {
 }  // namespace
 
 void PanelOptions::declare(CommandLine& line) {
-    option_ =
-        line.option("--panel [PORT]", port_, "Show the vehicle in the browser; port 8480 by default").check(checkPort);
-    line.option("--panel-address IP", address_,
+    mOption =
+        line.option("--panel [PORT]", mPort, "Show the vehicle in the browser; port 8480 by default").check(checkPort);
+    line.option("--panel-address IP", mAddress,
                 "Where the panel listens, if others are to reach it; it has no password")
         .check(checkAddress)
         .needs("--panel");
 }
 
 int PanelOptions::port() const {
-    return port_.empty() ? kPort : std::stoi(port_);
+    return mPort.empty() ? kPort : std::stoi(mPort);
 }
 
 }  // namespace qvn::tools

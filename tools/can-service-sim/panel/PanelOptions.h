@@ -11,15 +11,15 @@ class PanelOptions {
 public:
     void declare(CommandLine& line);
 
-    bool given() const { return option_.given(); }
+    bool given() const { return mOption.given(); }
     /// An IP address.
-    const std::string& address() const { return address_; }
+    const std::string& address() const { return mAddress; }
     int port() const;
 
 private:
-    std::string address_ = "127.0.0.1";
-    std::string port_;
-    CommandLine::Option option_;
+    std::string mAddress = "127.0.0.1";
+    std::string mPort;
+    CommandLine::Option mOption;
 };
 
 }  // namespace qvn::tools

@@ -84,7 +84,7 @@ public:
     ~Http() override;
 
     bool listenAt(const std::string& address, int port, std::string* error);
-    int port() const { return port_; }
+    int port() const { return mPort; }
 
 private:
     bool process_and_close_socket(socket_t socket) override;
@@ -97,18 +97,18 @@ private:
     void openPage(httplib::Response& response);
     std::shared_ptr<PageStream> newPage();
 
-    const PanelServer::Handlers handlers_;
-    const std::string hostName_ = ownHostName();
-    int port_ = 0;
-    std::atomic<bool> listened_{false};  // the thread has ended listening
-    std::thread thread_;
-    sync::Mutex mutex_;
-    std::set<socket_t> connections_ QVN_GUARDED_BY(mutex_);
-    std::vector<std::weak_ptr<PageStream>> pages_ QVN_GUARDED_BY(mutex_);
-    bool closing_ QVN_GUARDED_BY(mutex_) = false;
+    const PanelServer::Handlers mHandlers;
+    const std::string mHostName = ownHostName();
+    int mPort = 0;
+    std::atomic<bool> mListened{false};  // the thread has ended listening
+    std::thread mThread;
+    sync::Mutex mMutex;
+    std::set<socket_t> mConnections QVN_GUARDED_BY(mMutex);
+    std::vector<std::weak_ptr<PageStream>> mPages QVN_GUARDED_BY(mMutex);
+    bool mClosing QVN_GUARDED_BY(mMutex) = false;
 };
 
-PanelServer::Http::Http(PanelServer::Handlers handlers) : handlers_(std::move(handlers)) {
+PanelServer::Http::Http(PanelServer::Handlers handlers) : mHandlers(std::move(handlers)) {
     new_task_queue = [] { return new httplib::ThreadPool(kThreads); };
     // Not the library's own choice, by which two programs may share a port. The connections take these over: what is on
     // its way to a page that takes nothing is little, and a page that is out of reach is given up.
@@ -138,43 +138,43 @@ PanelServer::Http::Http(PanelServer::Handlers handlers) : handlers_(std::move(ha
 
 PanelServer::Http::~Http() {
     {
-        const sync::MutexLock lock(mutex_);
-        closing_ = true;
-        for (const std::weak_ptr<PageStream>& known : pages_) {
+        const sync::MutexLock lock(mMutex);
+        mClosing = true;
+        for (const std::weak_ptr<PageStream>& known : mPages) {
             if (const std::shared_ptr<PageStream> page = known.lock()) {
                 page->end();
             }
         }
-        for (const socket_t connection : connections_) {
+        for (const socket_t connection : mConnections) {
             shutdown(connection, SHUT_RDWR);
         }
     }
-    if (thread_.joinable()) {
+    if (mThread.joinable()) {
         stop();
-        thread_.join();
+        mThread.join();
     }
 }
 
 bool PanelServer::Http::listenAt(const std::string& address, int port, std::string* error) {
     errno = 0;
-    port_ = port == 0 ? bind_to_any_port(address) : (bind_to_port(address, port) ? port : -1);
-    if (port_ < 0) {
+    mPort = port == 0 ? bind_to_any_port(address) : (bind_to_port(address, port) ? port : -1);
+    if (mPort < 0) {
         const bool taken = errno == EADDRINUSE;
         *error = "the panel cannot listen at " + urlHost(address) + ":" + std::to_string(port) +
                  (errno != 0 ? std::string(": ") + std::strerror(errno) : "") +
                  (taken ? "; name another port with --panel PORT, 0 takes a free one" : "");
         return false;
     }
-    thread_ = std::thread([this] {
+    mThread = std::thread([this] {
         listen_after_bind();
-        listened_ = true;
-        const sync::MutexLock lock(mutex_);
-        if (!closing_) {
-            handlers_.onFailure();
+        mListened = true;
+        const sync::MutexLock lock(mMutex);
+        if (!mClosing) {
+            mHandlers.onFailure();
         }
     });
     // Before it listens it cannot be stopped.
-    while (!is_running() && !listened_) {
+    while (!is_running() && !mListened) {
         std::this_thread::yield();
     }
     return true;
@@ -195,13 +195,13 @@ bool PanelServer::Http::process_and_close_socket(socket_t socket) {
 }
 
 bool PanelServer::Http::enter(socket_t socket) {
-    const sync::MutexLock lock(mutex_);
-    return !closing_ && connections_.insert(socket).second;
+    const sync::MutexLock lock(mMutex);
+    return !mClosing && mConnections.insert(socket).second;
 }
 
 void PanelServer::Http::leave(socket_t socket) {
-    const sync::MutexLock lock(mutex_);
-    connections_.erase(socket);
+    const sync::MutexLock lock(mMutex);
+    mConnections.erase(socket);
 }
 
 PanelServer::Http::HandlerResponse PanelServer::Http::guard(const httplib::Request& request,
@@ -216,7 +216,7 @@ PanelServer::Http::HandlerResponse PanelServer::Http::guard(const httplib::Reque
     const bool navigates = request.path == "/" && request.get_header_value("Sec-Fetch-Mode") == "navigate";
     const std::string reason = refusal({request.get_header_value("Host"), request.get_header_value("Origin"),
                                         navigates ? std::string() : request.get_header_value("Sec-Fetch-Site")},
-                                       hostName_);
+                                       mHostName);
     if (reason.empty()) {
         return HandlerResponse::Unhandled;
     }
@@ -249,7 +249,7 @@ void PanelServer::Http::takeLine(const httplib::Request& request, httplib::Respo
         if (line.find('\n') != std::string::npos) {
             throw BadInput("several lines came at once; expected one");
         }
-        reply(response, 200, handlers_.takeLine(line));
+        reply(response, 200, mHandlers.takeLine(line));
     } catch (const BadInput& error) {
         reply(response, 400, error.what());
     } catch (const std::exception&) {
@@ -277,35 +277,35 @@ void PanelServer::Http::openPage(httplib::Response& response) {
             return true;
         },
         [page](bool) { page->end(); });
-    handlers_.openPage(page);
+    mHandlers.openPage(page);
 }
 
 /// Null when there are too many.
 std::shared_ptr<PageStream> PanelServer::Http::newPage() {
-    const sync::MutexLock lock(mutex_);
+    const sync::MutexLock lock(mMutex);
     const auto gone = [](const std::weak_ptr<PageStream>& known) {
         const std::shared_ptr<PageStream> page = known.lock();
         return !page || page->ended();
     };
-    pages_.erase(std::remove_if(pages_.begin(), pages_.end(), gone), pages_.end());
-    if (closing_ || pages_.size() >= kMostPages) {
+    mPages.erase(std::remove_if(mPages.begin(), mPages.end(), gone), mPages.end());
+    if (mClosing || mPages.size() >= kMostPages) {
         return nullptr;
     }
     auto page = std::make_shared<PageStream>();
-    pages_.push_back(page);
+    mPages.push_back(page);
     return page;
 }
 
-PanelServer::PanelServer(Handlers handlers) : http_(std::make_unique<Http>(std::move(handlers))) {}
+PanelServer::PanelServer(Handlers handlers) : mHttp(std::make_unique<Http>(std::move(handlers))) {}
 
 PanelServer::~PanelServer() = default;
 
 bool PanelServer::listen(const std::string& address, int port, std::string* error) {
-    return http_->listenAt(address, port, error);
+    return mHttp->listenAt(address, port, error);
 }
 
 int PanelServer::port() const {
-    return http_->port();
+    return mHttp->port();
 }
 
 }  // namespace qvn::tools

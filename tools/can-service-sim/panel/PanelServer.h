@@ -42,7 +42,7 @@ public:
 private:
     class Http;
 
-    std::unique_ptr<Http> http_;
+    std::unique_ptr<Http> mHttp;
 };
 
 }  // namespace qvn::tools

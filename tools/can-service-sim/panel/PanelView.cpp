@@ -52,17 +52,17 @@ Json describe(const tables::DecodingRow& row, const std::map<std::uint32_t, std:
 }  // namespace
 
 PanelView::PanelView(const Player& player, std::string serviceName)
-    : player_(player),
-      serviceName_(std::move(serviceName)),
-      toldValues_(tables::kDecodingRules.size()),
-      toldTimeOuts_(tables::kMessages.size()),
-      history_(tables::kDecodingRules.size()) {}
+    : mPlayer(player),
+      mServiceName(std::move(serviceName)),
+      mToldValues(tables::kDecodingRules.size()),
+      mToldTimeOuts(tables::kMessages.size()),
+      mHistory(tables::kDecodingRules.size()) {}
 
 Json PanelView::vehicle() const {
     Json vehicle = {{"version", QVN_VERSION},
-                    {"service", serviceName_},
-                    {"started", unixMilliseconds(started_)},
-                    {"trace", player_.progress().length > 0.0}};
+                    {"service", mServiceName},
+                    {"started", unixMilliseconds(mStarted)},
+                    {"trace", mPlayer.progress().length > 0.0}};
     std::map<std::uint32_t, std::size_t> places;
     Json& messages = vehicle["messages"] = Json::array();
     for (const tables::MessageRow& row : tables::kMessages) {
@@ -81,9 +81,9 @@ Json PanelView::everything() {
     addValues(state, true);
     addMessages(state, true);
     addVehicleState(state, true);
-    state["samples"] = history_.size();
-    state["history"] = history_.moved();
-    state["log"] = log_.since(0);
+    state["samples"] = mHistory.size();
+    state["history"] = mHistory.moved();
+    state["log"] = mLog.since(0);
     return state;
 }
 
@@ -92,8 +92,8 @@ Json PanelView::changes() {
     addValues(state, false);
     addMessages(state, false);
     addVehicleState(state, false);
-    if (toldEvents_ < log_.last()) {
-        state["log"] = log_.since(std::exchange(toldEvents_, log_.last()));
+    if (mToldEvents < mLog.last()) {
+        state["log"] = mLog.since(std::exchange(mToldEvents, mLog.last()));
     }
     return state;
 }
@@ -101,27 +101,27 @@ Json PanelView::changes() {
 void PanelView::note(const Json& event) {
     Json entry = event;
     entry["t"] = rounded(elapsed(Clock::now()));
-    log_.add(std::move(entry));
+    mLog.add(std::move(entry));
 }
 
 void PanelView::sample() {
-    history_.add([this](std::size_t place) {
+    mHistory.add([this](std::size_t place) {
         const tables::DecodingRow& row = tables::kDecodingRules[place];
-        const std::optional<CanService::Value> value = player_.service().signal(row.code);
+        const std::optional<CanService::Value> value = mPlayer.service().signal(row.code);
         return value ? valueOf(row, value->raw) : Json();
     });
 }
 
 double PanelView::elapsed(Clock::time_point time) const {
-    return std::chrono::duration<double>(time - start_).count();
+    return std::chrono::duration<double>(time - mStart).count();
 }
 
 void PanelView::addValues(Json& state, bool all) {
     Json values = Json::array();
-    for (std::size_t place = 0; place < toldValues_.size(); ++place) {
+    for (std::size_t place = 0; place < mToldValues.size(); ++place) {
         const tables::DecodingRow& row = tables::kDecodingRules[place];
-        const std::optional<CanService::Value> value = player_.service().signal(row.code);
-        if (!value || (!all && value->time == toldValues_[place])) {
+        const std::optional<CanService::Value> value = mPlayer.service().signal(row.code);
+        if (!value || (!all && value->time == mToldValues[place])) {
             continue;
         }
         Json entry = {place, valueOf(row, value->raw)};
@@ -130,7 +130,7 @@ void PanelView::addValues(Json& state, bool all) {
         }
         values.push_back(std::move(entry));
         if (!all) {
-            toldValues_[place] = value->time;
+            mToldValues[place] = value->time;
         }
     }
     if (!values.empty()) {
@@ -140,13 +140,13 @@ void PanelView::addValues(Json& state, bool all) {
 
 void PanelView::addMessages(Json& state, bool all) {
     Json messages = Json::array();
-    for (std::size_t place = 0; place < toldTimeOuts_.size(); ++place) {
-        const bool timedOut = player_.service().isTimedOut(tables::kMessages[place].code);
-        if (all || timedOut != toldTimeOuts_[place]) {
+    for (std::size_t place = 0; place < mToldTimeOuts.size(); ++place) {
+        const bool timedOut = mPlayer.service().isTimedOut(tables::kMessages[place].code);
+        if (all || timedOut != mToldTimeOuts[place]) {
             messages.push_back({place, timedOut});
         }
         if (!all) {
-            toldTimeOuts_[place] = timedOut;
+            mToldTimeOuts[place] = timedOut;
         }
     }
     if (!messages.empty()) {
@@ -155,9 +155,9 @@ void PanelView::addMessages(Json& state, bool all) {
 }
 
 void PanelView::addVehicleState(Json& state, bool all) {
-    const Player::Progress progress = player_.progress();
-    Json now = {{"service", player_.service().isUp()},
-                {"reverse", player_.reverse().value_or(false)},
+    const Player::Progress progress = mPlayer.progress();
+    Json now = {{"service", mPlayer.service().isUp()},
+                {"reverse", mPlayer.reverse().value_or(false)},
                 {"trace",
                  {{"position", rounded(progress.position)},
                   {"length", progress.length},
@@ -165,19 +165,19 @@ void PanelView::addVehicleState(Json& state, bool all) {
                   {"paused", progress.paused}}},
                 {"clients", Json::array()},
                 {"faults", Json::object()}};
-    for (const CanService::Client& client : player_.service().clients()) {
+    for (const CanService::Client& client : mPlayer.service().clients()) {
         now["clients"].push_back({{"id", client.id}, {"since", unixMilliseconds(client.since)}});
     }
-    for (const auto& [code, fault] : player_.faults().describe()) {
+    for (const auto& [code, fault] : mPlayer.faults().describe()) {
         now["faults"][signalName(code)] = fault;
     }
     for (const auto& [name, value] : now.items()) {
-        if (all || !toldState_.contains(name) || toldState_[name] != value) {
+        if (all || !mToldState.contains(name) || mToldState[name] != value) {
             state[name] = value;
         }
     }
     if (!all) {
-        toldState_ = std::move(now);
+        mToldState = std::move(now);
     }
 }
 

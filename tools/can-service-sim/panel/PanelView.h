@@ -52,17 +52,17 @@ private:
     void addMessages(Json& state, bool all);
     void addVehicleState(Json& state, bool all);
 
-    const Player& player_;
-    const std::string serviceName_;
-    const Clock::time_point start_ = Clock::now();
-    const std::chrono::system_clock::time_point started_ = std::chrono::system_clock::now();
+    const Player& mPlayer;
+    const std::string mServiceName;
+    const Clock::time_point mStart = Clock::now();
+    const std::chrono::system_clock::time_point mStarted = std::chrono::system_clock::now();
     // What changes() told last.
-    std::vector<std::optional<Clock::time_point>> toldValues_;
-    std::vector<bool> toldTimeOuts_;
-    Json toldState_;
-    std::size_t toldEvents_ = 0;
-    SampleHistory history_;
-    EventLog log_;
+    std::vector<std::optional<Clock::time_point>> mToldValues;
+    std::vector<bool> mToldTimeOuts;
+    Json mToldState;
+    std::size_t mToldEvents = 0;
+    SampleHistory mHistory;
+    EventLog mLog;
 };
 
 }  // namespace qvn::tools

@@ -6,58 +6,58 @@
 namespace qvn::tools {
 
 void Playback::start(std::vector<TraceEvent> trace, AtEnd atEnd, VehicleTime now) {
-    trace_ = std::move(trace);
-    atEnd_ = std::move(atEnd);
-    length_ = vehicleTime(traceEnd(trace_));
-    begin_ = now;
+    mTrace = std::move(trace);
+    mAtEnd = std::move(atEnd);
+    mLength = vehicleTime(traceEnd(mTrace));
+    mBegin = now;
 }
 
 double Playback::position(VehicleTime now) const {
-    return secondsOf(std::min(length_, pausedAt_.value_or(now - begin_)));
+    return secondsOf(std::min(mLength, mPausedAt.value_or(now - mBegin)));
 }
 
 std::optional<VehicleTime> Playback::next() const {
-    if (pausedAt_ || ended_ || trace_.empty()) {
+    if (mPausedAt || mEnded || mTrace.empty()) {
         return std::nullopt;
     }
-    return next_ < trace_.size() ? timeOf(trace_[next_]) : begin_ + length_;
+    return mNext < mTrace.size() ? timeOf(mTrace[mNext]) : mBegin + mLength;
 }
 
 void Playback::runNext() {
-    if (next_ < trace_.size()) {
-        const TraceEvent& event = trace_[next_++];
-        happen_(event.action, timeOf(event));
-    } else if (atEnd_.loop) {
-        begin_ += length_;
-        next_ = 0;
+    if (mNext < mTrace.size()) {
+        const TraceEvent& event = mTrace[mNext++];
+        mHappen(event.action, timeOf(event));
+    } else if (mAtEnd.loop) {
+        mBegin += mLength;
+        mNext = 0;
     } else {
-        ended_ = true;
-        if (atEnd_.ended) {
-            atEnd_.ended();
+        mEnded = true;
+        if (mAtEnd.ended) {
+            mAtEnd.ended();
         }
     }
 }
 
 void Playback::pause(VehicleTime now) {
-    if (!pausedAt_) {
-        pausedAt_ = now - begin_;
+    if (!mPausedAt) {
+        mPausedAt = now - mBegin;
     }
 }
 
 void Playback::resume(VehicleTime now) {
-    if (pausedAt_) {
-        begin_ = now - *std::exchange(pausedAt_, std::nullopt);
+    if (mPausedAt) {
+        mBegin = now - *std::exchange(mPausedAt, std::nullopt);
     }
 }
 
 void Playback::seek(double position, VehicleTime now) {
-    begin_ = now - vehicleTime(position);
-    for (next_ = 0; next_ < trace_.size() && timeOf(trace_[next_]) <= now; ++next_) {
-        happen_(trace_[next_].action, timeOf(trace_[next_]));
+    mBegin = now - vehicleTime(position);
+    for (mNext = 0; mNext < mTrace.size() && timeOf(mTrace[mNext]) <= now; ++mNext) {
+        mHappen(mTrace[mNext].action, timeOf(mTrace[mNext]));
     }
-    ended_ = false;
-    if (pausedAt_) {
-        pausedAt_ = now - begin_;
+    mEnded = false;
+    if (mPausedAt) {
+        mPausedAt = now - mBegin;
     }
 }
 

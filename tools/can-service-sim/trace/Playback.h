@@ -15,7 +15,7 @@ class Playback {
 public:
     using Happen = std::function<void(const TraceAction& action, VehicleTime now)>;
 
-    explicit Playback(Happen happen) : happen_(std::move(happen)) {}
+    explicit Playback(Happen happen) : mHappen(std::move(happen)) {}
 
     struct AtEnd {
         bool loop = false;
@@ -23,18 +23,18 @@ public:
     };
     void start(std::vector<TraceEvent> trace, AtEnd atEnd, VehicleTime now);
 
-    const std::vector<TraceEvent>& trace() const { return trace_; }
+    const std::vector<TraceEvent>& trace() const { return mTrace; }
     /// Seconds of the trace.
-    double length() const { return secondsOf(length_); }
+    double length() const { return secondsOf(mLength); }
     double position(VehicleTime now) const;
-    bool isPaused() const { return pausedAt_.has_value(); }
+    bool isPaused() const { return mPausedAt.has_value(); }
 
     /// When it goes on by itself.
     std::optional<VehicleTime> next() const;
     /// Lets the next event happen, at its time.
     void runNext();
     /// When its last event, or this round of a loop, is over.
-    VehicleTime end(VehicleTime now) const { return pausedAt_ ? now + length_ - *pausedAt_ : begin_ + length_; }
+    VehicleTime end(VehicleTime now) const { return mPausedAt ? now + mLength - *mPausedAt : mBegin + mLength; }
 
     void pause(VehicleTime now);
     void resume(VehicleTime now);
@@ -42,16 +42,16 @@ public:
     void seek(double position, VehicleTime now);
 
 private:
-    VehicleTime timeOf(const TraceEvent& event) const { return begin_ + vehicleTime(event.time.value_or(0.0)); }
+    VehicleTime timeOf(const TraceEvent& event) const { return mBegin + vehicleTime(event.time.value_or(0.0)); }
 
-    Happen happen_;
-    std::vector<TraceEvent> trace_;
-    AtEnd atEnd_;
-    VehicleTime length_{0};
-    VehicleTime begin_{0};  // when position 0 was or would have been
-    std::size_t next_ = 0;
-    bool ended_ = false;
-    std::optional<VehicleTime> pausedAt_;  // position
+    Happen mHappen;
+    std::vector<TraceEvent> mTrace;
+    AtEnd mAtEnd;
+    VehicleTime mLength{0};
+    VehicleTime mBegin{0};  // when position 0 was or would have been
+    std::size_t mNext = 0;
+    bool mEnded = false;
+    std::optional<VehicleTime> mPausedAt;  // position
 };
 
 }  // namespace qvn::tools

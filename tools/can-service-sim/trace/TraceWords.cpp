@@ -27,12 +27,12 @@ double readSeconds(std::string_view text, double least, std::string_view what) {
 }
 
 std::string_view TraceWords::peek() const {
-    const std::size_t begin = rest_.find_first_not_of(kBlanks);
-    if (begin == std::string_view::npos || rest_[begin] == '#') {
+    const std::size_t begin = mRest.find_first_not_of(kBlanks);
+    if (begin == std::string_view::npos || mRest[begin] == '#') {
         return {};
     }
     const std::string_view word = wordAt(begin);
-    const bool apart = begin >= 2 || rest_[0] == '\t';
+    const bool apart = begin >= 2 || mRest[0] == '\t';
     const bool leadsOn = std::find(std::begin(kLeadOn), std::end(kLeadOn), word) != std::end(kLeadOn);
     return apart && !leadsOn ? std::string_view() : word;
 }
@@ -46,9 +46,9 @@ bool TraceWords::take(std::string_view keyword) {
 }
 
 std::string_view TraceWords::next() {
-    const std::size_t begin = std::min(rest_.find_first_not_of(kBlanks), rest_.size());
+    const std::size_t begin = std::min(mRest.find_first_not_of(kBlanks), mRest.size());
     const std::string_view word = wordAt(begin);
-    rest_.remove_prefix(begin + word.size());
+    mRest.remove_prefix(begin + word.size());
     return word;
 }
 
@@ -78,7 +78,7 @@ double TraceWords::expectSeconds(std::string_view keyword, std::string_view what
 }
 
 std::string_view TraceWords::wordAt(std::size_t begin) const {
-    return rest_.substr(begin, rest_.find_first_of(kBlanks, begin) - begin);
+    return mRest.substr(begin, mRest.find_first_of(kBlanks, begin) - begin);
 }
 
 }  // namespace qvn::tools

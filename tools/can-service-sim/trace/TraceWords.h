@@ -14,7 +14,7 @@ struct Repetition {
 /// Takes the words of a trace's line one after the other.
 class TraceWords {
 public:
-    explicit TraceWords(std::string_view rest) : rest_(rest) {}
+    explicit TraceWords(std::string_view rest) : mRest(rest) {}
 
     /// The next word; empty at the end of the line and where a remark begins. A remark begins at a '#', and after two
     /// blanks unless one of the words follows that lead a value on: every, for, over, seed.
@@ -38,7 +38,7 @@ public:
 private:
     std::string_view wordAt(std::size_t begin) const;
 
-    std::string_view rest_;
+    std::string_view mRest;
 };
 
 /// Seconds of a trace, from `least` to a million.
