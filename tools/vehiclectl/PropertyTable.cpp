@@ -18,8 +18,6 @@ using platform::vehicle::ValueOrigin;
 
 namespace {
 
-constexpr long kRestAfter = 3'000'000'000;  // without a change a property is active no longer
-
 bool isSwitch(const PropertyState& state) {
     return state.direction != 0;
 }
@@ -121,7 +119,7 @@ News PropertyTable::apply(const PropertyState& update) {
         }
     }
     if (before.hasValue() && before.payload != update.payload) {
-        const bool goesOn = update.timestamp - row.changedAt < kRestAfter;
+        const bool goesOn = update.timestamp - row.changedAt < kActiveFor;
         row.activeSince = goesOn ? row.activeSince : update.timestamp;
         row.changedAt = update.timestamp;
     }

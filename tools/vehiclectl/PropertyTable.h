@@ -14,6 +14,9 @@ namespace qvn::tools {
 
 using platform::vehicle::PropertyState;
 
+/// For so long after a change of its number a property is active; ns.
+constexpr long kActiveFor = 3'000'000'000;
+
 /// What is known of one property. Times are CLOCK_MONOTONIC in ns; 0: never.
 struct PropertyRow {
     const PropertyInfo* info = nullptr;

@@ -9,8 +9,6 @@
 namespace qvn::tools {
 namespace {
 
-constexpr long kActiveFor = 3'000'000'000;  // ns after its last change
-
 /// What changes all the time keeps its place: it goes by when that began.
 auto changeRank(const PropertyRow& row, long now) {
     const bool active = row.changedAt != 0 && now - row.changedAt < kActiveFor;
