@@ -206,7 +206,7 @@ TEST(TestVehicle, SettleCoversTheHandlersOfSessionsAndWhatTheySet) {
     TestVehicle vehicle;
     VehicleSession session;
     std::vector<double> speeds;
-    ServicePresence service = ServicePresence::NeverThere;
+    std::atomic<ServicePresence> service{ServicePresence::NeverThere};
     const Subscription speed = session.subscribe(
         {ids::ESP_FD2_VehSpd},
         [&](const PropertyState& state) {

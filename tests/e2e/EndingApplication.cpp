@@ -32,8 +32,8 @@ constexpr int kExitCode = 7;
 
 using Callback = void (*)(VehiclePropValue, PropertyType);
 
-std::promise<void> firstValue;
-std::promise<void> mainHasEnded;  // nobody fulfils it
+std::promise<void>& firstValue = *new std::promise<void>;    // a thread may outlive the static objects
+std::promise<void>& mainHasEnded = *new std::promise<void>;  // nobody fulfils it
 std::promise<int> childsStatus;
 std::atomic<int> valuesSeen{0};
 
@@ -302,7 +302,9 @@ int forkInAHandler() {
 
 int waitForAnEffectOnAThread() {
     subscribeSession(staticSession(), &tellState);
-    std::thread([] { staticSession().setAndAwait(kCommand, 1, kDoor, 99, std::chrono::hours(1)).wait(); }).detach();
+    auto& effect =
+        *new std::future<SetOutcome>(staticSession().setAndAwait(kCommand, 1, kDoor, 99, std::chrono::hours(1)));
+    std::thread([&effect] { effect.wait(); }).detach();
     return kExitCode;
 }
 
