@@ -2,7 +2,6 @@
 
 #include <fcntl.h>
 #include <psis/psis_client.h>
-#include <time.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -12,6 +11,7 @@
 #include "canservice/FdbusServiceManager.h"
 #include "client/ProcessEnd.h"
 #include "log/Log.h"
+#include "sync/MonotonicTime.h"
 #include "tables/SignalTable.h"
 
 namespace qvn {
@@ -174,11 +174,11 @@ void VehicleClientImpl::initSignalTable(FUNCTION_TYPE type) {
 }
 
 bool VehicleClientImpl::getTimestamp(long& out) {
-    timespec now{};
-    if (clock_gettime(CLOCK_MONOTONIC, &now) != 0) {
+    const long now = sync::monotonicTime();
+    if (now == 0) {
         return false;
     }
-    out = now.tv_sec * 1000000000L + now.tv_nsec;
+    out = now;
     return true;
 }
 

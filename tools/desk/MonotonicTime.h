@@ -1,6 +1,6 @@
 #pragma once
 
-#include <ctime>
+#include "sync/MonotonicTime.h"
 
 namespace qvn::tools {
 
@@ -8,9 +8,7 @@ constexpr double kNanosecondsPerSecond = 1e9;
 
 /// CLOCK_MONOTONIC in nanoseconds: the clock of the values' time stamps.
 inline long monotonicNow() {
-    timespec now{};
-    clock_gettime(CLOCK_MONOTONIC, &now);
-    return now.tv_sec * 1'000'000'000L + now.tv_nsec;
+    return sync::monotonicTime();
 }
 
 }  // namespace qvn::tools
